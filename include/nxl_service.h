@@ -1,0 +1,56 @@
+/* NXL service functions: thread controls, error handling and progress.
+ *
+ * Every exported service function has two spellings, nxl_name and nxl_name_,
+ * which are one and the same entry with the Fortran calling convention:
+ * every argument is passed by address, integers are 64-bit. */
+#ifndef NXL_SERVICE_H
+#define NXL_SERVICE_H
+
+#include "nxl_types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Thread-control domains. */
+#define NXL_DOMAIN_ALL     0
+#define NXL_DOMAIN_BLAS    1
+#define NXL_DOMAIN_FFT     2
+#define NXL_DOMAIN_VML     3
+#define NXL_DOMAIN_PARDISO 4
+
+/* Thread controls. An API setting overrides NXL_NUM_THREADS, which
+ * overrides OMP_NUM_THREADS; a per-calling-thread count overrides all. */
+NXL_API void    nxl_set_num_threads(const nxl_int *n);
+NXL_API void    nxl_set_num_threads_(const nxl_int *n);
+NXL_API nxl_int nxl_set_num_threads_local(const nxl_int *n);
+NXL_API nxl_int nxl_set_num_threads_local_(const nxl_int *n);
+NXL_API nxl_int nxl_get_max_threads(void);
+NXL_API nxl_int nxl_get_max_threads_(void);
+NXL_API nxl_int nxl_domain_set_num_threads(const nxl_int *n, const nxl_int *domain);
+NXL_API nxl_int nxl_domain_set_num_threads_(const nxl_int *n, const nxl_int *domain);
+NXL_API nxl_int nxl_domain_get_max_threads(const nxl_int *domain);
+NXL_API nxl_int nxl_domain_get_max_threads_(const nxl_int *domain);
+NXL_API void    nxl_set_dynamic(const nxl_int *flag);
+NXL_API void    nxl_set_dynamic_(const nxl_int *flag);
+NXL_API nxl_int nxl_get_dynamic(void);
+NXL_API nxl_int nxl_get_dynamic_(void);
+
+/* The default error handler of BLAS and LAPACK: prints the report and
+ * returns. An application that defines its own xerbla or xerbla_ receives
+ * every report of the library instead. The name is not terminated; the
+ * trailing length is the name's length. */
+NXL_API void xerbla(const char *name, const nxl_int *info, int len);
+NXL_API void xerbla_(const char *name, const nxl_int *info, int len);
+
+/* The default progress function of long factorizations: returns 0 (go on).
+ * An application that defines nxl_progress_ is called instead, after each
+ * stage; a nonzero result stops the factorization (info = -1002). */
+NXL_API int nxl_progress(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len);
+NXL_API int nxl_progress_(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* NXL_SERVICE_H */
