@@ -1,0 +1,70 @@
+// Benchmark driver: nxl_bench [--suite NAME]... [--peer LIB] [--fft-peer LIB]
+//                              [--threads LIST] [--sizes LIST] [--min-time S] [--quick]
+#include "bench.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+
+namespace bench {
+
+std::vector<Suite> &registry() {
+  static std::vector<Suite> r;
+  return r;
+}
+
+double time_call(const std::function<void()> &fn, double min_time) {
+  using clk = std::chrono::steady_clock;
+  fn();  // warm-up
+  double best = 1e300;
+  for (int round = 0; round < 3; ++round) {
+    long reps = 0;
+    auto t0 = clk::now();
+    double el = 0;
+    do {
+      fn();
+      ++reps;
+      el = std::chrono::duration<double>(clk::now() - t0).count();
+    } while (el < min_time / 3);
+    best = std::min(best, el / reps);
+  }
+  return best;
+}
+
+}  // namespace bench
+
+template <class T>
+static std::vector<T> parse_list(const char *s) {
+  std::vector<T> v;
+  std::stringstream ss(s);
+  std::string item;
+  while (std::getline(ss, item, ',')) v.push_back(static_cast<T>(std::atol(item.c_str())));
+  return v;
+}
+
+int main(int argc, char **argv) {
+  bench::Options opt;
+  for (int i = 1; i < argc; ++i) {
+    auto arg = [&](const char *name) { return std::strcmp(argv[i], name) == 0 && i + 1 < argc; };
+    if (arg("--suite")) opt.suites.push_back(argv[++i]);
+    else if (arg("--peer")) opt.peer = argv[++i];
+    else if (arg("--fft-peer")) opt.fft_peer = argv[++i];
+    else if (arg("--threads")) opt.threads = parse_list<int>(argv[++i]);
+    else if (arg("--sizes")) opt.sizes = parse_list<long>(argv[++i]);
+    else if (arg("--min-time")) opt.min_time = std::atof(argv[++i]);
+    else if (std::strcmp(argv[i], "--quick") == 0) opt.quick = true;
+    else {
+      std::printf("usage: %s [--suite NAME]... [--peer LIB] [--fft-peer LIB] [--threads LIST]\n"
+                  "          [--sizes LIST] [--min-time S] [--quick]\nsuites:\n", argv[0]);
+      for (auto &s : bench::registry()) std::printf("  %-12s %s\n", s.name, s.help);
+      return std::strcmp(argv[i], "--help") == 0 ? 0 : 2;
+    }
+  }
+  for (auto &s : bench::registry()) {
+    bool want = opt.suites.empty();
+    for (auto &n : opt.suites) want |= n == s.name;
+    if (want) s.run(opt);
+  }
+  return 0;
+}
