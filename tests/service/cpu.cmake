@@ -28,7 +28,7 @@ function(cpu_driver_gtest name label)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 600 LABELS ${label})
 endfunction()
-cpu_driver_gtest(test_cpu_env cpu)
+cpu_driver_gtest(test_cpu_env unit)
 cpu_driver_gtest(test_cpu_qemu qemu)
 
 # No function outside an AVX/AVX2 path may touch ymm, none outside an
