@@ -119,26 +119,36 @@ void nxl_serv_default_xerbla(const char *name, const nxl_int *info, int len) {
   }
 }
 
-// The exported xerbla and xerbla_: one body, which prints the default report.
-// It never looks for other definitions of itself, so it cannot recurse.
+// Set while a report is being handed to the application's routine, so that
+// an application routine which calls back into xerbla gets the default report
+// instead of an endless loop.
+static thread_local int forwarding = 0;
+
+// The exported xerbla and xerbla_: one body. The report goes to the
+// application's xerbla_ or xerbla when it defines one (whichever spelling the
+// caller used), else to the default printer. Our own definitions are skipped
+// in the lookup, so the body never calls itself.
 NXL_FORTRAN_ENTRY(void, XERBLA, xerbla, (const char *name, const nxl_int *info, int len)) {
+  if (!forwarding) {
+    const void *own = reinterpret_cast<const void *>(&XERBLA);
+    void *f = app_xerbla_fortran.get("xerbla_", own);
+    void *c = f ? nullptr : app_xerbla_c.get("xerbla", own);
+    if (f != nullptr || c != nullptr) {
+      forwarding = 1;
+      if (f != nullptr)
+        reinterpret_cast<fortran_xerbla_fn>(f)(name, info, len < 0 ? 0 : static_cast<size_t>(len));
+      else
+        reinterpret_cast<c_xerbla_fn>(c)(name, info, len);
+      forwarding = 0;
+      return;
+    }
+  }
   nxl_serv_default_xerbla(name, info, len);
 }
 
-// The handler adapter of the interface layers: the application's xerbla_ or
-// xerbla if it defines one, else the default report.
-void cdecl_xerbla(const char *name, const nxl_int *info, int len) {
-  const void *own = reinterpret_cast<const void *>(&XERBLA);
-  if (void *f = app_xerbla_fortran.get("xerbla_", own)) {
-    reinterpret_cast<fortran_xerbla_fn>(f)(name, info, len < 0 ? 0 : static_cast<size_t>(len));
-    return;
-  }
-  if (void *c = app_xerbla_c.get("xerbla", own)) {
-    reinterpret_cast<c_xerbla_fn>(c)(name, info, len);
-    return;
-  }
-  XERBLA(name, info, len);
-}
+// The handler adapter that the interface layers install: every report of
+// theirs goes through xerbla, and so reaches an application's replacement.
+void cdecl_xerbla(const char *name, const nxl_int *info, int len) { XERBLA(name, info, len); }
 
 // ---------------------------------------------------------------------------
 // The handler funnel.
