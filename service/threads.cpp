@@ -111,9 +111,12 @@ bool probe_by_cpuid(cpu_set_t *mask, size_t mask_size, cpu_place *places, int *n
       pkg_shift = static_cast<int>(r.a & 0x1F);
     }
   } else {
+    // Leaf 4 must describe a cache (type field nonzero), else its core count
+    // means nothing and the caller falls back to /proc/cpuinfo.
+    if (max_leaf < 4 || (cpuid(4, 0).a & 0x1F) == 0) return false;
     cpuid_regs l1 = cpuid(1);
     unsigned per_pkg = (l1.d & (1u << 28)) ? ((l1.b >> 16) & 0xFF) : 1;
-    unsigned cores = max_leaf >= 4 ? ((cpuid(4, 0).a >> 26) & 0x3F) + 1 : 1;
+    unsigned cores = ((cpuid(4, 0).a >> 26) & 0x3F) + 1;
     if (per_pkg == 0) per_pkg = 1;
     if (cores > per_pkg) cores = per_pkg;
     smt_shift = ceil_log2(per_pkg / cores);

@@ -6,7 +6,10 @@
 
 #include <string>
 
-#include "nxl_service.h"
+// A Fortran program sees no C header: declare what this one calls.
+typedef long long nxl_int;
+extern "C" void xerbla(const char *name, const nxl_int *info, int len);
+extern "C" int nxl_progress(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len);
 
 namespace {
 std::string got_name;
