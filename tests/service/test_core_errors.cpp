@@ -3,6 +3,8 @@
 // printing.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <atomic>
 #include <set>
 #include <string>
@@ -217,6 +219,25 @@ TEST(Messages, CatalogFallbackShortensLang) {
   EXPECT_EQ(r.out, "Conditional numerical reproducibility mode is turned OFF\nLANG=xx_YY\n");
   r = run_fresh(SVC_CORE_DRIVER, {"message", "0"}, {"LANG=C"});
   EXPECT_EQ(r.out, "\nLANG=C\n");
+}
+
+TEST(Messages, CatalogTextsWinAndMissingOnesFallBack) {
+  char dir[] = "/tmp/nxl_cat_XXXXXX";
+  ASSERT_NE(mkdtemp(dir), nullptr);
+  std::string src = std::string(dir) + "/nxl.msg", cat = std::string(dir) + "/nxl_msg.cat";
+  FILE *f = fopen(src.c_str(), "w");
+  ASSERT_NE(f, nullptr);
+  fputs("$set 1\n1208 Reproducibility off (catalog)\n", f);
+  fclose(f);
+  ASSERT_EQ(system(("gencat " + cat + " " + src).c_str()), 0);
+  std::string nlspath = std::string("NLSPATH=") + dir + "/%N";
+  auto r = run_fresh(SVC_CORE_DRIVER, {"message", "1208"}, {nlspath, "LANG=C"});
+  EXPECT_EQ(r.out, "Reproducibility off (catalog)\nLANG=C\n");
+  r = run_fresh(SVC_CORE_DRIVER, {"message", "1207"}, {nlspath, "LANG=C"});
+  EXPECT_EQ(r.out, "Conditional numerical reproducibility mode is turned ON\nLANG=C\n");
+  unlink(src.c_str());
+  unlink(cat.c_str());
+  rmdir(dir);
 }
 
 TEST(Strings, BoundedHelpers) {

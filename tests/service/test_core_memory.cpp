@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 #include <stdint.h>
 #include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
 
 #include <random>
 #include <thread>
@@ -169,6 +173,37 @@ TEST(Memory, EnvironmentSwitchAndLimit) {
   EXPECT_EQ(field(r.out, "blocks"), 2);
   r = run_fresh(SVC_CORE_DRIVER, {"memory", "4"}, {"NXL_FAST_MEMORY_LIMIT=ten"});
   EXPECT_EQ(field(r.out, "blocks"), 8);
+}
+
+TEST(Memory, ChildOfForkKeepsWorking) {
+  // Caches of several threads exist when the process forks; a busy thread
+  // may hold a cache lock at that moment.
+  std::atomic<bool> stop{false};
+  std::thread busy([&] {
+    while (!stop) nxl_serv_deallocate(nxl_serv_allocate(3000, 64));
+  });
+  void *mine = nxl_serv_allocate(3000, 64);
+  nxl_serv_deallocate(mine);
+  for (int round = 0; round < 20; ++round) {
+    pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+      bool ok = true;
+      for (int i = 0; i < 100; ++i) {
+        void *p = nxl_serv_allocate(3000 + 17 * i, 64);
+        ok = ok && p != nullptr;
+        nxl_serv_deallocate(p);
+      }
+      ok = ok && nxl_serv_get_max_threads() >= 1;
+      nxl_free_buffers();
+      _exit(ok ? 0 : 1);
+    }
+    int st = 0;
+    ASSERT_EQ(waitpid(pid, &st, 0), pid);
+    EXPECT_TRUE(WIFEXITED(st) && WEXITSTATUS(st) == 0) << round;
+  }
+  stop = true;
+  busy.join();
 }
 
 TEST(Version, StringAndRecord) {
