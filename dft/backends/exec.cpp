@@ -354,36 +354,41 @@ int commit_complex_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout
 // Conjugate-even values X[0..n/2] of one transform: scatter from a dense
 // complex buffer into the storage format, and gather back.
 template <class R> struct Formats {
-  // Real-unit position of the real and imaginary part of X[k] (-1: not stored).
-  static void where(int format, long n, long k, long s, long im, long *re_at, long *im_at) {
+  // Real-unit position of the real and imaginary part of X[k]; false when
+  // the imaginary part is not stored (it is zero).
+  static bool where(int format, long n, long k, long s, long im, long *re_at, long *im_at) {
     switch (format) {
       case DFTI_CCE_FORMAT:   // complex elements, s in reals per element, im offset `im`
         *re_at = k * s;
         *im_at = k * s + im;
-        return;
+        return true;
       case DFTI_CCS_FORMAT:
         *re_at = 2 * k * s;
         *im_at = (2 * k + 1) * s;
-        return;
+        return true;
       case DFTI_PACK_FORMAT:
         if (k == 0) {
           *re_at = 0;
-          *im_at = -1;
+          *im_at = 0;
+          return false;
         } else if (2 * k == n) {
           *re_at = (n - 1) * s;
-          *im_at = -1;
+          *im_at = 0;
+          return false;
         } else {
           *re_at = (2 * k - 1) * s;
           *im_at = 2 * k * s;
         }
-        return;
+        return true;
       default:   // PERM
         if (k == 0) {
           *re_at = 0;
-          *im_at = -1;
+          *im_at = 0;
+          return false;
         } else if (2 * k == n) {
           *re_at = s;
-          *im_at = -1;
+          *im_at = 0;
+          return false;
         } else if (n % 2 == 0) {
           *re_at = 2 * k * s;
           *im_at = (2 * k + 1) * s;
@@ -391,25 +396,24 @@ template <class R> struct Formats {
           *re_at = (2 * k - 1) * s;
           *im_at = 2 * k * s;
         }
-        return;
+        return true;
     }
   }
   static void scatter(int format, long n, const R *w, R *out, long s, long im) {
     long h = n / 2 + 1;
     for (long k = 0; k < h; ++k) {
       long r, i;
-      where(format, n, k, s, im, &r, &i);
+      if (where(format, n, k, s, im, &r, &i)) out[i] = w[2 * k + 1];
       out[r] = w[2 * k];
-      if (i >= 0) out[i] = w[2 * k + 1];
     }
   }
   static void gather(int format, long n, const R *in, R *w, long s, long im) {
     long h = n / 2 + 1;
     for (long k = 0; k < h; ++k) {
       long r, i;
-      where(format, n, k, s, im, &r, &i);
+      bool has_im = where(format, n, k, s, im, &r, &i);
       w[2 * k] = in[r];
-      w[2 * k + 1] = i >= 0 ? in[i] : R(0);
+      w[2 * k + 1] = has_im ? in[i] : R(0);
     }
   }
 };
