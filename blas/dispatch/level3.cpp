@@ -200,7 +200,7 @@ void gemm_dispatch(const char *ta, const char *tb, const idx *m, const idx *n, c
   const char fa = up(ta), fb = up(tb);
   static const idx one = 1;
   // A single column: c = alpha * op(A) * op(B)(:, 0) + beta * c.
-  if (*n == 1 && (!cplx<T> || fb != 'C') && *k > 0) {
+  if (*n == 1 && (!cplx<T> || fb != 'C') && *k > 0 && *alpha != T(0)) {
     const idx incx = fb == 'N' ? 1 : *ldb;
     const char tr[2] = {fa, 0};
     if (fa == 'N') l3<T>::gemv(tr, m, k, alpha, a, lda, b, &incx, beta, c, &one, 1);
@@ -208,7 +208,7 @@ void gemm_dispatch(const char *ta, const char *tb, const idx *m, const idx *n, c
     return;
   }
   // A single row: c^T = alpha * op(B)^T * op(A)(0, :)^T + beta * c^T.
-  if (*m == 1 && (!cplx<T> || (fa != 'C' && fb != 'C')) && *k > 0) {
+  if (*m == 1 && (!cplx<T> || (fa != 'C' && fb != 'C')) && *k > 0 && *alpha != T(0)) {
     const idx incx = fa == 'N' ? *lda : 1;
     if (fb == 'N') l3<T>::gemv("T", k, n, alpha, b, ldb, a, &incx, beta, c, ldc, 1);
     else l3<T>::gemv("N", n, k, alpha, b, ldb, a, &incx, beta, c, ldc, 1);

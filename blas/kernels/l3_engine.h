@@ -436,10 +436,10 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
             if (tri) {
               if (sh.upper) {
                 if (ti > tj + nr - 1) continue;
-                diag = ti + mr - 1 > tj;
+                diag = ti + mr - 1 >= tj;
               } else {
                 if (ti + mr - 1 < tj) continue;
-                diag = ti < tj + nr - 1;
+                diag = ti <= tj + nr - 1;
               }
             }
             // Depth range [klo, khi) of this tile that meets the nonzero part
@@ -503,8 +503,9 @@ void rankk(workspace<T> &ws, bool upper, bool trans, bool herm, bool two, idx n,
   sh.kind = shape::triangle;
   sh.upper = upper;
   sh.real_diag = herm;
-  // Row range of C that the column range meets.
-  const idx r0 = upper ? 0 : j0, r1 = upper ? j1 : n;
+  // Row range of C that the column range meets, starting on the tile grid
+  // of the whole matrix so that every tile is the one a full call forms.
+  const idx r0 = upper ? 0 : j0 / blk<T>::MR * blk<T>::MR, r1 = upper ? j1 : n;
   // opX (n x k) as the A operand, opX^T (k x n) as the B operand.
   auto left_op = [&](const T *x, idx ldx) {
     return general_view(x, ldx, trans, trans && herm).sub(r0, 0);
