@@ -98,6 +98,9 @@ inline bool trans_ok(const char *t) { return is(t, "N") || is(t, "T") || is(t, "
 inline bool uplo_ok(const char *u) { return is(u, "U") || is(u, "L"); }
 inline bool diag_ok(const char *d) { return is(d, "U") || is(d, "N"); }
 inline bool side_ok(const char *s) { return is(s, "L") || is(s, "R"); }
+// Complex symmetric updates take N or T; Hermitian ones N or C.
+inline bool trans_nt(const char *t) { return is(t, "N") || is(t, "T"); }
+inline bool trans_nc(const char *t) { return is(t, "N") || is(t, "C"); }
 inline nxl_int mx1(nxl_int v) { return v > 1 ? v : 1; }
 
 // ------------------------------------------------------------------ dispatch
