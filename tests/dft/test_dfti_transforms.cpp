@@ -200,6 +200,48 @@ TEST(DftiTransforms, EdgeShapes) {
         r.is[0] = r.os[0] = 1;
         cases.push_back(r);
       }
+  // Column passes far apart in memory (gathered in blocks), with threads,
+  // a partial last block, padding and split storage.
+  for (int variant = 0; variant < 4; ++variant) {
+    Case b;
+    b.rank = variant == 2 ? 3 : 2;
+    long dims[3] = {variant == 2 ? 8L : 37L, 40, 3};
+    long acc = 1, oacc = 1;
+    for (int k = 0; k < b.rank; ++k) {
+      b.n[k] = dims[k];
+      b.is[k] = acc;
+      b.os[k] = oacc;
+      acc = acc * dims[k] + 3;
+      oacc = oacc * dims[k] + 5;
+    }
+    b.idist = acc;
+    b.odist = oacc;
+    b.howmany = 2;
+    b.inplace = variant == 1;
+    if (b.inplace) {
+      std::copy(b.is, b.is + b.rank, b.os);
+      b.odist = b.idist;
+    }
+    b.split = variant == 3;
+    b.forward = variant != 1;
+    b.thread_limit = variant % 2 ? 2 : 1;
+    cases.push_back(b);
+  }
+  {
+    Case r;   // real 2-D: the c2c pass over the half spectrum is blocked
+    r.domain = DFTI_REAL;
+    r.rank = 2;
+    r.n[0] = 70;
+    r.n[1] = 40;
+    r.is[0] = 1;
+    r.is[1] = 70;
+    r.os[0] = 1;
+    r.os[1] = 36;
+    r.idist = 2800;
+    r.odist = 1440;
+    r.thread_limit = 2;
+    cases.push_back(r);
+  }
   for (auto &x : cases) {
     for (int prec : {DFTI_SINGLE, DFTI_DOUBLE}) {
       x.prec = prec;
