@@ -71,6 +71,7 @@ int main(int argc, char **argv) {
          nxl_serv_is_sse4_2_enabled(), nxl_serv_is_avx_enabled(), nxl_serv_is_avx2_enabled(),
          nxl_serv_is_avx512_enabled(), nxl_serv_is_avx512_mic_enabled(), cached_mei,
          __sngl_was_called);
+  printf("features=0x%llx\n", nxl_serv_cpu_features());
   char name[256];
   const nxl_int len = sizeof name;
   nxl_get_cpu_name(name, &len);

@@ -44,6 +44,39 @@ TEST(CpuQemu, PlainDetection) {
   });
 }
 
+// AVX needs the operating system to save the YMM state; the AVX2 level
+// needs its whole group; SSE4.1 moves an SSSE3-level processor's auto branch.
+TEST(CpuQemu, StateAndGroupChecks) {
+  run_cases({
+      {"Haswell,-xsave", {}, {}, {{"path", 3}, {"level", 3}}},
+      {"SandyBridge,-xsave", {}, {}, {{"path", 3}}},
+      {"Haswell,-fma", {}, {}, {{"path", 4}}},
+      {"Haswell,-bmi2", {}, {}, {{"path", 4}}},
+      {"Haswell,-f16c", {}, {}, {{"path", 4}}},
+      {"Penryn", {}, {}, {{"path", 2}, {"auto", 7}}},
+      {"Penryn", {"NXL_CBWR=SSE4_1"}, {}, {{"path", 2}, {"cbwr", 7}}},
+      {"Penryn", {"NXL_CBWR=SSE4_2"}, {}, {{"path", 2}, {"cbwr", 2}}},
+      // A cap whose group is incomplete is refused: the flags stay on.
+      {"Haswell,-fma", {"NXL_ENABLE_INSTRUCTIONS=AVX2"}, {}, {{"path", 4}, {"avx512", 1}}},
+  });
+}
+
+// Without the operating system saving YMM state no 256-bit feature counts,
+// whatever CPUID says; SSE features stay.
+TEST(CpuQemu, FeatureWordWithoutYmmState) {
+  if (find_qemu().empty()) GTEST_SKIP() << "qemu-x86_64 is not installed";
+  const unsigned long long ymm_features = 0x10000ULL | 0x2000ULL | 0x40000ULL | 0x800000ULL;
+  Report with = run_driver({}, {}, "Haswell");
+  Report without = run_driver({}, {}, "Haswell,-xsave");
+  ASSERT_EQ(with.status, 0) << with.out << with.err;
+  ASSERT_EQ(without.status, 0) << without.out << without.err;
+  EXPECT_EQ(with.features() & ymm_features, ymm_features) << with.out;
+  EXPECT_EQ(without.features() & ymm_features, 0ULL) << without.out;
+  EXPECT_EQ(without.features() & 0x740ULL, 0x740ULL) << without.out;   // SSE2..SSE4.2
+  // The general-purpose BMI instructions need no register state.
+  EXPECT_EQ(without.features() & 0x180000ULL, 0x180000ULL) << without.out;
+}
+
 TEST(CpuQemu, InstructionCap) {
   run_cases({
       {"Haswell", {"NXL_ENABLE_INSTRUCTIONS=AVX"}, {}, {{"path", 4}, {"avx2", 0}}},

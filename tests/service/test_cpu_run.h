@@ -28,6 +28,10 @@ struct Report {
     return it == kv.end() ? -999 : static_cast<int>(strtol(it->second.c_str(), nullptr, 0));
   }
   bool has(const std::string &key) const { return kv.count(key) != 0; }
+  unsigned long long features() const {
+    auto it = kv.find("features");
+    return it == kv.end() ? 0 : strtoull(it->second.c_str(), nullptr, 0);
+  }
 };
 
 // Variables that steer the detection; removed from the inherited environment
