@@ -49,6 +49,34 @@ NXL_API void xerbla_(const char *name, const nxl_int *info, int len);
 NXL_API int nxl_progress(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len);
 NXL_API int nxl_progress_(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len);
 
+/* Memory manager. Work areas of the library are cached per thread and
+ * reused; these release them and report the manager's usage. */
+NXL_API void    nxl_free_buffers(void);          /* release every cached buffer */
+NXL_API void    nxl_free_buffers_(void);
+NXL_API void    nxl_thread_free_buffers(void);   /* the calling thread's cache only */
+NXL_API void    nxl_thread_free_buffers_(void);
+/* Turns buffer reuse off for the rest of the run; returns 1. */
+NXL_API nxl_int nxl_disable_fast_mm(void);
+NXL_API nxl_int nxl_disable_fast_mm_(void);
+/* Bytes the manager holds (buffers in use and cached); *nbuffers receives
+ * their number. */
+NXL_API nxl_int nxl_get_mem_stat(nxl_int *nbuffers);
+NXL_API nxl_int nxl_get_mem_stat_(nxl_int *nbuffers);
+/* Peak usage: *mode 0 stops, 1 starts tracking (returning 0); 2 returns the
+ * peak in bytes, 3 returns it and restarts from the current usage; -1 when
+ * tracking is off or the mode is unknown. */
+#define NXL_PEAK_MEM_DISABLE 0
+#define NXL_PEAK_MEM_ENABLE  1
+#define NXL_PEAK_MEM         2
+#define NXL_PEAK_MEM_RESET   3
+NXL_API nxl_int nxl_get_peak_mem_usage(const nxl_int *mode);
+NXL_API nxl_int nxl_get_peak_mem_usage_(const nxl_int *mode);
+
+/* Version: writes "Ortex(R) NXL <major>.<minor> Update <n> build <date> for
+ * x86-64 Linux" into buf[0..*len), NUL-terminated, the rest blank-filled. */
+NXL_API void    nxl_get_version_string(char *buf, const nxl_int *len);
+NXL_API void    nxl_get_version_string_(char *buf, const nxl_int *len);
+
 /* Processor detection and reproducibility.
  *
  * nxl_get_code_path: the code path the library runs, chosen once per process:
