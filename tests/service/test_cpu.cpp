@@ -14,21 +14,7 @@
 
 using namespace cpu_test;
 
-namespace {
-
-class CpuState : public ::testing::Test {
- protected:
-  void SetUp() override {
-    steer(nullptr, nullptr);
-    reset_detection_state();
-  }
-  void TearDown() override {
-    steer(nullptr, nullptr);
-    reset_detection_state();
-  }
-};
-
-}  // namespace
+using CpuState = FreshDetection;
 
 // Every bit of the feature word must agree with the flags the kernel reports
 // (the kernel also hides features whose register state it does not save).

@@ -29,9 +29,9 @@ std::string describe(const Case &c) {
 void run_cases(const std::vector<Case> &cases) {
   for (const Case &c : cases) {
     Report r = run_driver(c.env, c.args);
-    ASSERT_EQ(r.status, 0) << describe(c) << "\n" << r.out << r.err;
+    ASSERT_EQ(r.status, 0) << describe(c) << "\n" << r.out;
     for (auto &[key, value] : c.expect)
-      EXPECT_EQ(r.get(key), value) << key << " for " << describe(c) << "\n" << r.out << r.err;
+      EXPECT_EQ(r.get(key), value) << key << " for " << describe(c) << "\n" << r.out;
   }
 }
 
