@@ -61,22 +61,6 @@ TEST(CpuFeatures, WordAgreesWithKernelFlags) {
             info.has("amx_tile") && (info.has("amx_int8") || info.has("amx_bf16")));
 }
 
-TEST(CpuFeatures, GroupMasksAreTheDocumentedBits) {
-  EXPECT_EQ(NXL_FEAT_SSE2, 0x40ULL);
-  EXPECT_EQ(NXL_FEAT_SSSE3, 0x100ULL);
-  EXPECT_EQ(NXL_FEAT_SSE4_2, 0x400ULL);
-  EXPECT_EQ(NXL_FEAT_AVX, 0x10000ULL);
-  EXPECT_EQ(NXL_FEAT_FMA | NXL_FEAT_AVX2 | NXL_FEAT_BMI1 | NXL_FEAT_BMI2 | NXL_FEAT_F16C,
-            0x9C2000ULL);
-  EXPECT_EQ(NXL_FEAT_AVX512F | NXL_FEAT_AVX512ER | NXL_FEAT_AVX512PF | NXL_FEAT_PREFETCHWT1,
-            0x708000000ULL);
-  EXPECT_EQ(NXL_FEAT_AVX512F | NXL_FEAT_AVX512DQ | NXL_FEAT_AVX512BW | NXL_FEAT_AVX512VL,
-            0x6009000000ULL);
-  EXPECT_EQ(NXL_FEAT_AVX512_4VNNIW | NXL_FEAT_AVX512_4FMAPS, 0x30000000000ULL);
-  EXPECT_EQ(NXL_FEAT_AVX512VNNI, 0x1000000000000ULL);
-  EXPECT_EQ(NXL_FEAT_VAES | NXL_FEAT_VPCLMULQDQ, 0xC00000000000ULL);
-}
-
 // Vendor, maker rule and family tests against the kernel's vendor and family.
 TEST(CpuFeatures, VendorAndFamilyTests) {
   const CpuInfo info = read_cpuinfo();
@@ -216,17 +200,6 @@ TEST_F(CpuState, EnableInstructionsFlagsAndLevels) {
   EXPECT_EQ(nxl_serv_cpu_detect(), 7);
   EXPECT_EQ(nxl_serv_get_cpu_type(0), 7);
   EXPECT_EQ(nxl_serv_get_cpu_type(1), 5);
-}
-
-// A call, even a refused one, stands in for the environment variable.
-TEST_F(CpuState, CallSuppressesEnvironmentCap) {
-  const CpuInfo info = read_cpuinfo();
-  if (!native_level12(info)) GTEST_SKIP() << "needs an AVX-512 machine with DL Boost and bfloat16";
-  steer(nullptr, "AVX");
-  EXPECT_EQ(nxl_serv_enable_instructions(3), 0);
-  EXPECT_EQ(nxl_serv_cpu_detect(), 7);
-  EXPECT_EQ(cached_mei, -1);
-  EXPECT_EQ(nxl_serv_is_avx2_enabled(), 1);
 }
 
 TEST_F(CpuState, DetectionStoresPathVmlAndLevel) {
