@@ -275,3 +275,31 @@ TEST(SpinLock, MutualExclusion) {
     ASSERT_EQ(total, 4L * 100000) << "run " << run;
   }
 }
+
+namespace {
+int exit_code_seen = -1;
+void record_exit(int code) { exit_code_seen = code; }
+}  // namespace
+
+// A processor of the maker without SSE2: messages 1210 and 1211, then the exit
+// hook with code 1; when the hook returns nothing is cached.
+TEST_F(CpuState, BelowMinimumEndsThroughExitHook) {
+  if (!nxl_serv_ortex_cpu_true()) GTEST_SKIP() << "the probe tests features on the maker's processors only";
+  const unsigned long long real = nxl_serv_cpu_features();
+  __ortex_nxl_feature_indicator_x = NXL_FEAT_INITIALIZED | NXL_FEAT_SSE;
+  nxl_serv_set_exit_handler(record_exit);
+  testing::internal::CaptureStdout();
+  const int path = nxl_serv_cpu_detect();
+  const std::string out = testing::internal::GetCapturedStdout();
+  nxl_serv_set_exit_handler(nullptr);
+  __ortex_nxl_feature_indicator_x = real;
+  EXPECT_EQ(path, -1);
+  EXPECT_EQ(exit_code_seen, 1);
+  EXPECT_EQ(nxl_cpu_type, -1);
+  EXPECT_EQ(out,
+            "Ortex NXL FATAL ERROR: This system does not meet the minimum requirements for use "
+            "of the Ortex(R) Nexlib.\nThe processor must support the Ortex(R) Streaming SIMD 2 "
+            "Extensions (Ortex(R) SSE2) instructions.\n");
+  // The lock was released: a later detection with the real word succeeds.
+  EXPECT_GE(nxl_serv_cpu_detect(), 0);
+}
