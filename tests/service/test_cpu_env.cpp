@@ -69,6 +69,7 @@ TEST(CpuFreshProcess, Level12Machine) {
       // Refused: no many-core group; the flags and the selection stay.
       {{"NXL_ENABLE_INSTRUCTIONS=AVX512_MIC"}, {}, {{"path", 7}, {"level", 12}, {"mei", 3},
                                                     {"avx512_mic", 1}, {"avx512", 1}}},
+      {{"NXL_ENABLE_INSTRUCTIONS=AVX2"}, {"threads=8"}, {{"threads_agree", 1}, {"path", 5}}},
       {{"NXL_CBWR=AVX2"}, {}, {{"path", 5}, {"cbwr", 10}, {"ortex", 1}}},
       {{"NXL_CBWR=AVX512_E1"}, {}, {{"path", 7}, {"cbwr", 14}, {"selected", 9}}},
       {{"NXL_CBWR=AVX2, STRICT"}, {}, {{"path", 5}, {"mode", 0x1000a}}},
