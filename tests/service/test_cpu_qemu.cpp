@@ -116,3 +116,29 @@ TEST(CpuQemu, ReproducibilityBranches) {
       {"EPYC", {}, {"cbwr_set=3"}, {{"cbwr_set", 0}, {"cbwr", 3}}},
   });
 }
+
+// The family tests and the microarchitecture from the vendor, family and model
+// the emulated processors report (bits: 1 bulldozer, 2 zen, 4 barcelona,
+// 8 low-power SSE4.2, 16 low-power SSSE3, 32 older generation, 64 first
+// AVX-512 server generation, 128 its successor, 1024 many-core).
+TEST(CpuQemu, FamilyTests) {
+  run_cases({
+      {"core2duo", {}, {}, {{"uarch", 3}, {"families", 32}}},
+      {"Penryn", {}, {}, {{"uarch", 3}, {"families", 32}}},
+      {"Nehalem", {}, {}, {{"uarch", 4}, {"families", 0}}},
+      {"Westmere", {}, {}, {{"uarch", 4}, {"families", 0}}},
+      {"SandyBridge", {}, {}, {{"uarch", 5}, {"families", 0}}},
+      {"IvyBridge", {}, {}, {{"uarch", 5}, {"families", 0}}},
+      {"Haswell", {}, {}, {{"uarch", 6}, {"families", 0}}},
+      {"Broadwell", {}, {}, {{"uarch", 6}, {"families", 0}}},
+      {"Skylake-Client", {}, {}, {{"uarch", 7}, {"families", 0}}},
+      {"Skylake-Server", {}, {}, {{"uarch", 9}, {"families", 64}}},
+      {"Cascadelake-Server", {}, {}, {{"uarch", 10}, {"families", 128}}},
+      {"KnightsMill", {}, {}, {{"uarch", 8}, {"families", 1024}}},
+      {"Denverton", {}, {}, {{"uarch", 2}, {"families", 8}, {"path", 3}}},
+      {"EPYC", {}, {}, {{"uarch", 22}, {"families", 2}}},
+      {"EPYC-Milan", {}, {}, {{"uarch", 22}, {"families", 2}, {"path", 0}}},
+      {"Opteron_G4", {}, {}, {{"uarch", 21}, {"families", 1}, {"path", 0}}},
+      {"Opteron_G3", {}, {}, {{"uarch", 20}, {"families", 4}, {"path", 0}}},
+  });
+}
