@@ -17,3 +17,19 @@ endforeach()
 # Applications with their own xerbla_/xerbla and nxl_progress_ against libnxl.so.
 nxl_add_gtest(test_core_app_fortran SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_core_app_fortran.cpp)
 nxl_add_gtest(test_core_app_c SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_core_app_c.cpp)
+
+# A Fortran program with its own XERBLA (built by gfortran with 64-bit
+# integers) against libnxl.so, once the library has DGEMM.
+find_program(NXL_GFORTRAN gfortran)
+file(READ ${PROJECT_SOURCE_DIR}/blas/exports.list core_blas_exports)
+if(NXL_GFORTRAN AND NOT NXL_SANITIZE AND core_blas_exports MATCHES "F dgemm")
+  set(app_f ${CMAKE_CURRENT_BINARY_DIR}/app_xerbla_f)
+  add_custom_command(OUTPUT ${app_f}
+    COMMAND ${NXL_GFORTRAN} -fdefault-integer-8 -o ${app_f} ${CMAKE_CURRENT_SOURCE_DIR}/app_xerbla.f90
+            -L$<TARGET_FILE_DIR:nxl> -lnxl -Wl,-rpath,$<TARGET_FILE_DIR:nxl>
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
+    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/app_xerbla.f90 nxl)
+  add_custom_target(app_xerbla_f ALL DEPENDS ${app_f})
+  add_test(NAME core_app_fortran_dgemm_xerbla COMMAND ${app_f})
+  set_tests_properties(core_app_fortran_dgemm_xerbla PROPERTIES PASS_REGULAR_EXPRESSION " ok")
+endif()
