@@ -7,6 +7,8 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "service/core_spawn.h"
 #include "service/serv_core.h"
@@ -118,6 +120,31 @@ TEST(Verbose, OutputFileAndWarnings) {
   EXPECT_EQ(nxl_serv_verbose_output_file(path), 0);
   EXPECT_STREQ(nxl_serv_verbose_output_file_mode(), path);
   unlink(path);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(nxl_serv_verbose_output_file(""), 1);  // back to standard output
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "NXL_VERBOSE WARNING: incorrect output filename: too long or empty\n");
+}
+
+TEST(Verbose, ConcurrentLinesDoNotInterleave) {
+  testing::internal::CaptureStdout();
+  std::vector<std::thread> team;
+  for (int t = 0; t < 4; ++t)
+    team.emplace_back([t] {
+      std::string text = "ZGEMM(" + std::string(200, char('a' + t)) + ")";
+      for (int i = 0; i < 100; ++i) nxl_serv_print_verbose_info(0, text.c_str(), 1e-3 * (i % 3));
+    });
+  for (auto &th : team) th.join();
+  std::stringstream out(testing::internal::GetCapturedStdout());
+  std::regex line(std::string("NXL_VERBOSE ZGEMM\\((a{200}|b{200}|c{200}|d{200})\\) [0-9.]+(s|ms|us)") + kSuffix);
+  std::string l;
+  int lines = 0;
+  while (std::getline(out, l)) {
+    if (l.rfind("NXL_VERBOSE Ortex", 0) == 0) continue;  // the header, if first here
+    EXPECT_TRUE(std::regex_match(l, line)) << l;
+    ++lines;
+  }
+  EXPECT_EQ(lines, 400);
 }
 
 TEST(Verbose, ClockAdvances) {
