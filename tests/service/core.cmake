@@ -19,7 +19,12 @@ nxl_add_gtest(test_core_app_c SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_core_app_
 # A Fortran program with its own XERBLA (built by gfortran with 64-bit
 # integers) against libnxl.so, once the library has DGEMM.
 find_program(NXL_GFORTRAN gfortran)
-file(READ ${PROJECT_SOURCE_DIR}/blas/exports.list core_blas_exports)
+file(GLOB core_blas_lists ${PROJECT_SOURCE_DIR}/blas/exports*.list)
+set(core_blas_exports "")
+foreach(l IN LISTS core_blas_lists)
+  file(READ ${l} content)
+  string(APPEND core_blas_exports "${content}")
+endforeach()
 if(NXL_GFORTRAN AND NOT NXL_SANITIZE AND core_blas_exports MATCHES "F dgemm")
   set(app_f ${CMAKE_CURRENT_BINARY_DIR}/app_xerbla_f)
   add_custom_command(OUTPUT ${app_f}
@@ -27,7 +32,7 @@ if(NXL_GFORTRAN AND NOT NXL_SANITIZE AND core_blas_exports MATCHES "F dgemm")
             -L$<TARGET_FILE_DIR:nxl> -lnxl -Wl,-rpath,$<TARGET_FILE_DIR:nxl>
     WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
     DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/app_xerbla.f90 nxl)
-  add_custom_target(app_xerbla_f ALL DEPENDS ${app_f})
+  add_custom_target(core_app_xerbla_build ALL DEPENDS ${app_f})
   add_test(NAME core_app_fortran_dgemm_xerbla COMMAND ${app_f})
   set_tests_properties(core_app_fortran_dgemm_xerbla PROPERTIES PASS_REGULAR_EXPRESSION " ok")
 endif()
