@@ -36,3 +36,14 @@ if(NXL_GFORTRAN AND NOT NXL_SANITIZE AND core_blas_exports MATCHES "F dgemm")
   add_test(NAME core_app_fortran_dgemm_xerbla COMMAND ${app_f})
   set_tests_properties(core_app_fortran_dgemm_xerbla PROPERTIES PASS_REGULAR_EXPRESSION " ok")
 endif()
+
+# The same with the reference LAPACK library loaded ahead of libnxl.so (so
+# it precedes the library in the global scope).
+set(core_ref_lapack /usr/lib/x86_64-linux-gnu/lapack64/liblapack64.so.3)
+if(EXISTS ${core_ref_lapack} AND NOT NXL_SANITIZE)
+  add_executable(test_core_app_peer ${CMAKE_CURRENT_SOURCE_DIR}/test_core_app_peer.cpp)
+  target_include_directories(test_core_app_peer PRIVATE ${PROJECT_SOURCE_DIR}/include)
+  target_link_libraries(test_core_app_peer PRIVATE -Wl,--no-as-needed ${core_ref_lapack} nxl
+                        GTest::gtest GTest::gtest_main)
+  gtest_discover_tests(test_core_app_peer DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600)
+endif()
