@@ -248,12 +248,19 @@ void nxl_serv_print_verbose_info(int kind, const char *text, double seconds) {
   if (line == nullptr) return;
   snprintf(line, need, "NXL_VERBOSE %s %s\n", text != nullptr ? text : "", suffix);
 
-  const char *file = nxl_serv_verbose_output_file_mode();
+  nxl_serv_verbose_output_file_mode();
   nxl_serv_lock(&line_lock);
   FILE *f = nullptr;
-  if (file[0] != '\0') {
-    f = fopen(file, "a");
-    if (f == nullptr) warn(stdout, "unable to open output file. Print to STDOUT");
+  if (verbose_file_name[0] != '\0') {
+    // The name may be replaced meanwhile: open a stable copy.
+    char file[kNameBuffer];
+    nxl_serv_lock(&file_set_lock);
+    memcpy(file, verbose_file_name, sizeof file);
+    nxl_serv_unlock(&file_set_lock);
+    if (file[0] != '\0') {
+      f = fopen(file, "a");
+      if (f == nullptr) warn(stdout, "unable to open output file. Print to STDOUT");
+    }
   }
   if (f != nullptr) {
     write_line(f, line);

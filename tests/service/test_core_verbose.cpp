@@ -120,6 +120,20 @@ TEST(Verbose, OutputFileAndWarnings) {
   EXPECT_EQ(nxl_serv_verbose_output_file(path), 0);
   EXPECT_STREQ(nxl_serv_verbose_output_file_mode(), path);
   unlink(path);
+
+  // A file that cannot be opened any more: the line goes to standard output.
+  char dir[] = "/tmp/nxl_verbose_dir_XXXXXX";
+  ASSERT_NE(mkdtemp(dir), nullptr);
+  std::string gone = std::string(dir) + "/trace.txt";
+  EXPECT_EQ(nxl_serv_verbose_output_file(gone.c_str()), 0);
+  unlink(gone.c_str());
+  rmdir(dir);
+  testing::internal::CaptureStdout();
+  nxl_serv_print_verbose_info(0, "DSWAP(1)", 0.0);
+  std::string out = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(out.rfind("NXL_VERBOSE WARNING: unable to open output file. Print to STDOUT\n", 0), 0u) << out;
+  EXPECT_NE(out.find("NXL_VERBOSE DSWAP(1) 0.00s CNR:"), std::string::npos) << out;
+
   testing::internal::CaptureStdout();
   EXPECT_EQ(nxl_serv_verbose_output_file(""), 1);  // back to standard output
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
