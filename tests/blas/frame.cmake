@@ -4,3 +4,12 @@
 nxl_add_gtest(test_blas_level1 SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_level1.cpp INTERNAL)
 nxl_add_gtest(test_blas_level1_threads SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_level1_threads.cpp INTERNAL)
 nxl_add_gtest(test_blas_sparse SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_sparse.cpp INTERNAL)
+
+# The reference BLAS/CBLAS test programs against libnxl.so.
+add_library(cblas_globals SHARED ${CMAKE_CURRENT_SOURCE_DIR}/cblas_globals.c)
+set_target_properties(cblas_globals PROPERTIES C_VISIBILITY_PRESET default)
+if(EXISTS /usr/lib/x86_64-linux-gnu/blas64/xblat1d)
+  add_test(NAME blas_conformance
+    COMMAND sh ${CMAKE_CURRENT_SOURCE_DIR}/run_conformance.sh ${PROJECT_BINARY_DIR})
+  set_tests_properties(blas_conformance PROPERTIES LABELS conformance TIMEOUT 3000)
+endif()
