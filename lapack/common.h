@@ -46,15 +46,18 @@ template <class T> constexpr char prefix() {
   else return 'Z';
 }
 
-// Routine name of precision T padded with blanks to six characters.
+// Routine name of precision T, padded with blanks to six characters (longer
+// names keep their length: DGEEQUB has seven).
 template <class T> struct Name {
-  char s[8];
+  char s[12];
+  int len;
   explicit Name(const char *stem) {
     s[0] = prefix<T>();
     int i = 1;
-    for (; stem[i - 1] && i < 7; ++i) s[i] = stem[i - 1];
-    for (; i < 7; ++i) s[i] = ' ';
-    s[7] = 0;
+    for (; stem[i - 1] && i < 11; ++i) s[i] = stem[i - 1];
+    for (; i < 6; ++i) s[i] = ' ';
+    s[i] = 0;
+    len = i;
   }
 };
 
@@ -63,7 +66,7 @@ template <class T> inline void report(const char *stem, idx pos, idx *info) {
   if (info) *info = -pos;
   Name<T> nm(stem);
   idx p = pos;
-  nxl_serv_xerbla(nm.s, &p, 6);
+  nxl_serv_xerbla(nm.s, &p, nm.len);
 }
 inline void report_name(const char *name6, idx pos, idx *info) {
   if (info) *info = -pos;

@@ -168,7 +168,7 @@ extern "C" nxl_int nxl_lapack_iparmq(const nxl_int *ispec, const char *name, con
       return 0;
     }
     case 17: return 10;
-    default: return -1;
+    default: return 1;
   }
 }
 
