@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Builds NXL with warnings as errors and runs every test: unit tests, the
+# reference conformance programs, emulated processors, the export and
+# instruction-set checks, then the unit tests again under AddressSanitizer and
+# UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash cmake/deps.sh
+export CCACHE_BASEDIR=$PWD
+jobs=$(nproc)
+cc=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++)
+
+cmake -S . -B build -G Ninja "${cc[@]}" -DCMAKE_BUILD_TYPE=Release -DNXL_WERROR=ON > /dev/null
+cmake --build build -j "$jobs"
+ctest --test-dir build -j "$jobs" --output-on-failure --timeout 900
+
+if [ "${NXL_SKIP_SANITIZERS:-0}" != 1 ]; then
+  cmake -S . -B build-asan -G Ninja "${cc[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DNXL_WERROR=ON \
+        -DNXL_SANITIZE=ON -DNXL_BUILD_BENCH=OFF > /dev/null
+  cmake --build build-asan -j "$jobs"
+  ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+    ctest --test-dir build-asan -j "$jobs" -L unit --output-on-failure --timeout 1800
+fi
