@@ -4,7 +4,7 @@ set(lapack_core_extra "")
 set(lapack_core_libs "")
 if(NXL_LAPACK_TEST_SHIM)
   set(lapack_core_extra ${CMAKE_CURRENT_SOURCE_DIR}/shim.cpp)
-  set(lapack_core_libs /usr/lib/x86_64-linux-gnu/blas64/libblas64.so.3)
+
 endif()
 nxl_add_gtest(lapack_core_tests
   SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_lu.cpp ${CMAKE_CURRENT_SOURCE_DIR}/test_chol.cpp
