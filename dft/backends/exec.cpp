@@ -43,6 +43,8 @@ struct Pass {
 };
 
 constexpr long kBlock = 8;
+// Span (bytes) of one transform from which column passes are blocked.
+long g_block_span = 8L << 20;
 
 // The caller's slot of the plan (set after acquire, and by each thread of a
 // team that runs whole transforms).
@@ -363,8 +365,10 @@ template <class R> int attach_blocks(Plan<R> *P, Pass *ps, int np, long unit) {
   for (int i = 0; i < np; ++i) {
     Pass &p = ps[i];
     auto mag = [](long v) { return v < 0 ? -v : v; };
+    // Only worth it when one transform spans more than the caches hold.
+    const long span = p.n * (mag(p.is) / unit) * static_cast<long>(2 * sizeof(R));
     p.block = p.kind == kC2C && p.n >= 32 && p.cnt >= kBlock && mag(p.is) >= 32 * unit && mag(p.os) >= 32 * unit &&
-              mag(p.ivd) == unit && mag(p.ovd) == unit;
+              mag(p.ivd) == unit && mag(p.ovd) == unit && span >= g_block_span;
     if (p.block) need = need > 2 * kBlock * p.n ? need : 2 * kBlock * p.n;
   }
   if (!need) return 0;
@@ -789,6 +793,12 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
 }
 
 }  // namespace
+
+extern "C" long nxl_dft_set_block_span(long bytes) {
+  long old = g_block_span;
+  g_block_span = bytes;
+  return old;
+}
 
 bool is_split(const DFTI_DESCRIPTOR *d) { return d->domain == DFTI_COMPLEX && d->cstorage == DFTI_REAL_REAL; }
 
