@@ -34,3 +34,8 @@ int nxl_serv_domain_get_max_threads(int) {
 }
 }
 extern "C" void nxl_serv_set_dynamic(int) {}
+extern "C" void *nxl_serv_allocate(size_t bytes, int alignment) {
+  void *p = nullptr;
+  return posix_memalign(&p, size_t(alignment), bytes) == 0 ? p : nullptr;
+}
+extern "C" void nxl_serv_deallocate(void *p) { std::free(p); }
