@@ -1,0 +1,691 @@
+// The level-3 engine: packed panels, a macro-kernel over register tiles, and
+// every level-3 operation cast onto them.
+//
+// C = alpha * opA * opB + beta * C runs as the usual five loops: columns of C
+// in blocks of NC (the packed B block, kc x nc, shared by the row blocks),
+// the depth in blocks of KC, rows in blocks of MC (the packed A block, kept
+// in L2), then NR-column and MR-row micro-tiles. Transposition, conjugation,
+// alpha, the mirrored triangle of symm/hemm and the zeros and unit diagonal
+// of a triangular factor are all folded into packing; edge panels are
+// zero-padded so the micro-kernel never branches. The k loop is never split
+// and tiles sit at fixed multiples of MR and NR from the origin of C, so a
+// caller that cuts C at those multiples gets bit-identical elements.
+#ifndef NXL_BLAS_L3_ENGINE_H
+#define NXL_BLAS_L3_ENGINE_H
+
+#include <algorithm>
+#include "blas/kernels/l3_ukernel.h"
+#include "service/nxl_serv.h"
+
+namespace nxl {
+inline namespace NXL_CP_NS {
+
+// ---------------------------------------------------------------------------
+// Logical operand: element (i, p) of a matrix view, with its structure.
+enum class mkind : int { general, symmetric, hermitian, triangular };
+
+template <class T> struct view {
+  const T *a = nullptr;
+  idx ld = 1;
+  bool trans = false;   // element (i, p) is stored at (p, i)
+  bool cj = false;      // conjugate every stored element
+  mkind kind = mkind::general;
+  bool upper = false;   // symmetric/hermitian: stored triangle; triangular: shape of the view
+  bool unit = false;    // triangular: unit diagonal, not read
+  idx r0 = 0, c0 = 0;   // origin of this view in the logical matrix
+
+  view sub(idx i, idx p) const {
+    view v = *this;
+    v.r0 += i;
+    v.c0 += p;
+    return v;
+  }
+  T raw(idx i, idx p) const {
+    T v = trans ? a[p + i * ld] : a[i + p * ld];
+    return cj ? nxl::NXL_CP_NS::conj(v) : v;
+  }
+  T at(idx i, idx p) const {
+    i += r0;
+    p += c0;
+    switch (kind) {
+      case mkind::general: return raw(i, p);
+      case mkind::symmetric:
+        return (upper ? i <= p : i >= p) ? a[i + p * ld] : a[p + i * ld];
+      case mkind::hermitian:
+        if (i == p) return T(re(a[i + i * ld]));
+        return (upper ? i < p : i > p) ? a[i + p * ld] : nxl::NXL_CP_NS::conj(a[p + i * ld]);
+      case mkind::triangular:
+        if (i == p) return unit ? T(1) : raw(i, p);
+        return (upper ? i < p : i > p) ? raw(i, p) : T(0);
+    }
+    return T(0);
+  }
+};
+
+template <class T> view<T> general_view(const T *a, idx ld, bool trans, bool cj) {
+  view<T> v;
+  v.a = a;
+  v.ld = ld;
+  v.trans = trans;
+  v.cj = cj;
+  return v;
+}
+
+// Micro-tile restrictions of the macro-kernel.
+struct shape {
+  enum kind_t { full, triangle, trim_a, trim_b } kind = full;
+  bool upper = false;     // triangle: stored triangle of C; trim: shape of the triangular operand
+  bool real_diag = false; // triangle: force a real diagonal (herk, her2k)
+};
+
+// How beta is applied when a tile is stored.
+enum class bmode : int { zero, one, general };
+
+template <class T> bmode beta_mode(T beta) {
+  return beta == T(0) ? bmode::zero : beta == T(1) ? bmode::one : bmode::general;
+}
+
+// ---------------------------------------------------------------------------
+// Engine constants for element type T, in T's own units.
+template <class T> struct blk {
+  using R = real_t<T>;
+  using U = ukernel<R>;
+  static constexpr int cf = is_complex_v<T> ? 2 : 1;  // reals per element
+  static constexpr int MR = U::MR / cf;               // rows of a tile
+  static constexpr int NR = U::NR;                    // columns of a tile
+  static constexpr idx KC = U::KC / cf;               // depth of a block
+  static constexpr idx MC = U::MC / cf;
+  static constexpr idx NC = U::NC;
+};
+
+// ---------------------------------------------------------------------------
+// Packing.
+
+// A block: mc x kc of alpha * V, in MR-row micro-panels (real: MR x kc,
+// k-major; complex: the 2x2 real blocks [re -im; im re] of the 1m method).
+template <class T, class G>
+void pack_a_rows(G get, bool ktr, idx mc, idx kc, T alpha, real_t<T> *dst) {
+  using R = real_t<T>;
+  constexpr int RMR = ukernel<R>::MR;
+  constexpr int MR = blk<T>::MR;
+  const bool a1 = alpha == T(1);
+  for (idx ir = 0; ir < mc; ir += MR) {
+    const int mr = int(std::min<idx>(MR, mc - ir));
+    R *d = dst + (ir / MR) * RMR * kc * blk<T>::cf;
+    if constexpr (!is_complex_v<T>) {
+      auto put = [&](idx i, idx p) {
+        T v = get(ir + i, p);
+        d[p * RMR + i] = a1 ? v : alpha * v;
+      };
+      if (ktr) {
+        for (int i = 0; i < mr; ++i)
+          for (idx p = 0; p < kc; ++p) put(i, p);
+      } else {
+        for (idx p = 0; p < kc; ++p)
+          for (int i = 0; i < mr; ++i) put(i, p);
+      }
+      for (idx p = 0; p < kc; ++p)
+        for (int i = mr; i < RMR; ++i) d[p * RMR + i] = R(0);
+    } else {
+      auto put = [&](idx i, idx p) {
+        T v = get(ir + i, p);
+        if (!a1) v = mul(alpha, v);
+        R *c0 = d + 2 * p * RMR + 2 * i;
+        R *c1 = c0 + RMR;
+        c0[0] = v.real();
+        c0[1] = v.imag();
+        c1[0] = -v.imag();
+        c1[1] = v.real();
+      };
+      if (ktr) {
+        for (int i = 0; i < mr; ++i)
+          for (idx p = 0; p < kc; ++p) put(i, p);
+      } else {
+        for (idx p = 0; p < kc; ++p)
+          for (int i = 0; i < mr; ++i) put(i, p);
+      }
+      for (idx p = 0; p < 2 * kc; ++p)
+        for (int i = 2 * mr; i < RMR; ++i) d[p * RMR + i] = R(0);
+    }
+  }
+}
+
+// B block: kc x nc of V, in NR-column micro-panels (complex: each k gives a
+// row of real parts and a row of imaginary parts).
+template <class T, class G>
+void pack_b_cols(G get, bool ktr, idx kc, idx nc, real_t<T> *dst) {
+  using R = real_t<T>;
+  constexpr int NR = blk<T>::NR;
+  constexpr int cf = blk<T>::cf;
+  for (idx jr = 0; jr < nc; jr += NR) {
+    const int nr = int(std::min<idx>(NR, nc - jr));
+    R *d = dst + jr * kc * cf;
+    auto put = [&](idx p, int j) {
+      T v = get(p, jr + j);
+      if constexpr (!is_complex_v<T>) {
+        d[p * NR + j] = v;
+      } else {
+        d[2 * p * NR + j] = v.real();
+        d[(2 * p + 1) * NR + j] = v.imag();
+      }
+    };
+    // ktr: consecutive k of one column are adjacent in memory.
+    if (ktr) {
+      for (int j = 0; j < nr; ++j)
+        for (idx p = 0; p < kc; ++p) put(p, j);
+    } else {
+      for (idx p = 0; p < kc; ++p)
+        for (int j = 0; j < nr; ++j) put(p, j);
+    }
+    if (nr < NR)
+      for (idx p = 0; p < kc * cf; ++p)
+        for (int j = nr; j < NR; ++j) d[p * NR + j] = R(0);
+  }
+}
+
+// Packs V(i0.., p0..) choosing a fast accessor for plain views.
+template <class T>
+void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T> *dst) {
+  if (V.kind == mkind::general) {
+    const T *a = V.a;
+    const idx ld = V.ld, r = V.r0 + i0, c = V.c0 + p0;
+    if (!V.trans) {
+      const T *s = a + r + c * ld;
+      if (V.cj)
+        pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[i + p * ld]); }, false, mc, kc, alpha, dst);
+      else
+        pack_a_rows<T>([=](idx i, idx p) { return s[i + p * ld]; }, false, mc, kc, alpha, dst);
+    } else {
+      const T *s = a + c + r * ld;
+      if (V.cj)
+        pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[p + i * ld]); }, true, mc, kc, alpha, dst);
+      else
+        pack_a_rows<T>([=](idx i, idx p) { return s[p + i * ld]; }, true, mc, kc, alpha, dst);
+    }
+    return;
+  }
+  pack_a_rows<T>([&](idx i, idx p) { return V.at(i0 + i, p0 + p); }, V.trans, mc, kc, alpha, dst);
+}
+
+template <class T>
+void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
+  if (V.kind == mkind::general) {
+    const T *a = V.a;
+    const idx ld = V.ld, r = V.r0 + p0, c = V.c0 + j0;
+    if (!V.trans) {
+      const T *s = a + r + c * ld;
+      if (V.cj)
+        pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(s[p + j * ld]); }, true, kc, nc, dst);
+      else
+        pack_b_cols<T>([=](idx p, idx j) { return s[p + j * ld]; }, true, kc, nc, dst);
+    } else {
+      const T *s = a + c + r * ld;
+      if (V.cj)
+        pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(s[j + p * ld]); }, false, kc, nc, dst);
+      else
+        pack_b_cols<T>([=](idx p, idx j) { return s[j + p * ld]; }, false, kc, nc, dst);
+    }
+    return;
+  }
+  pack_b_cols<T>([&](idx p, idx j) { return V.at(p0 + p, j0 + j); }, !V.trans, kc, nc, dst);
+}
+
+// ---------------------------------------------------------------------------
+// Storing tiles and scaling C.
+
+template <class T> inline T beta_times(T beta, T c) { return mul(beta, c); }
+
+// C(0:mr, 0:nr) = t + beta * C, where t has leading dimension ldt.
+template <class T>
+inline void store_full(T *C, idx ldc, int mr, int nr, const T *t, int ldt, T beta, bmode bm) {
+  for (int j = 0; j < nr; ++j) {
+    T *c = C + j * ldc;
+    const T *s = t + j * ldt;
+    switch (bm) {
+      case bmode::zero:
+        for (int i = 0; i < mr; ++i) c[i] = s[i];
+        break;
+      case bmode::one:
+        for (int i = 0; i < mr; ++i) c[i] = c[i] + s[i];
+        break;
+      case bmode::general:
+        for (int i = 0; i < mr; ++i) c[i] = beta_times(beta, c[i]) + s[i];
+        break;
+    }
+  }
+}
+
+// Diagonal element of herk/her2k: beta * re(c) + re(t), imaginary part 0.
+template <class T> inline T real_diag_update(T c, T t, T beta, bmode bm) {
+  if constexpr (is_complex_v<T>) {
+    using R = real_t<T>;
+    R v = bm == bmode::zero ? t.real()
+        : bm == bmode::one  ? c.real() + t.real()
+                            : beta.real() * c.real() + t.real();
+    return T(v, R(0));
+  } else {
+    return bm == bmode::zero ? t : bm == bmode::one ? c + t : beta * c + t;
+  }
+}
+
+// Stores only the elements of the stored triangle (global position gi, gj of
+// the tile's corner).
+template <class T>
+void store_tri(T *C, idx ldc, int mr, int nr, const T *t, int ldt, T beta, bmode bm, idx gi,
+               idx gj, const shape &sh) {
+  for (int j = 0; j < nr; ++j) {
+    const idx col = gj + j;
+    int lo = 0, hi = mr;
+    if (sh.upper) hi = int(std::clamp<idx>(col - gi + 1, 0, mr));
+    else lo = int(std::clamp<idx>(col - gi, 0, mr));
+    T *c = C + j * ldc;
+    const T *s = t + j * ldt;
+    for (int i = lo; i < hi; ++i) {
+      if (sh.real_diag && gi + i == col) {
+        c[i] = real_diag_update(c[i], s[i], beta, bm);
+        continue;
+      }
+      switch (bm) {
+        case bmode::zero: c[i] = s[i]; break;
+        case bmode::one: c[i] = c[i] + s[i]; break;
+        case bmode::general: c[i] = beta_times(beta, c[i]) + s[i]; break;
+      }
+    }
+  }
+}
+
+// C = beta * C over an m x n block at global position (gi, gj), restricted
+// by the shape's triangle. beta = 0 writes zeros without reading C.
+template <class T>
+void scale_c(T *C, idx ldc, idx m, idx n, T beta, idx gi, idx gj, const shape &sh) {
+  const bmode bm = beta_mode(beta);
+  const bool tri = sh.kind == shape::triangle;
+  for (idx j = 0; j < n; ++j) {
+    idx lo = 0, hi = m;
+    if (tri) {
+      const idx col = gj + j;
+      if (sh.upper) hi = std::clamp<idx>(col - gi + 1, 0, m);
+      else lo = std::clamp<idx>(col - gi, 0, m);
+    }
+    T *c = C + j * ldc;
+    for (idx i = lo; i < hi; ++i) {
+      if (tri && sh.real_diag && gi + i == gj + j) {
+        c[i] = real_diag_update(c[i], T(0), beta, bm);
+        continue;
+      }
+      if (bm == bmode::zero) c[i] = T(0);
+      else if (bm == bmode::general) c[i] = beta_times(beta, c[i]);
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Work buffers for the packed blocks: heap blocks from the memory manager,
+// or a stack area for products that fit in it.
+template <class T> struct workspace {
+  using R = real_t<T>;
+  R *apack = nullptr, *bpack = nullptr;
+  void *heap = nullptr;
+  idx mc = 0, nc = 0, kc = 0;   // block sizes (T units) in use
+  static constexpr size_t stack_bytes = 96 * 1024;
+  alignas(64) unsigned char stack[stack_bytes];
+
+  static size_t a_elems(idx mc, idx kc) {
+    return size_t((mc + blk<T>::MR - 1) / blk<T>::MR) * ukernel<R>::MR * kc * blk<T>::cf;
+  }
+  static size_t b_elems(idx kc, idx nc) {
+    return size_t((nc + blk<T>::NR - 1) / blk<T>::NR) * blk<T>::NR * kc * blk<T>::cf;
+  }
+  size_t cap = 0;  // bytes of the heap block
+  // Chooses block sizes for an m x n x k product and finds room for them.
+  // The depth kc = min(k, KC) fixes the order of every sum; mc and nc only
+  // group whole tiles.
+  void setup(idx m, idx n, idx k) {
+    kc = std::min<idx>(std::max<idx>(k, 1), blk<T>::KC);
+    mc = std::min<idx>(std::max<idx>(m, 1), blk<T>::MC);
+    nc = std::min<idx>(std::max<idx>(n, 1), blk<T>::NC);
+    size_t abytes = (a_elems(mc, kc) * sizeof(R) + 63) & ~size_t(63);
+    size_t bytes = abytes + b_elems(kc, nc) * sizeof(R);
+    unsigned char *base = nullptr;
+    if (bytes <= stack_bytes) {
+      base = stack;
+    } else if (bytes <= cap) {
+      base = static_cast<unsigned char *>(heap);
+    } else {
+      if (heap) nxl_serv_deallocate(heap);
+      heap = nxl_serv_allocate(bytes, 4096);
+      cap = heap ? bytes : 0;
+      base = static_cast<unsigned char *>(heap);
+    }
+    if (!base) {
+      // No memory: smaller blocks in the stack area (slower, still exact).
+      kc = std::min<idx>(kc, 64 / blk<T>::cf);
+      nc = blk<T>::NR;
+      mc = blk<T>::MR;
+      while (a_elems(mc * 2, kc) * sizeof(R) + 64 + b_elems(kc, nc * 2) * sizeof(R) <= stack_bytes) {
+        mc *= 2;
+        nc *= 2;
+      }
+      abytes = (a_elems(mc, kc) * sizeof(R) + 63) & ~size_t(63);
+      base = stack;
+    }
+    apack = reinterpret_cast<R *>(base);
+    bpack = reinterpret_cast<R *>(base + abytes);
+  }
+  ~workspace() {
+    if (heap) nxl_serv_deallocate(heap);
+  }
+};
+
+// ---------------------------------------------------------------------------
+// The product C = alpha * A * B + beta * C (m x n, depth k), tiles restricted
+// by sh. (gi0, gj0) is the position of C in the output used for the triangle
+// tests; A's row index and B's column index are taken in the same frame for
+// trimming. alpha = 0 or k = 0 only scales C.
+template <class T>
+void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx n, idx k, T alpha,
+               T beta, T *C, idx ldc, const shape &sh, idx gi0 = 0, idx gj0 = 0) {
+  using R = real_t<T>;
+  using U = ukernel<R>;
+  constexpr int MR = blk<T>::MR, NR = blk<T>::NR, cf = blk<T>::cf;
+  if (m <= 0 || n <= 0) return;
+  if (k <= 0 || alpha == T(0)) {
+    if (beta != T(1)) scale_c(C, ldc, m, n, beta, gi0, gj0, sh);
+    return;
+  }
+  ws.setup(m, n, k);
+  const idx KCb = ws.kc, MCb = ws.mc, NCb = ws.nc;
+  alignas(64) R tile[U::MR * U::NR];
+  const T *tt = reinterpret_cast<const T *>(tile);
+  const bool tri = sh.kind == shape::triangle;
+
+  for (idx jc = 0; jc < n; jc += NCb) {
+    const idx nc = std::min(NCb, n - jc);
+    const idx gj = gj0 + jc;
+    for (idx pc = 0; pc < k; pc += KCb) {
+      const idx kc = std::min(KCb, k - pc);
+      const bool first = pc == 0;
+      const bmode bm = first ? beta_mode(beta) : bmode::one;
+      bool b_packed = false;
+      for (idx ic = 0; ic < m; ic += MCb) {
+        const idx mc = std::min(MCb, m - ic);
+        const idx gi = gi0 + ic;
+        if (tri) {
+          if (sh.upper && gi > gj + nc - 1) break;
+          if (!sh.upper && gi + mc - 1 < gj) continue;
+        }
+        // Blocks that meet only the zero part of a triangular operand.
+        bool block_zero = false;
+        if (sh.kind == shape::trim_a) block_zero = sh.upper ? pc + kc <= gi : pc >= gi + mc;
+        if (sh.kind == shape::trim_b) block_zero = sh.upper ? pc >= gj + nc : pc + kc <= gj;
+        if (block_zero && !first) continue;
+        if (!b_packed) {
+          pack_b(B, pc, jc, kc, nc, ws.bpack);
+          b_packed = true;
+        }
+        pack_a(A, ic, pc, mc, kc, alpha, ws.apack);
+        // Macro-kernel over the micro-tiles of this block.
+        for (idx jr = 0; jr < nc; jr += NR) {
+          const int nr = int(std::min<idx>(NR, nc - jr));
+          const idx tj = gj + jr;
+          const R *bp = ws.bpack + jr * kc * cf;
+          for (idx ir = 0; ir < mc; ir += MR) {
+            const int mr = int(std::min<idx>(MR, mc - ir));
+            const idx ti = gi + ir;
+            bool diag = false;
+            if (tri) {
+              if (sh.upper) {
+                if (ti > tj + nr - 1) continue;
+                diag = ti + mr - 1 >= tj;
+              } else {
+                if (ti + mr - 1 < tj) continue;
+                diag = ti <= tj + nr - 1;
+              }
+            }
+            // Depth range [klo, khi) of this tile that meets the nonzero part
+            // of a triangular operand.
+            idx klo = 0, khi = kc;
+            if (sh.kind == shape::trim_a) {
+              if (sh.upper) klo = std::clamp<idx>(ti - pc, 0, kc);
+              else khi = std::clamp<idx>(ti + mr - pc, 0, kc);
+            } else if (sh.kind == shape::trim_b) {
+              if (sh.upper) khi = std::clamp<idx>(tj + nr - pc, 0, kc);
+              else klo = std::clamp<idx>(tj - pc, 0, kc);
+            }
+            if (klo >= khi) {
+              if (!first) continue;
+              klo = khi = 0;
+            }
+            const R *ap = ws.apack + (ir / MR) * U::MR * kc * cf;
+            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile);
+            T *c = C + (ic + ir) + (jc + jr) * ldc;
+            if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, bm, ti, tj, sh);
+            else store_full(c, ldc, mr, nr, tt, MR, beta, bm);
+          }
+        }
+      }
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Level-3 operations on the engine. Flags are already decoded.
+
+template <class T>
+void gemm(workspace<T> &ws, bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha,
+          const T *a, idx lda, const T *b, idx ldb, T beta, T *c, idx ldc) {
+  gemm_core(ws, general_view(a, lda, ta, ca), general_view(b, ldb, tb, cb), m, n, k, alpha, beta,
+            c, ldc, shape{});
+}
+
+// symm / hemm: the packing of A mirrors its stored triangle.
+template <class T>
+void symm(workspace<T> &ws, bool left, bool upper, bool herm, idx m, idx n, T alpha, const T *a,
+          idx lda, const T *b, idx ldb, T beta, T *c, idx ldc) {
+  view<T> S;
+  S.a = a;
+  S.ld = lda;
+  S.kind = herm ? mkind::hermitian : mkind::symmetric;
+  S.upper = upper;
+  view<T> G = general_view(b, ldb, false, false);
+  if (left) gemm_core(ws, S, G, m, n, m, alpha, beta, c, ldc, shape{});
+  else gemm_core(ws, G, S, m, n, n, alpha, beta, c, ldc, shape{});
+}
+
+// Rank-k and rank-2k updates of the columns [j0, j1) of the stored triangle:
+// C = alpha * opA * opB^T (+ alpha2 * opB * opA^T) + beta * C, where for the
+// Hermitian forms ^T is the conjugate transpose and alpha2 = conj(alpha).
+template <class T>
+void rankk(workspace<T> &ws, bool upper, bool trans, bool herm, bool two, idx n, idx k, T alpha,
+           const T *a, idx lda, const T *b, idx ldb, T beta, T *c, idx ldc, idx j0, idx j1) {
+  if (j1 <= j0) return;
+  shape sh;
+  sh.kind = shape::triangle;
+  sh.upper = upper;
+  sh.real_diag = herm;
+  // Row range of C that the column range meets, starting on the tile grid
+  // of the whole matrix so that every tile is the one a full call forms.
+  const idx r0 = upper ? 0 : j0 / blk<T>::MR * blk<T>::MR, r1 = upper ? j1 : n;
+  // opX (n x k) as the A operand, opX^T (k x n) as the B operand.
+  auto left_op = [&](const T *x, idx ldx) {
+    return general_view(x, ldx, trans, trans && herm).sub(r0, 0);
+  };
+  auto right_op = [&](const T *x, idx ldx) {
+    return general_view(x, ldx, !trans, !trans && herm).sub(0, j0);
+  };
+  T *cc = c + r0 + j0 * ldc;
+  if (k <= 0 || alpha == T(0)) {
+    if (beta != T(1)) scale_c(cc, ldc, r1 - r0, j1 - j0, beta, r0, j0, sh);
+    return;
+  }
+  gemm_core(ws, left_op(a, lda), right_op(two ? b : a, two ? ldb : lda), r1 - r0, j1 - j0, k, alpha,
+            beta, cc, ldc, sh, r0, j0);
+  if (two) {
+    T alpha2 = herm ? nxl::NXL_CP_NS::conj(alpha) : alpha;
+    gemm_core(ws, left_op(b, ldb), right_op(a, lda), r1 - r0, j1 - j0, k, alpha2, T(1), cc, ldc, sh,
+              r0, j0);
+  }
+}
+
+// Triangular view of op(A): its shape after transposition.
+template <class T>
+view<T> tri_view(const T *a, idx lda, bool upper, bool trans, bool cj, bool unit) {
+  view<T> v = general_view(a, lda, trans, cj);
+  v.kind = mkind::triangular;
+  v.upper = upper != trans;
+  v.unit = unit;
+  return v;
+}
+
+template <class T> void scale_b(T *b, idx ldb, idx m, idx n, T alpha) {
+  if (alpha == T(1)) return;
+  for (idx j = 0; j < n; ++j)
+    for (idx i = 0; i < m; ++i) b[i + j * ldb] = alpha == T(0) ? T(0) : mul(alpha, b[i + j * ldb]);
+}
+
+// trmm: B = alpha * op(A) * B or alpha * B * op(A). B is copied block by block
+// into a work array W and the block is recomputed as tri(op(A)) * W with
+// the zero part of the triangle trimmed from each micro-tile's depth.
+template <class T>
+void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool unit, idx m, idx n,
+          T alpha, const T *a, idx lda, T *b, idx ldb) {
+  if (alpha == T(0)) {
+    scale_b(b, ldb, m, n, T(0));
+    return;
+  }
+  view<T> A = tri_view(a, lda, upper, trans, cj, unit);
+  shape sh;
+  sh.upper = A.upper;
+  // Strip of B that fits a work block of about 2^20 elements.
+  const idx dim = left ? m : n, other = left ? n : m;
+  idx strip = std::max<idx>(1, (idx(1) << 20) / std::max<idx>(dim, 1));
+  strip = std::min(other, std::max<idx>(strip, left ? blk<T>::NR : blk<T>::MR));
+  T *w = static_cast<T *>(nxl_serv_allocate(size_t(dim) * strip * sizeof(T), 64));
+  if (!w) {
+    strip = std::min<idx>(other, left ? blk<T>::NR : blk<T>::MR);
+    w = static_cast<T *>(nxl_serv_allocate(size_t(dim) * strip * sizeof(T), 64));
+    if (!w) {
+      nxl_serv_check_ptr_and_warn(w, "trmm");
+      return;
+    }
+  }
+  for (idx s0 = 0; s0 < other; s0 += strip) {
+    const idx sw = std::min(strip, other - s0);
+    if (left) {
+      // W (m x sw) = B(:, s0:s0+sw)
+      for (idx j = 0; j < sw; ++j)
+        for (idx i = 0; i < m; ++i) w[i + j * m] = b[i + (s0 + j) * ldb];
+      sh.kind = shape::trim_a;
+      gemm_core(ws, A, general_view<T>(w, m, false, false), m, sw, m, alpha, T(0), b + s0 * ldb,
+                ldb, sh);
+    } else {
+      // W (sw x n) = B(s0:s0+sw, :)
+      for (idx j = 0; j < n; ++j)
+        for (idx i = 0; i < sw; ++i) w[i + j * sw] = b[s0 + i + j * ldb];
+      sh.kind = shape::trim_b;
+      gemm_core(ws, general_view<T>(w, sw, false, false), A, sw, n, n, alpha, T(0), b + s0, ldb, sh);
+    }
+  }
+  nxl_serv_deallocate(w);
+}
+
+// Triangular solve of a small diagonal block: op(D) X = B (left) or
+// X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer
+// with the reciprocals of its diagonal beside it. Left-side columns run in
+// groups so that their independent recurrences overlap.
+template <class T>
+void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *d) {
+  const bool up = A.upper;
+  T *rd = d + nb * nb;
+  for (idx p = 0; p < nb; ++p)
+    for (idx i = 0; i < nb; ++i) d[i + p * nb] = A.at(i, p);
+  for (idx p = 0; p < nb; ++p) rd[p] = A.unit ? T(1) : T(1) / d[p + p * nb];
+  if (left) {
+    constexpr idx G = 8;
+    for (idx j0 = 0; j0 < other; j0 += G) {
+      const idx g = std::min(G, other - j0);
+      T *x0 = b + j0 * ldb;
+      for (idx s = 0; s < nb; ++s) {
+        const idx p = up ? nb - 1 - s : s;
+        const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
+        const T *dc = d + p * nb;
+        for (idx jj = 0; jj < g; ++jj) {
+          T *x = x0 + jj * ldb;
+          const T xp = A.unit ? x[p] : mul(x[p], rd[p]);
+          x[p] = xp;
+          if (xp == T(0)) continue;
+          for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
+        }
+      }
+    }
+  } else {
+    // Column j of X from the columns already solved, in row chunks.
+    for (idx r0 = 0; r0 < other; r0 += 256) {
+      const idx rn = std::min<idx>(256, other - r0);
+      for (idx s = 0; s < nb; ++s) {
+        const idx j = up ? s : nb - 1 - s;
+        const idx lo = up ? 0 : j + 1, hi = up ? j : nb;
+        T *bj = b + r0 + j * ldb;
+        for (idx p = lo; p < hi; ++p) {
+          const T dpj = d[p + j * nb];
+          if (dpj == T(0)) continue;
+          const T *xp = b + r0 + p * ldb;
+          for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
+        }
+        if (!A.unit) {
+          const T r = rd[j];
+          for (idx i = 0; i < rn; ++i) bj[i] = mul(bj[i], r);
+        }
+      }
+    }
+  }
+}
+
+template <class T> constexpr idx trsm_nb() { return is_complex_v<T> ? 32 : 64; }
+
+// Recursive triangular solve: halve the triangle, solve one half, update the
+// other through the engine (B2 -= op(A)21 X1), solve the second half.
+template <class T>
+void trsm_rec(workspace<T> &ws, bool left, const view<T> &A, idx nt, idx other, T *b, idx ldb, T *d) {
+  if (nt <= trsm_nb<T>()) {
+    trsm_block(left, A, nt, other, b, ldb, d);
+    return;
+  }
+  const idx g = left ? blk<T>::MR : blk<T>::NR;
+  idx n1 = (nt / 2 + g - 1) / g * g;
+  if (n1 >= nt) n1 = nt / 2;
+  const idx n2 = nt - n1;
+  const bool up = A.upper;
+  auto bptr = [&](idx off) { return left ? b + off : b + off * ldb; };
+  view<T> A11 = A, A22 = A.sub(n1, n1);
+  // Forward order: lower-left and upper-right start at the top.
+  const bool fwd = left ? !up : up;
+  view<T> A21 = A;
+  A21.kind = mkind::general;
+  if (left) A21 = fwd ? A21.sub(n1, 0) : A21.sub(0, n1);
+  else A21 = fwd ? A21.sub(0, n1) : A21.sub(n1, 0);
+  const idx first = fwd ? 0 : n1, firstn = fwd ? n1 : n2;
+  const idx second = fwd ? n1 : 0, secondn = fwd ? n2 : n1;
+  view<T> Af = fwd ? A11 : A22, As = fwd ? A22 : A11;
+  trsm_rec(ws, left, Af, firstn, other, bptr(first), ldb, d);
+  view<T> X = general_view<T>(bptr(first), ldb, false, false);
+  if (left)
+    gemm_core(ws, A21, X, secondn, other, firstn, T(-1), T(1), bptr(second), ldb, shape{});
+  else
+    gemm_core(ws, X, A21, other, secondn, firstn, T(-1), T(1), bptr(second), ldb, shape{});
+  trsm_rec(ws, left, As, secondn, other, bptr(second), ldb, d);
+}
+
+template <class T>
+void trsm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool unit, idx m, idx n,
+          T alpha, const T *a, idx lda, T *b, idx ldb) {
+  scale_b(b, ldb, m, n, alpha);
+  if (alpha == T(0)) return;
+  alignas(64) T d[trsm_nb<T>() * (trsm_nb<T>() + 1)];
+  trsm_rec(ws, left, tri_view(a, lda, upper, trans, cj, unit), left ? m : n, left ? n : m, b, ldb, d);
+}
+
+}  // namespace NXL_CP_NS
+}  // namespace nxl
+
+#endif  // NXL_BLAS_L3_ENGINE_H

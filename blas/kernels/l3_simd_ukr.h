@@ -1,0 +1,93 @@
+// Micro-kernel written with vector intrinsics, shared by the paths that have
+// hand-written kernels: MV vectors of A (MR = MV * lanes rows) times NR
+// broadcast elements of B, MV * NR accumulators held in registers for the
+// whole depth, A prefetched a few steps ahead.
+#ifndef NXL_BLAS_L3_SIMD_UKR_H
+#define NXL_BLAS_L3_SIMD_UKR_H
+
+#include <immintrin.h>
+#include "service/scalar.h"
+
+namespace nxl {
+inline namespace NXL_CP_NS {
+
+template <class V> struct vec;
+
+#if defined(__AVX512F__)
+template <> struct vec<__m512d> {
+  using R = double;
+  static constexpr int W = 8;
+  static __m512d zero() { return _mm512_setzero_pd(); }
+  static __m512d load(const double *p) { return _mm512_load_pd(p); }
+  static __m512d bcast(const double *p) { return _mm512_set1_pd(*p); }
+  static __m512d fma(__m512d a, __m512d b, __m512d c) { return _mm512_fmadd_pd(a, b, c); }
+  static void store(double *p, __m512d v) { _mm512_store_pd(p, v); }
+};
+template <> struct vec<__m512> {
+  using R = float;
+  static constexpr int W = 16;
+  static __m512 zero() { return _mm512_setzero_ps(); }
+  static __m512 load(const float *p) { return _mm512_load_ps(p); }
+  static __m512 bcast(const float *p) { return _mm512_set1_ps(*p); }
+  static __m512 fma(__m512 a, __m512 b, __m512 c) { return _mm512_fmadd_ps(a, b, c); }
+  static void store(float *p, __m512 v) { _mm512_store_ps(p, v); }
+};
+#endif
+#if defined(__AVX2__) && defined(__FMA__)
+template <> struct vec<__m256d> {
+  using R = double;
+  static constexpr int W = 4;
+  static __m256d zero() { return _mm256_setzero_pd(); }
+  static __m256d load(const double *p) { return _mm256_load_pd(p); }
+  static __m256d bcast(const double *p) { return _mm256_broadcast_sd(p); }
+  static __m256d fma(__m256d a, __m256d b, __m256d c) { return _mm256_fmadd_pd(a, b, c); }
+  static void store(double *p, __m256d v) { _mm256_store_pd(p, v); }
+};
+template <> struct vec<__m256> {
+  using R = float;
+  static constexpr int W = 8;
+  static __m256 zero() { return _mm256_setzero_ps(); }
+  static __m256 load(const float *p) { return _mm256_load_ps(p); }
+  static __m256 bcast(const float *p) { return _mm256_broadcast_ss(p); }
+  static __m256 fma(__m256 a, __m256 b, __m256 c) { return _mm256_fmadd_ps(a, b, c); }
+  static void store(float *p, __m256 v) { _mm256_store_ps(p, v); }
+};
+#endif
+
+// Packed panels are 64-byte aligned (block starts are, and panel strides are
+// multiples of the vector width), so aligned loads are safe.
+template <class V, int MV, int NR>
+inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
+                     const typename vec<V>::R *__restrict b, typename vec<V>::R *__restrict t) {
+  using X = vec<V>;
+  constexpr int W = X::W, MR = MV * W;
+  V c[NR][MV];
+#pragma clang loop unroll(full)
+  for (int j = 0; j < NR; ++j)
+#pragma clang loop unroll(full)
+    for (int v = 0; v < MV; ++v) c[j][v] = X::zero();
+#pragma clang loop unroll_count(4)
+  for (idx p = 0; p < kc; ++p) {
+    _mm_prefetch(reinterpret_cast<const char *>(a + 8 * MR), _MM_HINT_T0);
+    V av[MV];
+#pragma clang loop unroll(full)
+    for (int v = 0; v < MV; ++v) av[v] = X::load(a + v * W);
+#pragma clang loop unroll(full)
+    for (int j = 0; j < NR; ++j) {
+      V bj = X::bcast(b + j);
+#pragma clang loop unroll(full)
+      for (int v = 0; v < MV; ++v) c[j][v] = X::fma(av[v], bj, c[j][v]);
+    }
+    a += MR;
+    b += NR;
+  }
+#pragma clang loop unroll(full)
+  for (int j = 0; j < NR; ++j)
+#pragma clang loop unroll(full)
+    for (int v = 0; v < MV; ++v) X::store(t + j * MR + v * W, c[j][v]);
+}
+
+}  // namespace NXL_CP_NS
+}  // namespace nxl
+
+#endif  // NXL_BLAS_L3_SIMD_UKR_H

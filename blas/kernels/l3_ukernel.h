@@ -1,0 +1,102 @@
+// Register-blocked micro-kernels of the level-3 engine, and the blocking of
+// this code path.
+//
+// A micro-kernel computes the MR x NR product of one packed A micro-panel
+// (MR rows, k-contiguous) and one packed B micro-panel (NR columns,
+// k-contiguous) over kc steps and writes it, column-major with leading
+// dimension MR, into a tile buffer; kc = 0 writes zeros. It never reads or
+// writes C: the engine stores tiles (full and partial alike) through one
+// routine, so every element of C is formed by the same operations whatever
+// its position in a tile.
+//
+// Complex products run on the real kernels (the 1m method): the engine packs
+// complex A as 2x2 real blocks and complex B as real/imaginary row pairs.
+#ifndef NXL_BLAS_L3_UKERNEL_H
+#define NXL_BLAS_L3_UKERNEL_H
+
+#include "service/scalar.h"
+
+namespace nxl {
+inline namespace NXL_CP_NS {
+
+// Portable micro-kernel: plain loops the compiler turns into vector code with
+// the accumulators in registers. Under the reproducible build it is compiled
+// without contraction, so each element is a fixed sequence of products and
+// sums.
+template <class R, int MR, int NR>
+inline void ukr_generic(idx kc, const R *__restrict a, const R *__restrict b, R *__restrict t) {
+  R acc[NR][MR];
+  for (int j = 0; j < NR; ++j)
+    for (int i = 0; i < MR; ++i) acc[j][i] = R(0);
+  for (idx p = 0; p < kc; ++p) {
+    for (int j = 0; j < NR; ++j) {
+      R bj = b[j];
+      for (int i = 0; i < MR; ++i) acc[j][i] += a[i] * bj;
+    }
+    a += MR;
+    b += NR;
+  }
+  for (int j = 0; j < NR; ++j)
+    for (int i = 0; i < MR; ++i) t[j * MR + i] = acc[j][i];
+}
+
+// Hand-written kernels of the paths that have them (blas/<path>/).
+void ukr_hand_d(idx kc, const double *a, const double *b, double *t);
+void ukr_hand_s(idx kc, const float *a, const float *b, float *t);
+
+// Block sizes, in real elements: MR x NR register tile, KC depth of the
+// packed panels (L1/L2), MC rows of the packed A block (L2), NC columns of
+// the packed B block (L3). KC is even and MC a multiple of MR, so complex
+// blocks (twice the real depth) stay whole.
+template <class R> struct ukernel;
+
+#if NXL_CP == 7 || NXL_CP == 6
+template <> struct ukernel<double> {
+  static constexpr int MR = 16, NR = 14;
+  static constexpr idx KC = 256, MC = 192, NC = 4088;
+  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+};
+template <> struct ukernel<float> {
+  static constexpr int MR = 32, NR = 14;
+  static constexpr idx KC = 384, MC = 256, NC = 4088;
+  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+};
+#elif NXL_CP == 5
+template <> struct ukernel<double> {
+  static constexpr int MR = 8, NR = 6;
+  static constexpr idx KC = 256, MC = 96, NC = 4080;
+  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+};
+template <> struct ukernel<float> {
+  static constexpr int MR = 16, NR = 6;
+  static constexpr idx KC = 256, MC = 192, NC = 4080;
+  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+};
+#elif NXL_CP == 4
+template <> struct ukernel<double> {
+  static constexpr int MR = 8, NR = 4;
+  static constexpr idx KC = 256, MC = 96, NC = 4096;
+  static void run(idx kc, const double *a, const double *b, double *t) { ukr_generic<double, 8, 4>(kc, a, b, t); }
+};
+template <> struct ukernel<float> {
+  static constexpr int MR = 16, NR = 4;
+  static constexpr idx KC = 256, MC = 192, NC = 4096;
+  static void run(idx kc, const float *a, const float *b, float *t) { ukr_generic<float, 16, 4>(kc, a, b, t); }
+};
+#else
+template <> struct ukernel<double> {
+  static constexpr int MR = 4, NR = 4;
+  static constexpr idx KC = 256, MC = 96, NC = 4096;
+  static void run(idx kc, const double *a, const double *b, double *t) { ukr_generic<double, 4, 4>(kc, a, b, t); }
+};
+template <> struct ukernel<float> {
+  static constexpr int MR = 8, NR = 4;
+  static constexpr idx KC = 256, MC = 192, NC = 4096;
+  static void run(idx kc, const float *a, const float *b, float *t) { ukr_generic<float, 8, 4>(kc, a, b, t); }
+};
+#endif
+
+}  // namespace NXL_CP_NS
+}  // namespace nxl
+
+#endif  // NXL_BLAS_L3_UKERNEL_H
