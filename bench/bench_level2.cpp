@@ -5,10 +5,12 @@
 //
 // Both libraries are called through their exported Fortran entries, looked
 // up by name (our own in the running program, which links libnxl.so).
+// NXL_BENCH_FILTER=text runs only the cases whose name contains the text.
 #include <dlfcn.h>
 
 #include <complex>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <string>
@@ -211,8 +213,11 @@ void run_precision(char p, const bench::Options &opt, const Lib &self, const Lib
   for (long n : sizes) {
     Operands<T> d(n, 32);
     auto list = cases<T>(p, d);
+    // NXL_BENCH_FILTER=text keeps the cases whose name contains it.
+    const char *filter = std::getenv("NXL_BENCH_FILTER");
     for (int nt : opt.threads) {
       for (auto &c : list) {
+        if (filter && c.name.find(filter) == std::string::npos) continue;
         auto mine = c.make(self);
         if (!mine) {
           std::printf("%-10s n=%-5ld thr=%d  (not exported by %s)\n", c.name.c_str(), n, nt, self.label.c_str());

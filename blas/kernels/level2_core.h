@@ -137,6 +137,14 @@ inline void cols_unit(idx m, const T *a, idx lda, const T *t, T *y, const T *x, 
     axpy_unit<T, NC>(m, a, lda, t, y);
     return;
   }
+  if constexpr (Axpy && Dot && is_complex_v<T>) {
+    // Complex columns: the dot products, then the sweep over the same
+    // columns while they are still in cache; one fused loop needs more
+    // shuffles per element than the two separate ones.
+    cols_unit<T, NC, Conj, false, true>(m, a, lda, t, y, x, out);
+    axpy_unit<T, NC>(m, a, lda, t, y);
+    return;
+  }
   using R = real_t<T>;
   constexpr bool Cx = is_complex_v<T>;
   constexpr int W = Cx ? 2 : 1;
