@@ -235,23 +235,31 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
 
 template <class T> inline T beta_times(T beta, T c) { return mul(beta, c); }
 
-// C(0:mr, 0:nr) = t + beta * C, where t has leading dimension ldt.
+// One column of a tile: c = t + beta * c.
+template <class T, int N>
+inline void store_col(T *__restrict c, const T *__restrict s, int n, T beta, bmode bm) {
+  const int len = N > 0 ? N : n;
+  switch (bm) {
+    case bmode::zero:
+      for (int i = 0; i < len; ++i) c[i] = s[i];
+      break;
+    case bmode::one:
+      for (int i = 0; i < len; ++i) c[i] = c[i] + s[i];
+      break;
+    case bmode::general:
+      for (int i = 0; i < len; ++i) c[i] = beta_times(beta, c[i]) + s[i];
+      break;
+  }
+}
+
+// C(0:mr, 0:nr) = t + beta * C, where t has leading dimension MR.
 template <class T>
-inline void store_full(T *C, idx ldc, int mr, int nr, const T *t, int ldt, T beta, bmode bm) {
-  for (int j = 0; j < nr; ++j) {
-    T *c = C + j * ldc;
-    const T *s = t + j * ldt;
-    switch (bm) {
-      case bmode::zero:
-        for (int i = 0; i < mr; ++i) c[i] = s[i];
-        break;
-      case bmode::one:
-        for (int i = 0; i < mr; ++i) c[i] = c[i] + s[i];
-        break;
-      case bmode::general:
-        for (int i = 0; i < mr; ++i) c[i] = beta_times(beta, c[i]) + s[i];
-        break;
-    }
+inline void store_full(T *C, idx ldc, int mr, int nr, const T *t, T beta, bmode bm) {
+  constexpr int MR = blk<T>::MR;
+  if (mr == MR) {
+    for (int j = 0; j < nr; ++j) store_col<T, MR>(C + j * ldc, t + j * MR, MR, beta, bm);
+  } else {
+    for (int j = 0; j < nr; ++j) store_col<T, 0>(C + j * ldc, t + j * MR, mr, beta, bm);
   }
 }
 
@@ -457,10 +465,15 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
               klo = khi = 0;
             }
             const R *ap = ws.apack + (ir / MR) * U::MR * kc * cf;
-            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile);
             T *c = C + (ic + ir) + (jc + jr) * ldc;
+            // Bring the C tile towards L1 while the micro-kernel runs.
+            for (int j = 0; j < nr; ++j) {
+              __builtin_prefetch(c + j * ldc, 1, 3);
+              __builtin_prefetch(reinterpret_cast<const char *>(c + j * ldc) + (mr * sizeof(T) - 1), 1, 3);
+            }
+            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile);
             if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, bm, ti, tj, sh);
-            else store_full(c, ldc, mr, nr, tt, MR, beta, bm);
+            else store_full(c, ldc, mr, nr, tt, beta, bm);
           }
         }
       }
