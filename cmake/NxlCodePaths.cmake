@@ -36,7 +36,9 @@ function(nxl_internal_target tgt)
     ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR})
   target_compile_options(${tgt} PRIVATE ${OpenMP_CXX_FLAGS} -ffp-contract=off)
   target_compile_definitions(${tgt} PRIVATE NXL_BUILDING_LIBRARY=1)
-  set_target_properties(${tgt} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  # Only the listed entries are exported: everything else is hidden.
+  set_target_properties(${tgt} PROPERTIES POSITION_INDEPENDENT_CODE ON
+    C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
 # nxl_add_sources(src...): sources compiled once with the baseline flags.

@@ -1,0 +1,16 @@
+// Tuning functions beside the ilaenv oracle.
+#ifndef NXL_LAPACK_TUNING_H
+#define NXL_LAPACK_TUNING_H
+
+#include <cmath>
+#include "nxl_types.h"
+
+namespace nxl {
+namespace lapack {
+// Tile size of the threaded Cholesky algorithm for order n and a team of
+// `threads` (precision letter S, D, C or Z).
+nxl_int ilaenv_dt_f(char prec, nxl_int n, int threads);
+}  // namespace lapack
+}  // namespace nxl
+
+#endif  // NXL_LAPACK_TUNING_H

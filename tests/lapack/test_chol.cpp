@@ -1,0 +1,141 @@
+// Cholesky: residuals of every tier and both triangles, failure positions,
+// the progress stop and argument checks.
+#include <gtest/gtest.h>
+#include "lapack/chol/potrs.h"
+#include "service/nxl_serv.h"
+#include "util.h"
+
+using lt::idx;
+namespace lp = nxl::lapack;
+
+template <class T> class CholTyped : public ::testing::Test {};
+using Types = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
+TYPED_TEST_SUITE(CholTyped, Types);
+
+// |A - U^H U| (or L L^H) / (n |A| eps) on the stored triangle; the other
+// triangle must be untouched.
+template <class T> double chol_residual(bool up, idx n, const T *a0, const T *f, idx lda) {
+  double worst = 0;
+  for (idx j = 0; j < n; ++j) {
+    double s = 0;
+    for (idx i = 0; i < n; ++i) {
+      std::complex<double> v = 0;
+      for (idx k = 0; k <= std::min(i, j); ++k) {
+        T x, y;
+        if (up) { x = lt::cj(f[k + i * lda]); y = f[k + j * lda]; }
+        else { x = f[i + k * lda]; y = lt::cj(f[j + k * lda]); }
+        v += std::complex<double>(std::real(x), std::imag(x)) * std::complex<double>(std::real(y), std::imag(y));
+      }
+      T aij = (up ? i <= j : i >= j) ? a0[i + j * lda] : lt::cj(a0[j + i * lda]);
+      s += std::abs(std::complex<double>(std::real(aij), std::imag(aij)) - v);
+    }
+    worst = std::max(worst, s);
+  }
+  return worst / (n * lt::norm1(n, n, a0, lda) * lt::eps<T>());
+}
+
+TYPED_TEST(CholTyped, FactorResidualAcrossTiers) {
+  using T = TypeParam;
+  for (idx n : {1, 2, 16, 17, 60, 127, 128, 129, 300, 520}) {
+    for (char u : {'U', 'L', 'u', 'l'}) {
+      idx lda = n + 2;
+      auto a0 = lt::spd_matrix<T>(n, lda, static_cast<unsigned>(n));
+      // Poison the unreferenced triangle and the padding.
+      bool up = u == 'U' || u == 'u';
+      for (idx j = 0; j < n; ++j)
+        for (idx i = 0; i < lda; ++i)
+          if (i >= n || (up ? i > j : i < j)) a0[i + j * lda] = T(-1e10);
+      auto a = a0;
+      idx info = -1;
+      char s[2] = {u, 0};
+      lp::potrf<T>(s, &n, a.data(), &lda, &info);
+      ASSERT_EQ(info, 0) << n << u;
+      EXPECT_LT(chol_residual<T>(up, n, a0.data(), a.data(), lda), 30.0) << n << u;
+      for (idx j = 0; j < n; ++j)
+        for (idx i = 0; i < lda; ++i)
+          if (i >= n || (up ? i > j : i < j)) ASSERT_EQ(a[i + j * lda], a0[i + j * lda]);
+    }
+  }
+}
+
+TYPED_TEST(CholTyped, TiledAndBlockedAgree) {
+  using T = TypeParam;
+  idx n = 700, lda = 701;
+  for (bool up : {true, false}) {
+    auto a0 = lt::spd_matrix<T>(n, lda, 3);
+    for (int threads : {1, 2, 3}) {
+      auto a = a0;
+      idx info = -1;
+      int stop = threads == 1 ? lp::potrf_blocked<T>(up, n, a.data(), lda, &info)
+                              : lp::potrf_tiled<T>(up, n, a.data(), lda, &info, 128, threads);
+      ASSERT_EQ(stop, 0);
+      ASSERT_EQ(info, 0);
+      EXPECT_LT(chol_residual<T>(up, n, a0.data(), a.data(), lda), 30.0) << threads;
+    }
+  }
+}
+
+// A leading minor that is not positive definite stops the factorization at
+// its order, in every tier.
+TEST(Chol, NotPositiveDefiniteReportsOrder) {
+  for (idx n : {5, 16, 40, 200, 700}) {
+    for (idx k : {idx(3), n - 1}) {
+      for (char u : {'U', 'L'}) {
+        auto a = lt::spd_matrix<double>(n, n, 9);
+        // Make the leading minor of order k singular: a(k,k) so that the
+        // Schur complement is negative.
+        a[(k - 1) + (k - 1) * n] = -1.0;
+        idx info = 0;
+        char s[2] = {u, 0};
+        lp::potrf<double>(s, &n, a.data(), &n, &info);
+        EXPECT_EQ(info, k) << n << " " << k << u;
+      }
+    }
+  }
+  idx n = 3, info = 0;
+  double nanm[9] = {1, 0, 0, 0, NAN, 0, 0, 0, 1};
+  lp::potrf<double>("L", &n, nanm, &n, &info);
+  EXPECT_EQ(info, 2);
+}
+
+TYPED_TEST(CholTyped, SolveResidual) {
+  using T = TypeParam;
+  for (idx n : {3, 50, 200}) {
+    for (idx nrhs : {1, 5}) {
+      for (char u : {'U', 'L'}) {
+        idx lda = n, ldb = n + 1;
+        auto a0 = lt::spd_matrix<T>(n, lda, 4);
+        // Full Hermitian copy for the residual.
+        auto full = a0;
+        auto b0 = lt::random_matrix<T>(n, nrhs, ldb, 5);
+        auto a = a0;
+        auto x = b0;
+        idx info = -1;
+        char s[2] = {u, 0};
+        lp::posv<T>(s, &n, &nrhs, a.data(), &lda, x.data(), &ldb, &info);
+        ASSERT_EQ(info, 0);
+        EXPECT_LT(lt::solve_residual('N', n, nrhs, full.data(), lda, x.data(), ldb, b0.data(), ldb), 3000.0);
+      }
+    }
+  }
+}
+
+namespace {
+std::string g_stage;
+int stop_chol(const nxl_int *, const nxl_int *, const char *stage, nxl_int len) {
+  g_stage.assign(stage, static_cast<size_t>(len));
+  return 1;
+}
+}  // namespace
+
+TEST(Chol, ProgressStop) {
+  nxl_progress_fn old = nxl_serv_set_progress(stop_chol);
+  for (idx n : {17, 127, 300, 900}) {
+    auto a = lt::spd_matrix<std::complex<double>>(n, n, 1);
+    idx info = 0;
+    lp::potrf<std::complex<double>>("U", &n, a.data(), &n, &info);
+    EXPECT_EQ(info, -1002) << n;
+    EXPECT_EQ(g_stage, "ZPOTRF");
+  }
+  nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old);
+}
