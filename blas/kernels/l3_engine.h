@@ -491,6 +491,62 @@ void gemm(workspace<T> &ws, bool ta, bool ca, bool tb, bool cb, idx m, idx n, id
             c, ldc, shape{});
 }
 
+// Small real products without packing into panels and without a heap block:
+// op(A) is copied once (zero-padded to MB-row strips) into a stack buffer,
+// B is read in place, and each MB x NB block of C is accumulated in
+// registers over the whole depth. Used for m, n, k <= small_max.
+constexpr idx small_max = 64;
+
+template <class T, int MB, int NB>
+void small_blocks(idx m, idx n, idx k, T alpha, const T *ap, idx ldp, const T *b, idx ldb, bool tb,
+                  T beta, T *c, idx ldc) {
+  const bmode bm = beta_mode(beta);
+  for (idx j0 = 0; j0 < n; j0 += NB) {
+    const int nj = int(std::min<idx>(NB, n - j0));
+    for (idx i0 = 0; i0 < m; i0 += MB) {
+      const int mi = int(std::min<idx>(MB, m - i0));
+      T acc[NB][MB];
+      for (int j = 0; j < NB; ++j)
+        for (int i = 0; i < MB; ++i) acc[j][i] = T(0);
+      const T *a = ap + i0;
+      for (idx p = 0; p < k; ++p) {
+        T bv[NB];
+        for (int j = 0; j < NB; ++j)
+          bv[j] = j < nj ? (tb ? b[(j0 + j) + p * ldb] : b[p + (j0 + j) * ldb]) : T(0);
+        for (int j = 0; j < NB; ++j)
+          for (int i = 0; i < MB; ++i) acc[j][i] += a[i] * bv[j];
+        a += ldp;
+      }
+      for (int j = 0; j < nj; ++j) {
+        T *cc = c + i0 + (j0 + j) * ldc;
+        for (int i = 0; i < mi; ++i) {
+          const T v = alpha * acc[j][i];
+          cc[i] = bm == bmode::zero ? v : bm == bmode::one ? cc[i] + v : beta * cc[i] + v;
+        }
+      }
+    }
+  }
+}
+
+template <class T>
+void gemm_small(bool ta, bool tb, idx m, idx n, idx k, T alpha, const T *a, idx lda, const T *b,
+                idx ldb, T beta, T *c, idx ldc) {
+  constexpr int W = 64 / int(sizeof(T));  // elements per 64 bytes
+  const idx ldp = (m + W - 1) / W * W;
+  alignas(64) T ap[small_max * small_max + 64];
+  for (idx p = 0; p < k; ++p) {
+    T *d = ap + p * ldp;
+    if (ta)
+      for (idx i = 0; i < m; ++i) d[i] = a[p + i * lda];
+    else
+      for (idx i = 0; i < m; ++i) d[i] = a[i + p * lda];
+    for (idx i = m; i < ldp; ++i) d[i] = T(0);
+  }
+  if (m <= W) small_blocks<T, W, 8>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
+  else if (m <= 2 * W) small_blocks<T, 2 * W, 6>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
+  else small_blocks<T, 4 * W, 3>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
+}
+
 // symm / hemm: the packing of A mirrors its stored triangle.
 template <class T>
 void symm(workspace<T> &ws, bool left, bool upper, bool herm, idx m, idx n, T alpha, const T *a,

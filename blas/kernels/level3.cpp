@@ -21,6 +21,10 @@ void gemm_k(const char *ta, const char *tb, const idx *m, const idx *n, const id
             const idx *ldc) {
   if (*m <= 0 || *n <= 0) return;
   const char fa = up(ta), fb = up(tb);
+  if constexpr (!is_complex_v<T>) {
+    if (*m <= small_max && *n <= small_max && *k <= small_max && *k > 0 && *alpha != T(0))
+      return gemm_small(fa != 'N', fb != 'N', *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
+  }
   workspace<T> ws;
   gemm(ws, fa != 'N', fa == 'C' && is_complex_v<T>, fb != 'N', fb == 'C' && is_complex_v<T>, *m, *n,
        *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
