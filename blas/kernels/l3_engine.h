@@ -496,6 +496,7 @@ void gemm(workspace<T> &ws, bool ta, bool ca, bool tb, bool cb, idx m, idx n, id
 // B is read in place, and each MB x NB block of C is accumulated in
 // registers over the whole depth. Used for m, n, k <= small_max.
 constexpr idx small_max = 64;
+template <class T> constexpr idx cb_copy_elems() { return is_complex_v<T> ? small_max * small_max : 1; }
 
 template <class T, int MB, int NB>
 void small_blocks(idx m, idx n, idx k, T alpha, const T *ap, idx ldp, const T *b, idx ldb, bool tb,
@@ -514,14 +515,14 @@ void small_blocks(idx m, idx n, idx k, T alpha, const T *ap, idx ldp, const T *b
         for (int j = 0; j < NB; ++j)
           bv[j] = j < nj ? (tb ? b[(j0 + j) + p * ldb] : b[p + (j0 + j) * ldb]) : T(0);
         for (int j = 0; j < NB; ++j)
-          for (int i = 0; i < MB; ++i) acc[j][i] += a[i] * bv[j];
+          for (int i = 0; i < MB; ++i) acc[j][i] += mul(a[i], bv[j]);
         a += ldp;
       }
       for (int j = 0; j < nj; ++j) {
         T *cc = c + i0 + (j0 + j) * ldc;
         for (int i = 0; i < mi; ++i) {
-          const T v = alpha * acc[j][i];
-          cc[i] = bm == bmode::zero ? v : bm == bmode::one ? cc[i] + v : beta * cc[i] + v;
+          const T v = mul(alpha, acc[j][i]);
+          cc[i] = bm == bmode::zero ? v : bm == bmode::one ? cc[i] + v : mul(beta, cc[i]) + v;
         }
       }
     }
@@ -529,9 +530,9 @@ void small_blocks(idx m, idx n, idx k, T alpha, const T *ap, idx ldp, const T *b
 }
 
 template <class T>
-void gemm_small(bool ta, bool tb, idx m, idx n, idx k, T alpha, const T *a, idx lda, const T *b,
-                idx ldb, T beta, T *c, idx ldc) {
-  constexpr int W = 64 / int(sizeof(T));  // elements per 64 bytes
+void gemm_small(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, const T *a, idx lda,
+                const T *b, idx ldb, T beta, T *c, idx ldc) {
+  constexpr int W = is_complex_v<T> ? 4 : 64 / int(sizeof(T));  // rows per strip unit
   const idx ldp = (m + W - 1) / W * W;
   alignas(64) T ap[small_max * small_max + 64];
   for (idx p = 0; p < k; ++p) {
@@ -540,7 +541,18 @@ void gemm_small(bool ta, bool tb, idx m, idx n, idx k, T alpha, const T *a, idx 
       for (idx i = 0; i < m; ++i) d[i] = a[p + i * lda];
     else
       for (idx i = 0; i < m; ++i) d[i] = a[i + p * lda];
+    if (ca)
+      for (idx i = 0; i < m; ++i) d[i] = nxl::NXL_CP_NS::conj(d[i]);
     for (idx i = m; i < ldp; ++i) d[i] = T(0);
+  }
+  // B with conjugation goes through a copy of its k x n part as well.
+  alignas(64) T bc[cb_copy_elems<T>()];
+  if (cb) {
+    for (idx j = 0; j < n; ++j)
+      for (idx p = 0; p < k; ++p) bc[p + j * k] = nxl::NXL_CP_NS::conj(tb ? b[j + p * ldb] : b[p + j * ldb]);
+    b = bc;
+    ldb = k;
+    tb = false;
   }
   if (m <= W) small_blocks<T, W, 8>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
   else if (m <= 2 * W) small_blocks<T, 2 * W, 6>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
