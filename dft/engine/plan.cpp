@@ -65,21 +65,23 @@ int slot_of(int r) {
   return -1;
 }
 
-// Radices of a Stockham factorisation of n, in pass order: powers of two in
-// passes of 8 (one 16, 4 or 2 for the rest), the odd radices with kernels,
-// then the remaining primes (generic pass). Returns the count.
+// Radices of a Stockham factorisation of n, in pass order. The first pass
+// (p innermost, s == 1) is a 4 (or 2) when n is even: its outputs interleave
+// with stride r, which the vectorised loop turns into a few shuffles for r <=
+// 4. Then passes of 16 (one 8 and/or 4 for the rest), the odd radices with
+// kernels, and the remaining primes (generic pass). Returns the count.
 int radices(long n, int *rs) {
   int cnt = 0, e = 0;
   while (n % 2 == 0) { n /= 2; ++e; }
-  int eights = e / 3, rest = e % 3;
-  int pw[64], np = 0;
-  if (rest == 1 && eights > 0) { --eights; pw[np++] = 16; }
-  else if (rest == 1) pw[np++] = 2;
-  else if (rest == 2) pw[np++] = 4;
-  for (int i = 0; i < eights; ++i) pw[np++] = 8;
-  // The first pass (p innermost) prefers 8 or 4: put the 16 last among the powers of two.
-  if (np > 1 && pw[0] == 16) { pw[0] = pw[np - 1]; pw[np - 1] = 16; }
-  for (int i = 0; i < np; ++i) rs[cnt++] = pw[i];
+  if (e >= 2) { rs[cnt++] = 4; e -= 2; }
+  else if (e == 1) { rs[cnt++] = 2; e = 0; }
+  int sixteens = e / 4;
+  const int rest = e % 4;
+  if (rest == 1 && sixteens > 0) { --sixteens; rs[cnt++] = 8; rs[cnt++] = 4; }
+  else if (rest == 1) rs[cnt++] = 2;
+  else if (rest == 2) rs[cnt++] = 4;
+  else if (rest == 3) rs[cnt++] = 8;
+  for (int i = 0; i < sixteens; ++i) rs[cnt++] = 16;
   for (int p : {3, 5, 7, 11, 13})
     while (n % p == 0) { n /= p; rs[cnt++] = p; }
   for (long p = 17; p * p <= n; p += 2)
