@@ -39,6 +39,10 @@ template <class R> struct KernelTable {
   Pass pass8[kNumRadix][3];  // s == 8; [output mode]
   Pass pass1[kNumRadix][3];  // s == 1; [input mode]
   GenPass gen;
+  // First pass (s == 1) of radix `lanes` (the vector length: 2, 4, 8 or 16),
+  // vectorised with in-register transposes; needs m % lanes == 0. [input mode]
+  int lanes;
+  Pass passv[3];
 
   // y[(j*s0 + q)*YS] = w_j * x[(j*s0 + q)*XS] for j < n, q < s0 (io variant as above;
   // x == y allowed when the steps are equal).

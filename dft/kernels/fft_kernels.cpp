@@ -12,6 +12,9 @@
 // The reproducible build (cnr) compiles this file without contraction into
 // FMA; the expressions fix the order of every operation, so its results do not
 // depend on the processor.
+#include <type_traits>
+#include <utility>
+
 #include "dft/engine/kernel_table.h"
 #include "service/codepath.h"
 
@@ -27,6 +30,20 @@ namespace NXL_CP_NS {
 namespace {
 
 using dft::KernelTable;
+
+// Bytes of the code path's vectors (the hand-vectorised first pass).
+constexpr int kVBytes = (NXL_CP == 6 || NXL_CP == 7) ? 64 : (NXL_CP == 4 || NXL_CP == 5) ? 32 : 16;
+template <class T, int W> struct Vec { typedef T type __attribute__((vector_size(W * sizeof(T)))); };
+
+// A constant of type T: a scalar, or a vector with every lane set.
+template <class T> inline __attribute__((always_inline)) T splat(double c) {
+  if constexpr (std::is_floating_point_v<T>) {
+    return static_cast<T>(c);
+  } else {
+    using E = std::remove_reference_t<decltype(std::declval<T &>()[0])>;
+    return T{} + static_cast<E>(c);
+  }
+}
 
 // cos and sin of 2 pi e / R, e < R.
 template <int R> struct Roots;
@@ -94,14 +111,14 @@ template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
     T t = xr; xr = -xi; xi = t;
   } else if constexpr (e16 == 2 || e16 == 6 || e16 == 10 || e16 == 14) {
     // (1 - i)/sqrt2 times a power of -i
-    const T h = T(0.7071067811865475244008444);
+    const T h = splat<T>(0.7071067811865475244008444);
     T a = (xr + xi) * h, b = (xi - xr) * h;  // times (1 - i)/sqrt2
     if constexpr (e16 == 2) { xr = a; xi = b; }
     else if constexpr (e16 == 6) { xr = b; xi = -a; }
     else if constexpr (e16 == 10) { xr = -a; xi = -b; }
     else { xr = -b; xi = a; }
   } else {
-    const T c = T(kC16[e16]), s = T(kC16[(e16 + 12) % 16]);  // cos, sin of 2 pi e16/16
+    const T c = splat<T>(kC16[e16]), s = splat<T>(kC16[(e16 + 12) % 16]);  // cos, sin of 2 pi e16/16
     T t = xr * c + xi * s;
     xi = xi * c - xr * s;
     xr = t;
@@ -146,10 +163,10 @@ template <int R, class T> struct BflyOdd {
     }
 #pragma clang loop unroll(full)
     for (int k = 1; k <= H; ++k) {
-      T er = ar[0], ei = ai[0], fr = T(0), fi = T(0);
+      T er = ar[0], ei = ai[0], fr = splat<T>(0), fi = splat<T>(0);
 #pragma clang loop unroll(full)
       for (int j = 1; j <= H; ++j) {
-        const T c = T(Roots<R>::c[(j * k) % R]), s = T(Roots<R>::s[(j * k) % R]);
+        const T c = splat<T>(Roots<R>::c[(j * k) % R]), s = splat<T>(Roots<R>::s[(j * k) % R]);
         er = er + c * sr[j]; ei = ei + c * si[j];
         fr = fr + s * dr[j]; fi = fi + s * di[j];
       }
@@ -280,6 +297,83 @@ void pass_p(long m, long, const T *__restrict twr, const T *__restrict twi, cons
       const T wr = twr[(k - 1) * m + p], wi = twi[(k - 1) * m + p];
       yr[R * p + k] = ar[k] * wr - ai[k] * wi;
       yi[R * p + k] = ar[k] * wi + ai[k] * wr;
+    }
+  }
+}
+
+// The first pass (s == 1) with R equal to the vector length W, vectorised by
+// hand: W butterflies at a time, their R outputs transposed in registers so
+// that each butterfly's outputs are stored as one contiguous vector. Needs
+// m % W == 0.
+template <class V> NXL_AI V vload(const void *p) {
+  V v;
+  __builtin_memcpy(&v, p, sizeof(V));
+  return v;
+}
+template <class V> NXL_AI void vstore(void *p, V v) { __builtin_memcpy(p, &v, sizeof(V)); }
+
+template <int W, int D, class V, std::size_t... I> NXL_AI V shuf_lo(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I & D) ? (W + I - D) : I)...);
+}
+template <int W, int D, class V, std::size_t... I> NXL_AI V shuf_hi(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I & D) ? (W + I) : (I + D))...);
+}
+// Transpose of a W x W block held as W row vectors, by log2(W) stages of
+// pairwise interleaves at distances 1, 2, 4, ...
+template <int W, int D, class V> NXL_AI void transpose(V *a) {
+  if constexpr (D < W) {
+#pragma clang loop unroll(full)
+    for (int r = 0; r < W; ++r) {
+      if (r & D) continue;
+      const V lo = shuf_lo<W, D>(a[r], a[r + D], std::make_index_sequence<W>{});
+      const V hi = shuf_hi<W, D>(a[r], a[r + D], std::make_index_sequence<W>{});
+      a[r] = lo;
+      a[r + D] = hi;
+    }
+    transpose<W, 2 * D>(a);
+  }
+}
+template <class V, std::size_t... I> NXL_AI V even(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, (2 * I)...);
+}
+template <class V, std::size_t... I> NXL_AI V odd(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, (2 * I + 1)...);
+}
+
+template <int IM, class T>
+void pass_v(long m, long, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
+            const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  constexpr int R = W;
+  using V = typename Vec<T, W>::type;
+  for (long p = 0; p + W <= m; p += W) {
+    V ar[R], ai[R];
+#pragma clang loop unroll(full)
+    for (int j = 0; j < R; ++j) {
+      if constexpr (IM == 0) {
+        ar[j] = vload<V>(xr + p + j * m);
+        ai[j] = vload<V>(xi + p + j * m);
+      } else {
+        const V a = vload<V>(xr + 2 * (p + j * m)), b = vload<V>(xr + 2 * (p + j * m) + W);
+        const V e = even(a, b, std::make_index_sequence<W>{}), o = odd(a, b, std::make_index_sequence<W>{});
+        ar[j] = IM == 1 ? e : o;
+        ai[j] = IM == 1 ? o : e;
+      }
+    }
+    Bfly<R, V>::run(ar, ai);
+#pragma clang loop unroll(full)
+    for (int k = 1; k < R; ++k) {
+      const V wr = vload<V>(twr + (k - 1) * m + p), wi = vload<V>(twi + (k - 1) * m + p);
+      const V a = ar[k], b = ai[k];
+      ar[k] = a * wr - b * wi;
+      ai[k] = a * wi + b * wr;
+    }
+    transpose<W, 1>(ar);
+    transpose<W, 1>(ai);
+#pragma clang loop unroll(full)
+    for (int q = 0; q < W; ++q) {
+      vstore(yr + R * (p + q), ar[q]);
+      vstore(yi + R * (p + q), ai[q]);
     }
   }
 }
@@ -573,6 +667,10 @@ template <class T> constexpr KernelTable<T> make_table() {
   fill_radix<13, T>(t, dft::kR13);
   fill_radix<16, T>(t, dft::kR16);
   t.gen = gen_pass<T>;
+  t.lanes = kVBytes / static_cast<int>(sizeof(T));
+  t.passv[0] = pass_v<0, T>;
+  t.passv[1] = pass_v<1, T>;
+  t.passv[2] = pass_v<2, T>;
   t.bmul[0] = bmul<1, 1, T>;
   t.bmul[1] = bmul<2, 1, T>;
   t.bmul[2] = bmul<1, 2, T>;
