@@ -8,11 +8,11 @@
  *
  * C entries take lengths and strides in row-major order (last dimension
  * fastest); the Fortran entries (dfti_*) take them first-dimension fastest
- * and every argument by address. */
+ * and every argument by address. Hidden character lengths of the Fortran
+ * entries are passed by value as unsigned long (size_t). */
 #ifndef NXL_DFTI_H
 #define NXL_DFTI_H
 
-#include <stddef.h>
 #include "nxl_types.h"
 
 #ifdef __cplusplus
@@ -86,7 +86,8 @@ enum DFTI_CONFIG_VALUE {
 #define DFTI_NUMBER_OF_THREADS_ERROR     8
 #define DFTI_1D_LENGTH_EXCEEDS_INT32     9
 
-/* Buffer sizes for DFTI_DESCRIPTOR_NAME and DFTI_VERSION (with the NUL). */
+/* Buffer sizes: a name read from C needs DFTI_MAX_NAME_LENGTH + 1 bytes (it
+ * is NUL-terminated), the version text DFTI_VERSION_LENGTH bytes. */
 #define DFTI_MAX_NAME_LENGTH     10
 #define DFTI_VERSION_LENGTH      198
 #define DFTI_MAX_MESSAGE_LENGTH  128
@@ -149,14 +150,14 @@ NXL_DFTI_F(int, dfti_get_value_dblval, (DFTI_DESCRIPTOR_HANDLE *handle, const nx
 NXL_DFTI_F(int, dfti_set_value_intvec, (DFTI_DESCRIPTOR_HANDLE *handle, const nxl_int *parameter, const nxl_int *values))
 NXL_DFTI_F(int, dfti_get_value_intvec, (DFTI_DESCRIPTOR_HANDLE *handle, const nxl_int *parameter, nxl_int *values))
 NXL_DFTI_F(int, dfti_set_value_chars, (DFTI_DESCRIPTOR_HANDLE *handle, const nxl_int *parameter, const char *chars,
-                                       size_t length))
+                                       unsigned long length))
 NXL_DFTI_F(int, dfti_get_value_chars, (DFTI_DESCRIPTOR_HANDLE *handle, const nxl_int *parameter, char *chars,
-                                       size_t length))
+                                       unsigned long length))
 NXL_DFTI_F(int, dfti_copy_descriptor_external, (DFTI_DESCRIPTOR_HANDLE *source, DFTI_DESCRIPTOR_HANDLE *copy))
 NXL_DFTI_F(int, dfti_free_descriptor_external, (DFTI_DESCRIPTOR_HANDLE *handle))
 NXL_DFTI_F(int, dfti_commit_descriptor_external, (DFTI_DESCRIPTOR_HANDLE *handle))
 NXL_DFTI_F(int, dfti_error_class_external, (const nxl_int *status, const nxl_int *error_class))
-NXL_DFTI_F(char *, dfti_error_message_external, (char *buffer, size_t buffer_length, const nxl_int *status))
+NXL_DFTI_F(char *, dfti_error_message_external, (char *buffer, unsigned long buffer_length, const nxl_int *status))
 
 #define NXL_DFTI_COMPUTE_1(dir, kind) \
   NXL_DFTI_F(int, dfti_compute_##dir##_##kind, (DFTI_DESCRIPTOR_HANDLE *handle, void *a1))

@@ -33,7 +33,21 @@ struct Pass {
   long on[kMaxRank + 1], ois[kMaxRank + 1], oos[kMaxRank + 1];
   long M;
   void *plan;            // C2CPlan<R> or R2CPlan<R>, owned by the plan cache
+  // Column blocking: transforms far apart in memory but adjacent to each
+  // other (large stride, unit vector distance) are gathered kBlock at a time
+  // into a contiguous worker buffer, transformed there and scattered back.
+  bool block;
+  void *blk;             // kBlock * n complex values per worker
+  long blk_per;          // reals per worker
+  int workers;           // threads per slot
 };
+
+constexpr long kBlock = 8;
+
+// The caller's slot of the plan (set after acquire, and by each thread of a
+// team that runs whole transforms).
+thread_local int g_slot = 0;
+thread_local int g_tid = 0;   // the thread's number within the slot's workers
 
 Pass make_pass(int kind, Loop t, const Loop *others, int nothers, int prefer) {
   Pass p{};
@@ -127,6 +141,7 @@ template <class R> struct Plan {
   long realsize = 0;         // real elements of one transform
   R *work = nullptr;         // per-worker buffers
   long per_worker = 0;       // reals per worker
+  R *blk = nullptr;          // per-worker column-block buffers
 
   R fscale = 1, bscale = 1;
 
@@ -136,6 +151,7 @@ template <class R> struct Plan {
       else destroy(static_cast<R2CPlan<R> *>(cache[i].p));
     }
     if (work) nxl_serv_deallocate(work);
+    if (blk) nxl_serv_deallocate(blk);
     delete[] busy;
   }
 
@@ -178,6 +194,29 @@ int run_one(const Pass &p, int sign, const R *ire, const R *iim, R *ore, R *oim,
     io += i * p.ois[k];
     oo += i * p.oos[k];
   }
+  if (p.block) {
+    R *w = static_cast<R *>(p.blk) + (static_cast<long>(g_slot) * p.workers + g_tid) * p.blk_per;
+    const long n = p.n;
+    for (long b0 = 0; b0 < vn; b0 += kBlock) {
+      const long bn = vn - b0 < kBlock ? vn - b0 : kBlock;
+      const R *xr = ire + io + b0 * p.ivd, *xi = iim + io + b0 * p.ivd;
+      for (long j = 0; j < n; ++j)
+        for (long b = 0; b < bn; ++b) {
+          w[2 * (b * n + j)] = xr[j * p.is + b * p.ivd];
+          w[2 * (b * n + j) + 1] = xi[j * p.is + b * p.ivd];
+        }
+      int st = c2c_execute<R>(static_cast<const C2CPlan<R> *>(p.plan), sign, CView<const R>{w, w + 1, 2, 2 * n},
+                              CView<R>{w, w + 1, 2, 2 * n}, scale, bn);
+      if (st) return st;
+      R *yr = ore + oo + b0 * p.ovd, *yi = oim + oo + b0 * p.ovd;
+      for (long j = 0; j < n; ++j)
+        for (long b = 0; b < bn; ++b) {
+          yr[j * p.os + b * p.ovd] = w[2 * (b * n + j)];
+          yi[j * p.os + b * p.ovd] = w[2 * (b * n + j) + 1];
+        }
+    }
+    return 0;
+  }
   switch (p.kind) {
     case kC2C:
       return c2c_execute<R>(static_cast<const C2CPlan<R> *>(p.plan), sign,
@@ -198,10 +237,13 @@ int run_one(const Pass &p, int sign, const R *ire, const R *iim, R *ore, R *oim,
 template <class R>
 int run_pass(const Pass &p, int sign, const R *ire, const R *iim, R *ore, R *oim, R scale, int T, bool split) {
   if (T > 1 && split && !omp_in_parallel()) {
+    const int slot = g_slot;
     if (p.M >= T) {
       std::atomic<int> err{0};
 #pragma omp parallel for num_threads(T) schedule(static)
       for (long m = 0; m < p.M; ++m) {
+        g_slot = slot;
+        g_tid = omp_get_thread_num();
         int st = run_one<R>(p, sign, ire, iim, ore, oim, scale, m, 0, p.cnt);
         if (st) err.store(st);
       }
@@ -212,6 +254,8 @@ int run_pass(const Pass &p, int sign, const R *ire, const R *iim, R *ore, R *oim
       long chunks = p.M * T;
 #pragma omp parallel for num_threads(T) schedule(static)
       for (long c = 0; c < chunks; ++c) {
+        g_slot = slot;
+        g_tid = omp_get_thread_num();
         long m = c / T, t = c % T;
         long q = p.cnt / T, rem = p.cnt % T;
         long v0 = t * q + (t < rem ? t : rem), vn = q + (t < rem ? 1 : 0);
@@ -258,6 +302,8 @@ template <class R> nxl_int complex_compute(DFTI_DESCRIPTOR *d, void *a1, void *a
     oim = ore + 1;
   }
   int slot = P->acquire();
+  g_slot = slot;
+  g_tid = 0;
   int st = run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, sign < 0 ? P->fscale : P->bscale, P->T,
                          P->split_loops);
   P->release(slot);
@@ -309,6 +355,31 @@ template <class R> int attach_plans(Plan<R> *P, Pass *ps, int np) {
   return 0;
 }
 
+// Marks the c2c passes worth column blocking and makes their buffers:
+// transforms of 32 points or more, 32 elements or more apart, whose
+// neighbours in the batch are adjacent in memory.
+template <class R> int attach_blocks(Plan<R> *P, Pass *ps, int np, long unit) {
+  long need = 0;
+  for (int i = 0; i < np; ++i) {
+    Pass &p = ps[i];
+    auto mag = [](long v) { return v < 0 ? -v : v; };
+    p.block = p.kind == kC2C && p.n >= 32 && p.cnt >= kBlock && mag(p.is) >= 32 * unit && mag(p.os) >= 32 * unit &&
+              mag(p.ivd) == unit && mag(p.ovd) == unit;
+    if (p.block) need = need > 2 * kBlock * p.n ? need : 2 * kBlock * p.n;
+  }
+  if (!need) return 0;
+  need = (need + 15) & ~15L;
+  if (P->blk) nxl_serv_deallocate(P->blk);
+  P->blk = static_cast<R *>(nxl_serv_allocate(sizeof(R) * static_cast<size_t>(need) * P->T * P->slots, 64));
+  if (!P->blk) return DFTI_MEMORY_ERROR;
+  for (int i = 0; i < np; ++i) {
+    ps[i].blk = P->blk;
+    ps[i].blk_per = need;
+    ps[i].workers = P->T;
+  }
+  return 0;
+}
+
 template <class R>
 int commit_complex_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L, const ExecOptions &o) {
   Plan<R> *P = new_plan<R>(d, o);
@@ -341,6 +412,7 @@ int commit_complex_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout
     P->fwd[P->nfwd++] = make_pass(kC2C, t, others, no, o.batch_as_vector ? pb : -1);
   }
   int st = attach_plans(P, P->fwd, P->nfwd);
+  if (!st) st = attach_blocks(P, P->fwd, P->nfwd, u);
   if (st) {
     delete P;
     return st;
@@ -425,6 +497,8 @@ template <class R> int for_transforms(Plan<R> *P, int slot, long count, int (*fn
 #pragma omp parallel num_threads(P->T)
     {
       int tid = omp_get_thread_num(), nt = omp_get_num_threads();
+      g_slot = slot;
+      g_tid = tid;
       R *w = P->worker(slot, tid);
       for (long b = tid; b < count; b += nt) {
         int st = fn(P, w, b, arg);
@@ -505,6 +579,8 @@ template <class R> nxl_int real_forward(DFTI_DESCRIPTOR *d, void *a1, void *a2, 
   Plan<R> *P = static_cast<Plan<R> *>(d->plan);
   void *out = P->inplace ? a1 : a2;
   int slot = P->acquire();
+  g_slot = slot;
+  g_tid = 0;
   int st;
   RealArgs args{a1, out};
   if (P->fmode == kFwdDirect) {
@@ -524,6 +600,8 @@ template <class R> nxl_int real_backward(DFTI_DESCRIPTOR *d, void *a1, void *a2,
   Plan<R> *P = static_cast<Plan<R> *>(d->plan);
   void *out = P->inplace ? a1 : a2;
   int slot = P->acquire();
+  g_slot = slot;
+  g_tid = 0;
   int st;
   RealArgs args{a1, out};
   if (P->bmode == kBwdDirect) {
@@ -693,6 +771,7 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
   }
 
   int st = attach_plans(P, P->fwd, P->nfwd);
+  if (!st && cce && P->fmode != kFwdRow) st = attach_blocks(P, P->fwd, P->nfwd, 2);
   if (!st) st = attach_plans(P, P->bwd, P->nbwd);
   if (!st && (P->fmode == kFwdRow || P->bmode == kBwdRow)) st = attach_plans(P, &P->row, 1);
   if (!st && per_worker > 0) {

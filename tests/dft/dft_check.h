@@ -104,24 +104,50 @@ inline void stored_positions(const SideLayout &L, std::vector<long> &pos) {
     }
 }
 
+// One 1-D transform in long double: mixed-radix decimation in time over the
+// smallest prime factor (direct summation for a prime length), with exact
+// twiddles w[j] = e^{sign 2 pi i j / n} from a table of the full length.
+inline void dft_ld(const cld *x, long stride, long n, cld *y, const std::vector<cld> &w, long wstep) {
+  if (n == 1) {
+    y[0] = x[0];
+    return;
+  }
+  long p = 2;
+  while (p * p <= n && n % p) ++p;
+  if (n % p) p = n;   // prime
+  const long m = n / p;
+  if (m == 1) {
+    for (long k = 0; k < n; ++k) {
+      cld acc = 0;
+      for (long j = 0; j < n; ++j) acc += x[j * stride] * w[((j * k) % n) * wstep];
+      y[k] = acc;
+    }
+    return;
+  }
+  std::vector<cld> sub(n);
+  for (long r = 0; r < p; ++r) dft_ld(x + r * stride, stride * p, m, sub.data() + r * m, w, wstep * p);
+  for (long k = 0; k < n; ++k) {
+    cld acc = 0;
+    for (long r = 0; r < p; ++r) acc += sub[r * m + k % m] * w[((r * k) % n) * wstep];
+    y[k] = acc;
+  }
+}
+
 // Direct multi-dimensional transform of one dense tensor (first-fastest),
-// by exact separable passes in long double.
+// one dimension after the other, in long double.
 inline void direct(std::vector<cld> &x, int rank, const long *n, int sign) {
   const long double pi = 3.141592653589793238462643383279502884L;
   long stride = 1, total = 1;
   for (int k = 0; k < rank; ++k) total *= n[k];
   for (int k = 0; k < rank; ++k) {
     long nk = n[k];
-    std::vector<cld> w(nk), tmp(nk);
+    std::vector<cld> w(nk), line(nk), out(nk);
     for (long j = 0; j < nk; ++j) w[j] = cld(cosl(2 * pi * j / nk), sign * sinl(2 * pi * j / nk));
     for (long base = 0; base < total; ++base) {
       if ((base / stride) % nk != 0) continue;
-      for (long q = 0; q < nk; ++q) {
-        cld acc = 0;
-        for (long j = 0; j < nk; ++j) acc += x[base + j * stride] * w[(j * q) % nk];
-        tmp[q] = acc;
-      }
-      for (long q = 0; q < nk; ++q) x[base + q * stride] = tmp[q];
+      for (long j = 0; j < nk; ++j) line[j] = x[base + j * stride];
+      dft_ld(line.data(), 1, nk, out.data(), w, 1);
+      for (long q = 0; q < nk; ++q) x[base + q * stride] = out[q];
     }
     stride *= nk;
   }
