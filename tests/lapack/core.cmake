@@ -11,3 +11,8 @@ nxl_add_gtest(lapack_core_tests
           ${CMAKE_CURRENT_SOURCE_DIR}/test_frame.cpp ${lapack_core_extra}
   LIBS ${lapack_core_libs}
   INTERNAL)
+
+# The standard's linear-equation test programs against libnxl.so.
+add_test(NAME lapack_conformance
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/run_conformance.sh ${PROJECT_BINARY_DIR})
+set_tests_properties(lapack_conformance PROPERTIES LABELS conformance TIMEOUT 7200)
