@@ -11,6 +11,8 @@ namespace ps {
 // A = U^H U, column by column: u(i,j) = (a(i,j) - u(0:i,i)^H u(0:i,j)) / u(i,i).
 // Returns the order of the first leading minor that is not positive.
 template <class T> idx potrf_upper(idx n, T *a, idx lda) {
+  // The inner products may be summed in any order (vectorized).
+#pragma clang fp reassociate(on)
   using R = real_t<T>;
   for (idx j = 0; j < n; ++j) {
     T *cj = a + j * lda;
@@ -34,6 +36,7 @@ template <class T> idx potrf_upper(idx n, T *a, idx lda) {
 // A = L L^H, column by column (left-looking): l(j,j) from the row j of L
 // already computed, then the column below it.
 template <class T> idx potrf_lower(idx n, T *a, idx lda) {
+#pragma clang fp reassociate(on)
   using R = real_t<T>;
   for (idx j = 0; j < n; ++j) {
     T *cj = a + j * lda;
