@@ -8,7 +8,7 @@ if(NXL_LAPACK_TEST_SHIM)
 endif()
 nxl_add_gtest(lapack_core_tests
   SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_lu.cpp ${CMAKE_CURRENT_SOURCE_DIR}/test_chol.cpp
-          ${CMAKE_CURRENT_SOURCE_DIR}/test_frame.cpp ${lapack_core_extra}
+          ${CMAKE_CURRENT_SOURCE_DIR}/test_frame.cpp ${CMAKE_CURRENT_SOURCE_DIR}/test_aux.cpp ${lapack_core_extra}
   LIBS ${lapack_core_libs}
   INTERNAL)
 
