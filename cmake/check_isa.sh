@@ -32,7 +32,7 @@ function needs(insn,   op) {
   sub(/[ \t].*/, "", op)
   if (insn ~ /%zmm|%k[0-7]([^0-9]|$)|%[xy]mm(1[6-9]|2[0-9]|3[01])([^0-9]|$)/) return 5
   if (op ~ /^v?f(n)?m(add|sub)/ || op ~ /^vcvt(ph2ps|ps2ph)/ || \
-      op ~ /^(shlx|shrx|sarx|rorx|pdep|pext|mulx|andn|bextr|blsi|blsr|blsmsk|bzhi)/) return 4
+      op ~ /^(shlx|shrx|sarx|rorx|pdep|pext|mulx|andn|bextr|blsi|blsr|blsmsk|bzhi)$/) return 4
   if (insn ~ /%ymm/) return 3
   if (op ~ /^v/ && insn ~ /%xmm/) return 3
   if (op ~ /^(pblendw|pblendvb|blendv?p[sd]|dpp[sd]|extractps|insertps|movntdqa|mpsadbw|packusdw|pcmpeqq|pcmpgtq|pextr[bdq]|pinsr[bdq]|pmax(s[bd]|u[wd])|pmin(s[bd]|u[wd])|pmov[sz]x|pmuldq|pmulld|ptest|round[ps][sd]|pcmp[ei]str[im]|crc32|popcnt|phminposuw)$/) return 2

@@ -1,8 +1,26 @@
-/* NXL service functions: thread controls, error handling and progress.
+/* NXL service functions: thread controls, error handling and progress,
+ * the memory manager and the version.
  *
  * Every exported service function has two spellings, nxl_name and nxl_name_,
  * which are one and the same entry with the Fortran calling convention:
- * every argument is passed by address, integers are 64-bit. */
+ * every argument is passed by address, integers are 64-bit.
+ *
+ * Environment variables, read once at first use (an API call made earlier
+ * wins; one made later overwrites):
+ *   NXL_NUM_THREADS         threads for every domain (digits; other text = 1)
+ *   NXL_DOMAIN_NUM_THREADS  per domain, e.g. "NXL_DOMAIN_ALL=2, NXL_DOMAIN_BLAS=4"
+ *   NXL_DYNAMIC             "FALSE"/"false" keeps the counts as given; otherwise
+ *                           the library caps them at the physical cores and uses
+ *                           one thread inside the caller's parallel regions
+ *   OMP_NUM_THREADS         the OpenMP default when nothing else is set
+ *   NXL_NUM_STRIPES         stripe count of the level-3 drivers
+ *   NXL_MPI_PPN (or the MPI runtime's processes-per-node variables),
+ *   O_MPI_THREAD_LEVEL      threads per process of an MPI run
+ *   NXL_VERBOSE=1           one trace line per call;
+ *   NXL_VERBOSE_OUTPUT_FILE appended to this file instead of standard output
+ *   NXL_DISABLE_FAST_MM     any value but 0: no reuse of work buffers
+ *   NXL_FAST_MEMORY_LIMIT   megabytes the memory manager may hold
+ *   LANG, NLSPATH           locate the message catalog nxl_msg.cat */
 #ifndef NXL_SERVICE_H
 #define NXL_SERVICE_H
 

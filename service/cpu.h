@@ -160,7 +160,8 @@ int nxl_serv_level_to_code_path(int level);  // collapses 1->0, 8->6, 9..14->7
 // The uncollapsed level behind the selected code path (1 under COMPATIBLE),
 // or -1 before the selection.
 int nxl_serv_selected_level(void);
-// Apply NXL_ENABLE_INSTRUCTIONS once (when no cap has been applied yet).
+// Apply NXL_ENABLE_INSTRUCTIONS once, unless a cap was applied already;
+// returns when the flags are complete.
 void nxl_serv_apply_env_cap(void);
 // 1 when the processor has the features a cap value (0..9) asks for.
 int nxl_serv_cap_features_present(int cap);

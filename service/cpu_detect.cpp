@@ -56,6 +56,10 @@ namespace {
 // The uncollapsed level behind the selected code path.
 volatile int selected_level = -1;
 
+// Serialises the first application of the environment cap.
+nxl_serv_lock_t cap_lock = 0;
+int cap_ready = 0;
+
 // Cap texts in the order they are compared, with their values.
 struct CapText {
   const char *text;
@@ -106,7 +110,7 @@ constexpr int kCapCompatible = 0x600;
 // The processor probe: the best level the processor, the operating system and
 // the cap allow. Sets *err and returns -1 below SSE2.
 int probe(int *err) {
-  if (!mei_was_called) nxl_serv_apply_env_cap();
+  nxl_serv_apply_env_cap();
   // Other vendors run the def path; family tests serve their tunings.
   if (!nxl_serv_ortex_cpu_true()) return 0;
   const unsigned long long w = nxl_serv_cpu_features();
@@ -171,6 +175,23 @@ int free_selection() {
   return level;
 }
 
+// Reads NXL_ENABLE_INSTRUCTIONS into cached_mei and applies it.
+void read_env_cap() {
+  char buf[30];
+  nxl_serv_getenv("NXL_ENABLE_INSTRUCTIONS", buf, static_cast<int>(sizeof buf));
+  if (buf[0] != '\0') {
+    int value = -1;
+    for (const CapText &c : kCapTexts) {
+      if (memcmp(buf, c.text, strlen(c.text) + 1) == 0) {
+        value = c.value;
+        break;
+      }
+    }
+    cached_mei = value;
+  }
+  nxl_serv_enable_instructions(cached_mei);
+}
+
 }  // namespace
 
 extern "C" {
@@ -225,22 +246,15 @@ int nxl_serv_enable_instructions(int level) {
 }
 
 void nxl_serv_apply_env_cap(void) {
-  if (mei_was_called) return;
-  char buf[30];
-  nxl_serv_getenv("NXL_ENABLE_INSTRUCTIONS", buf, static_cast<int>(sizeof buf));
-  if (buf[0] != '\0') {
-    int value = -1;
-    for (const CapText &c : kCapTexts) {
-      if (memcmp(buf, c.text, strlen(c.text) + 1) == 0) {
-        value = c.value;
-        break;
-      }
-    }
-    cached_mei = value;
-  }
-  nxl_serv_enable_instructions(cached_mei);
+  // The flags are written one by one; a reader that finds the cap applied
+  // must also find all of them written, so the first application runs under
+  // a lock and is published by cap_ready afterwards.
+  if (mei_was_called && __atomic_load_n(&cap_ready, __ATOMIC_ACQUIRE)) return;
+  nxl_serv_lock(&cap_lock);
+  if (!mei_was_called) read_env_cap();
+  __atomic_store_n(&cap_ready, 1, __ATOMIC_RELEASE);
+  nxl_serv_unlock(&cap_lock);
 }
-
 int nxl_serv_get_cpu_type(int real) {
   if (real == 0) return nxl_cpu_type;
   int err = 0;
@@ -265,7 +279,7 @@ int nxl_serv_cpu_detect(void) {
     if (level < 0) return -1;
   } else {
     level = branch_level(mode & 0xFFFF);
-    if (!mei_was_called) nxl_serv_apply_env_cap();
+    nxl_serv_apply_env_cap();
     if (level < 0 || !nxl_serv_level_carried(nxl_serv_level_to_code_path(level))) {
       nxl_serv_print(0, 1209, 0);
       level = free_selection();

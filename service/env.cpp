@@ -5,6 +5,7 @@
 // An environment value only fills a setting that is still unset, so an API
 // call made before the first query wins; an API call always overwrites.
 #include <limits.h>
+#include <pthread.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -171,8 +172,15 @@ std::atomic<int> &domain_setting(int domain) {
   }
 }
 
+// A child of fork has only the forking thread: a lock another thread held
+// at that moment is released. The reads it guards may simply run again.
+void reset_env_lock_in_child() { env_lock = 0; }
+pthread_once_t fork_once = PTHREAD_ONCE_INIT;
+void register_fork_handler() { pthread_atfork(nullptr, nullptr, reset_env_lock_in_child); }
+
 void ensure_read() {
   if (!__threads_env_NOT_readed.load(std::memory_order_acquire)) return;
+  pthread_once(&fork_once, register_fork_handler);
   nxl_serv_lock(&env_lock);
   if (__threads_env_NOT_readed.load(std::memory_order_relaxed)) {
     read_environment();

@@ -31,8 +31,27 @@ nxl_serv_lock_t xerbla_install_lock = 0;
 using fortran_xerbla_fn = void (*)(const char *, const nxl_int *, size_t);
 using c_xerbla_fn = void (*)(const char *, const nxl_int *, int);
 
+// True when the shared object holding `p` is itself a BLAS or LAPACK
+// library (it defines dgemm_ or dgetrf_): its xerbla is not the
+// application's, and typically ends the process.
+bool in_other_blas(void *p) {
+  Dl_info where;
+  if (dladdr(p, &where) == 0 || where.dli_fname == nullptr) return false;
+  void *h = dlopen(where.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
+  if (h == nullptr) return false;  // the main program
+  bool other = false;
+  for (const char *marker : {"dgemm_", "dgetrf_"}) {
+    Dl_info mi;
+    void *q = dlsym(h, marker);
+    if (q != nullptr && dladdr(q, &mi) != 0 && mi.dli_fbase == where.dli_fbase) other = true;
+  }
+  dlclose(h);
+  return other;
+}
+
 // Looks a routine up in the process's global scope and returns it unless it
-// is our own definition (`own`). Racing first callers store the same answer.
+// is our own definition (`own`) or another BLAS library's. Racing first
+// callers store the same answer.
 struct app_symbol {
   std::atomic<int> resolved{0};
   std::atomic<void *> address{nullptr};
@@ -40,7 +59,7 @@ struct app_symbol {
   void *get(const char *name, const void *own) {
     if (resolved.load(std::memory_order_acquire)) return address.load(std::memory_order_relaxed);
     void *p = dlsym(RTLD_DEFAULT, name);
-    if (p == own) p = nullptr;
+    if (p == own || (p != nullptr && in_other_blas(p))) p = nullptr;
     address.store(p, std::memory_order_relaxed);
     resolved.store(1, std::memory_order_release);
     return p;

@@ -4,7 +4,8 @@
 // Blocks up to kMaxCached bytes belong to a size class; when freed they go
 // back to the free list of the cache of the thread that allocated them
 // (whichever thread frees them), so a driver that allocates the same work
-// areas call after call gets them without a system call. Large blocks come
+// areas call after call gets them without a system call. A cache keeps at
+// most kMaxPerClass blocks of a class and kMaxCachedPerThread bytes. Large blocks come
 // from mmap, small ones from malloc. Failures return null, never abort.
 //
 // NXL_DISABLE_FAST_MM (any value but "0") turns reuse off;
@@ -32,6 +33,7 @@ constexpr size_t kMinClass = 256;
 constexpr int kClasses = 4 * 21;                // 256 bytes .. 512 MB, quarter steps
 constexpr size_t kMmapThreshold = size_t(1) << 20;
 constexpr int kMaxPerClass = 8;
+constexpr size_t kMaxCachedPerThread = size_t(1) << 30;  // bytes kept per thread
 
 struct thread_cache;
 
@@ -52,6 +54,7 @@ struct thread_cache {
   int orphan;             // its thread has ended; may be adopted
   block_header *free_list[kClasses];
   int count[kClasses];
+  size_t cached_bytes;    // footprint of the blocks on the free lists
   thread_cache *next_all;
 };
 
@@ -120,6 +123,7 @@ void drain_locked(thread_cache *c) {
     c->free_list[k] = nullptr;
     c->count[k] = 0;
   }
+  c->cached_bytes = 0;
 }
 
 void drain(thread_cache *c) {
@@ -322,6 +326,7 @@ void *nxl_serv_allocate(size_t bytes, int alignment) {
         h = *link;
         *link = h->next;
         --cache->count[cls];
+        cache->cached_bytes -= h->footprint;
         break;
       }
     }
@@ -346,10 +351,12 @@ void nxl_serv_deallocate(void *pointer) {
   thread_cache *c = h->owner;
   if (c != nullptr && h->size_class >= 0 && reuse_enabled.load(std::memory_order_relaxed)) {
     nxl_serv_lock(&c->lock);
-    if (!c->orphan && c->count[h->size_class] < kMaxPerClass) {
+    if (!c->orphan && c->count[h->size_class] < kMaxPerClass &&
+        c->cached_bytes + h->footprint <= kMaxCachedPerThread) {
       h->next = c->free_list[h->size_class];
       c->free_list[h->size_class] = h;
       ++c->count[h->size_class];
+      c->cached_bytes += h->footprint;
       nxl_serv_unlock(&c->lock);
       return;
     }

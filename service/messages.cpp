@@ -2,6 +2,7 @@
 // catalog "nxl_msg.cat" (set 1) tried first, and printing to standard output
 // or standard error.
 #include <nl_types.h>
+#include <pthread.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -29,6 +30,12 @@ char print_buffer[NXL_MSG_BUFFER];
 
 const char kCatalogName[] = "nxl_msg.cat";
 
+// A child of fork releases a lock that a vanished thread held; opening the
+// catalog may then simply happen twice.
+void reset_lock_in_child() { catalog_lock = 0; }
+pthread_once_t fork_once = PTHREAD_ONCE_INIT;
+void register_fork_handler() { pthread_atfork(nullptr, nullptr, reset_lock_in_child); }
+
 void open_catalog() {
   nl_catd cat = catopen(kCatalogName, 0);
   if (cat == reinterpret_cast<nl_catd>(-1)) {
@@ -52,6 +59,7 @@ void open_catalog() {
 const char *message_text(int number) {
   if (number <= 0 || number >= NXL_MSGTAB_ROWS) return "";
   if (first_msg.load(std::memory_order_acquire)) {
+    pthread_once(&fork_once, register_fork_handler);
     nxl_serv_lock(&catalog_lock);
     if (first_msg.load(std::memory_order_relaxed)) {
       open_catalog();

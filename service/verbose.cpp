@@ -1,6 +1,7 @@
 // Call tracing: the NXL_VERBOSE switch, the output file, the trace line with
 // the run-time settings of the call, and the clock that times calls.
 #include <omp.h>
+#include <pthread.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -26,6 +27,17 @@ nxl_serv_lock_t file_read_lock = 0;
 nxl_serv_lock_t mode_set_lock = 0;
 nxl_serv_lock_t file_set_lock = 0;
 nxl_serv_lock_t line_lock = 0;
+
+// A child of fork releases the locks that a vanished thread held.
+void reset_locks_in_child() {
+  mode_read_lock = 0;
+  file_read_lock = 0;
+  mode_set_lock = 0;
+  file_set_lock = 0;
+  line_lock = 0;
+}
+pthread_once_t fork_once = PTHREAD_ONCE_INIT;
+void register_fork_handler() { pthread_atfork(nullptr, nullptr, reset_locks_in_child); }
 
 void warn(FILE *f, const char *what) {
   fprintf(f, "NXL_VERBOSE WARNING: %s\n", what);
@@ -139,6 +151,7 @@ extern "C" {
 
 int nxl_serv_verbose_mode(void) {
   if (nxl_verbose_val.load(std::memory_order_acquire) < 0) {
+    pthread_once(&fork_once, register_fork_handler);
     nxl_serv_lock(&mode_read_lock);
     if (nxl_verbose_val.load(std::memory_order_relaxed) < 0) read_mode();
     nxl_serv_unlock(&mode_read_lock);
@@ -191,6 +204,7 @@ int nxl_serv_verbose_output_file(const char *name) {
 }
 
 void nxl_serv_print_verbose_info(int kind, const char *text, double seconds) {
+  pthread_once(&fork_once, register_fork_handler);
   char suffix[512];
   size_t pos = 0;
   auto append = [&](const char *fmt, auto... args) {
@@ -234,12 +248,19 @@ void nxl_serv_print_verbose_info(int kind, const char *text, double seconds) {
   if (line == nullptr) return;
   snprintf(line, need, "NXL_VERBOSE %s %s\n", text != nullptr ? text : "", suffix);
 
-  const char *file = nxl_serv_verbose_output_file_mode();
+  nxl_serv_verbose_output_file_mode();
   nxl_serv_lock(&line_lock);
   FILE *f = nullptr;
-  if (file[0] != '\0') {
-    f = fopen(file, "a");
-    if (f == nullptr) warn(stdout, "unable to open output file. Print to STDOUT");
+  if (verbose_file_name[0] != '\0') {
+    // The name may be replaced meanwhile: open a stable copy.
+    char file[kNameBuffer];
+    nxl_serv_lock(&file_set_lock);
+    memcpy(file, verbose_file_name, sizeof file);
+    nxl_serv_unlock(&file_set_lock);
+    if (file[0] != '\0') {
+      f = fopen(file, "a");
+      if (f == nullptr) warn(stdout, "unable to open output file. Print to STDOUT");
+    }
   }
   if (f != nullptr) {
     write_line(f, line);

@@ -589,67 +589,52 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
   nxl_serv_deallocate(w);
 }
 
-// Triangular solve of a small diagonal block: X op(D) = B or op(D) X = B with
-// D (nb x nb) copied from the view into a dense lower or upper buffer.
+// Triangular solve of a small diagonal block: op(D) X = B (left) or
+// X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer
+// with the reciprocals of its diagonal beside it. Left-side columns run in
+// groups so that their independent recurrences overlap.
 template <class T>
 void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *d) {
   const bool up = A.upper;
+  T *rd = d + nb * nb;
   for (idx p = 0; p < nb; ++p)
     for (idx i = 0; i < nb; ++i) d[i + p * nb] = A.at(i, p);
+  for (idx p = 0; p < nb; ++p) rd[p] = A.unit ? T(1) : T(1) / d[p + p * nb];
   if (left) {
-    // Columns of B are independent: substitution down (lower) or up (upper).
-    for (idx j = 0; j < other; ++j) {
-      T *x = b + j * ldb;
-      if (!up) {
-        for (idx p = 0; p < nb; ++p) {
-          if (x[p] == T(0)) continue;
-          if (!A.unit) x[p] = x[p] / d[p + p * nb];
-          const T xp = x[p];
-          const T *dc = d + p * nb;
-          for (idx i = p + 1; i < nb; ++i) x[i] -= mul(xp, dc[i]);
-        }
-      } else {
-        for (idx p = nb - 1; p >= 0; --p) {
-          if (x[p] == T(0)) continue;
-          if (!A.unit) x[p] = x[p] / d[p + p * nb];
-          const T xp = x[p];
-          const T *dc = d + p * nb;
-          for (idx i = 0; i < p; ++i) x[i] -= mul(xp, dc[i]);
+    constexpr idx G = 8;
+    for (idx j0 = 0; j0 < other; j0 += G) {
+      const idx g = std::min(G, other - j0);
+      T *x0 = b + j0 * ldb;
+      for (idx s = 0; s < nb; ++s) {
+        const idx p = up ? nb - 1 - s : s;
+        const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
+        const T *dc = d + p * nb;
+        for (idx jj = 0; jj < g; ++jj) {
+          T *x = x0 + jj * ldb;
+          const T xp = A.unit ? x[p] : mul(x[p], rd[p]);
+          x[p] = xp;
+          if (xp == T(0)) continue;
+          for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
         }
       }
     }
   } else {
-    // X D = B: column j of X from the columns already solved, in row chunks.
+    // Column j of X from the columns already solved, in row chunks.
     for (idx r0 = 0; r0 < other; r0 += 256) {
       const idx rn = std::min<idx>(256, other - r0);
-      auto solve_col = [&](idx j) {
+      for (idx s = 0; s < nb; ++s) {
+        const idx j = up ? s : nb - 1 - s;
+        const idx lo = up ? 0 : j + 1, hi = up ? j : nb;
         T *bj = b + r0 + j * ldb;
+        for (idx p = lo; p < hi; ++p) {
+          const T dpj = d[p + j * nb];
+          if (dpj == T(0)) continue;
+          const T *xp = b + r0 + p * ldb;
+          for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
+        }
         if (!A.unit) {
-          const T djj = d[j + j * nb];
-          for (idx i = 0; i < rn; ++i) bj[i] = bj[i] / djj;
-        }
-      };
-      if (up) {
-        for (idx j = 0; j < nb; ++j) {
-          T *bj = b + r0 + j * ldb;
-          for (idx p = 0; p < j; ++p) {
-            const T dpj = d[p + j * nb];
-            if (dpj == T(0)) continue;
-            const T *xp = b + r0 + p * ldb;
-            for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
-          }
-          solve_col(j);
-        }
-      } else {
-        for (idx j = nb - 1; j >= 0; --j) {
-          T *bj = b + r0 + j * ldb;
-          for (idx p = j + 1; p < nb; ++p) {
-            const T dpj = d[p + j * nb];
-            if (dpj == T(0)) continue;
-            const T *xp = b + r0 + p * ldb;
-            for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
-          }
-          solve_col(j);
+          const T r = rd[j];
+          for (idx i = 0; i < rn; ++i) bj[i] = mul(bj[i], r);
         }
       }
     }
@@ -696,7 +681,7 @@ void trsm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
           T alpha, const T *a, idx lda, T *b, idx ldb) {
   scale_b(b, ldb, m, n, alpha);
   if (alpha == T(0)) return;
-  alignas(64) T d[trsm_nb<T>() * trsm_nb<T>()];
+  alignas(64) T d[trsm_nb<T>() * (trsm_nb<T>() + 1)];
   trsm_rec(ws, left, tri_view(a, lda, upper, trans, cj, unit), left ? m : n, left ? n : m, b, ldb, d);
 }
 

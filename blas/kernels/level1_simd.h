@@ -24,27 +24,29 @@ inline constexpr int vec_bytes = 32;
 inline constexpr int vec_bytes = 64;
 #endif
 
-// Independent accumulators per reduction: four registers' worth.
-template <class R> inline constexpr int acc_lanes = 4 * vec_bytes / int(sizeof(R));
-
-// Pairwise fold of an accumulator block, lane order fixed.
-template <class R, int W> inline R fold(R (&acc)[W]) {
-  for (int w = W / 2; w >= 1; w /= 2)
-    for (int j = 0; j < w; ++j) acc[j] += acc[j + w];
-  return acc[0];
-}
-
-// Sum over k of f(k) for k in [0, m) with contiguous-friendly blocking.
+// Sum over k of f(k) for k in [0, m): four vector accumulators of the
+// path's register width take consecutive lanes, folded in a fixed order at
+// the end; the tail is added one element at a time.
 template <class R, class F> inline R block_sum(idx m, F f) {
-  constexpr int W = acc_lanes<R>;
-  R acc[W] = {};
+  constexpr int L = vec_bytes / int(sizeof(R));
+  using V = R __attribute__((ext_vector_type(L)));
+  V acc[4] = {};
   idx k = 0;
-  for (; k + W <= m; k += W)
-    for (int j = 0; j < W; ++j) acc[j] += f(k + j);
-  R s = fold(acc);
+  for (; k + 4 * L <= m; k += 4 * L)
+    for (int u = 0; u < 4; ++u) {
+      V t;
+      for (int j = 0; j < L; ++j) t[j] = f(k + u * L + j);
+      acc[u] += t;
+    }
+  const V v = (acc[0] + acc[1]) + (acc[2] + acc[3]);
+  R s = 0;
+  for (int j = 0; j < L; ++j) s += v[j];
   for (; k < m; ++k) s += f(k);
   return s;
 }
+
+// Lanes per register, for the index search.
+template <class R> inline constexpr int acc_lanes = 4 * vec_bytes / int(sizeof(R));
 
 // Reinterpretation of a complex array as its real and imaginary parts.
 template <class T> inline const real_t<T> *flat(const T *p) {

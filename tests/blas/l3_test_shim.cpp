@@ -1,6 +1,7 @@
 // TEMPORARY test-only stand-ins for services and level-2 products that other
 // parts of the library provide; removed once they are merged.
 #include <omp.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 #include <complex>
@@ -15,12 +16,28 @@ int nxl_serv_domain_get_max_threads(int) {
   if (omp_in_parallel()) return 1;
   return g_threads > 0 ? g_threads : omp_get_max_threads();
 }
+// Keeps freed blocks per thread for reuse, as the memory manager does.
+struct blk_t { void *p; size_t n; };
+static thread_local blk_t g_free[8];
 void *nxl_serv_allocate(size_t bytes, int alignment) {
-  void *p = nullptr;
-  if (posix_memalign(&p, size_t(alignment < 16 ? 16 : alignment), bytes ? bytes : 1)) return nullptr;
-  return p;
+  for (auto &b : g_free)
+    if (b.p && b.n >= bytes && (reinterpret_cast<uintptr_t>(b.p) % size_t(alignment)) == 0) {
+      void *p = b.p;
+      b.p = nullptr;
+      return p;
+    }
+  void *raw = nullptr;
+  if (alignment > 4096 || posix_memalign(&raw, 4096, bytes + 4096)) return nullptr;
+  *static_cast<size_t *>(raw) = bytes;
+  return static_cast<char *>(raw) + 4096;
 }
-void nxl_serv_deallocate(void *p) { free(p); }
+void nxl_serv_deallocate(void *p) {
+  if (!p) return;
+  size_t n = *reinterpret_cast<size_t *>(static_cast<char *>(p) - 4096);
+  for (auto &b : g_free)
+    if (!b.p) { b.p = p; b.n = n; return; }
+  free(static_cast<char *>(p) - 4096);
+}
 int nxl_serv_check_ptr_and_warn(const void *p, const char *) { return p ? 0 : 1; }
 int nxl_serv_cpu_detect(void) {
   const char *e = getenv("NXL_ENABLE_INSTRUCTIONS");

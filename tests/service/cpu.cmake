@@ -35,3 +35,6 @@ cpu_driver_gtest(test_cpu_qemu qemu)
 # AVX-512 path zmm.
 add_test(NAME isa_check COMMAND ${PROJECT_SOURCE_DIR}/cmake/check_isa.sh $<TARGET_FILE:nxl>)
 set_tests_properties(isa_check PROPERTIES LABELS isa)
+
+# The exported entries through libnxl.so, as an application uses them.
+nxl_add_gtest(test_cpu_exports SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_cpu_exports.cpp)

@@ -71,6 +71,17 @@ int main(int argc, char **argv) {
          nxl_serv_is_sse4_2_enabled(), nxl_serv_is_avx_enabled(), nxl_serv_is_avx2_enabled(),
          nxl_serv_is_avx512_enabled(), nxl_serv_is_avx512_mic_enabled(), cached_mei,
          __sngl_was_called);
+  printf("features=0x%llx\n", nxl_serv_cpu_features());
+  // The family tests as one bit each, in declaration order.
+  const int families[] = {
+      nxl_serv_cpuisbulldozer(),      nxl_serv_cpuiszen(),   nxl_serv_cpuisitbarcelona(),
+      nxl_serv_cpuislowpower_sse4_2(), nxl_serv_cpuislowpower_ssse3(), nxl_serv_cpuisoldgen(),
+      nxl_serv_cpuisskx(),            nxl_serv_cpuisclx(),   nxl_serv_cpuisicx(),
+      nxl_serv_cpuisspr(),            nxl_serv_cpuisknl()};
+  int family_bits = 0;
+  for (int i = 0; i < static_cast<int>(sizeof families / sizeof families[0]); ++i)
+    family_bits |= families[i] << i;
+  printf("uarch=%d families=0x%x\n", nxl_serv_get_microarchitecture(), family_bits);
   char name[256];
   const nxl_int len = sizeof name;
   nxl_get_cpu_name(name, &len);

@@ -12,16 +12,8 @@ using namespace cpu_test;
 
 namespace {
 
-class Cbwr : public ::testing::Test {
+class Cbwr : public FreshDetection {
  protected:
-  void SetUp() override {
-    steer(nullptr, nullptr);
-    reset_detection_state();
-  }
-  void TearDown() override {
-    steer(nullptr, nullptr);
-    reset_detection_state();
-  }
   // The whole mode NXL_CBWR (and optionally a cap) decide in a fresh state.
   static int mode_for(const char *text, const char *cap = nullptr) {
     reset_detection_state();

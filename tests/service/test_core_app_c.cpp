@@ -7,6 +7,10 @@
 
 #include "nxl_service.h"
 
+// The test tree builds with hidden visibility; an application's routines are
+// visible, as they are by default.
+#define APP_ROUTINE __attribute__((visibility("default")))
+
 namespace {
 std::string got_name;
 nxl_int got_info = 0;
@@ -14,7 +18,7 @@ int got_len = 0;
 int depth = 0;
 }  // namespace
 
-extern "C" void xerbla(const char *name, const nxl_int *info, int len) {
+extern "C" APP_ROUTINE void xerbla(const char *name, const nxl_int *info, int len) {
   got_name.assign(name, static_cast<size_t>(len));
   got_info = *info;
   got_len = len;

@@ -11,6 +11,10 @@ typedef long long nxl_int;
 extern "C" void xerbla(const char *name, const nxl_int *info, int len);
 extern "C" int nxl_progress(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len);
 
+// The test tree builds with hidden visibility; an application's routines are
+// visible, as they are by default.
+#define APP_ROUTINE __attribute__((visibility("default")))
+
 namespace {
 std::string got_name;
 nxl_int got_info = 0;
@@ -19,14 +23,14 @@ int got_calls = 0;
 nxl_int got_step = -1;
 }  // namespace
 
-extern "C" void xerbla_(const char *name, const nxl_int *info, size_t len) {
+extern "C" APP_ROUTINE void xerbla_(const char *name, const nxl_int *info, size_t len) {
   got_name.assign(name, len);
   got_info = *info;
   got_len = len;
   ++got_calls;
 }
 
-extern "C" int nxl_progress_(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len) {
+extern "C" APP_ROUTINE int nxl_progress_(const nxl_int *thread, const nxl_int *step, const char *stage, nxl_int len) {
   got_step = *step;
   return *step > 3;
 }

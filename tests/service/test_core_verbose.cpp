@@ -7,6 +7,8 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "service/core_spawn.h"
 #include "service/serv_core.h"
@@ -118,6 +120,45 @@ TEST(Verbose, OutputFileAndWarnings) {
   EXPECT_EQ(nxl_serv_verbose_output_file(path), 0);
   EXPECT_STREQ(nxl_serv_verbose_output_file_mode(), path);
   unlink(path);
+
+  // A file that cannot be opened any more: the line goes to standard output.
+  char dir[] = "/tmp/nxl_verbose_dir_XXXXXX";
+  ASSERT_NE(mkdtemp(dir), nullptr);
+  std::string gone = std::string(dir) + "/trace.txt";
+  EXPECT_EQ(nxl_serv_verbose_output_file(gone.c_str()), 0);
+  unlink(gone.c_str());
+  rmdir(dir);
+  testing::internal::CaptureStdout();
+  nxl_serv_print_verbose_info(0, "DSWAP(1)", 0.0);
+  std::string out = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(out.rfind("NXL_VERBOSE WARNING: unable to open output file. Print to STDOUT\n", 0), 0u) << out;
+  EXPECT_NE(out.find("NXL_VERBOSE DSWAP(1) 0.00s CNR:"), std::string::npos) << out;
+
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(nxl_serv_verbose_output_file(""), 1);  // back to standard output
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "NXL_VERBOSE WARNING: incorrect output filename: too long or empty\n");
+}
+
+TEST(Verbose, ConcurrentLinesDoNotInterleave) {
+  testing::internal::CaptureStdout();
+  std::vector<std::thread> team;
+  for (int t = 0; t < 4; ++t)
+    team.emplace_back([t] {
+      std::string text = "ZGEMM(" + std::string(200, char('a' + t)) + ")";
+      for (int i = 0; i < 100; ++i) nxl_serv_print_verbose_info(0, text.c_str(), 1e-3 * (i % 3));
+    });
+  for (auto &th : team) th.join();
+  std::stringstream out(testing::internal::GetCapturedStdout());
+  std::regex line(std::string("NXL_VERBOSE ZGEMM\\((a{200}|b{200}|c{200}|d{200})\\) [0-9.]+(s|ms|us)") + kSuffix);
+  std::string l;
+  int lines = 0;
+  while (std::getline(out, l)) {
+    if (l.rfind("NXL_VERBOSE Ortex", 0) == 0) continue;  // the header, if first here
+    EXPECT_TRUE(std::regex_match(l, line)) << l;
+    ++lines;
+  }
+  EXPECT_EQ(lines, 400);
 }
 
 TEST(Verbose, ClockAdvances) {

@@ -3,6 +3,7 @@
 #ifndef NXL_TEST_CPU_STATE_H
 #define NXL_TEST_CPU_STATE_H
 
+#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include "service/cpu.h"
@@ -28,6 +29,20 @@ inline void steer(const char *cbwr, const char *cap) {
   if (cbwr) setenv("NXL_CBWR", cbwr, 1); else unsetenv("NXL_CBWR");
   if (cap) setenv("NXL_ENABLE_INSTRUCTIONS", cap, 1); else unsetenv("NXL_ENABLE_INSTRUCTIONS");
 }
+
+// A test that starts and ends with fresh detection state and neither
+// steering variable set.
+class FreshDetection : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    steer(nullptr, nullptr);
+    reset_detection_state();
+  }
+  void TearDown() override {
+    steer(nullptr, nullptr);
+    reset_detection_state();
+  }
+};
 
 }  // namespace cpu_test
 

@@ -1,0 +1,228 @@
+// Level-2 dispatch layer: quick returns, the threading decision and the split
+// of the work among an OpenMP team, then the code-path entries.
+//
+// Threaded routines split their output so that every element is computed by
+// one thread with the same kernel and the same summation order as a call on
+// one thread: gemv and gbmv split rows of y ("N") or columns ("T", "C"), ger
+// splits columns of A.
+#include <omp.h>
+
+#include "blas/level2.h"
+#include "blas/level2_params.h"
+#include "service/nxl_serv.h"
+#include "service/scalar.h"
+
+#define NXL_L2_DECLARE(name, fam, T, R, P, A) extern "C" void nxl_blas_x##name P;
+NXL_L2_ALL_ROUTINES(NXL_L2_DECLARE)
+
+namespace nxl {
+namespace {
+
+using l2idx = nxl_int;
+
+// Matrix elements per thread below which another thread does not pay.
+constexpr double kMinWorkPerThread = 32768.0;
+
+// Threads for `work` matrix elements: 1 inside a parallel region of the
+// caller, below the threshold or when the BLAS domain allows one thread.
+int team_size(double work) {
+  if (work < 2 * kMinWorkPerThread) return 1;
+  if (omp_in_parallel()) return 1;
+  int mx = nxl_serv_domain_get_max_threads(1);
+  if (mx <= 1) return 1;
+  double want = work / kMinWorkPerThread;
+  return want < mx ? int(want) : mx;
+}
+
+// Rows [lo, hi) of a length-n range for thread t of nt, in chunks that are
+// multiples of `align` elements (whole cache lines of y).
+void split_range(l2idx n, int t, int nt, l2idx align, l2idx &lo, l2idx &hi) {
+  l2idx chunk = (n + nt - 1) / nt;
+  chunk = (chunk + align - 1) / align * align;
+  lo = chunk * t < n ? chunk * t : n;
+  hi = lo + chunk < n ? lo + chunk : n;
+}
+
+// Sub-vector of elements [start, start+len) of an n-vector with increment inc.
+template <class T>
+T *sub_vec(T *v, l2idx n, l2idx inc, l2idx start, l2idx len) {
+  return inc > 0 ? v + start * inc : v + (n - start - len) * (-inc);
+}
+
+template <class T>
+constexpr l2idx line_elems() {
+  return 64 / sizeof(T) > 0 ? l2idx(64 / sizeof(T)) : 1;
+}
+
+template <class T>
+bool is_notrans(const char *t) {
+  return nxl_serv_lsame(t, "N", 1, 1) != 0;
+}
+
+// Runs body(t, nt) on a team of nt threads (nt > 1), or on the caller.
+template <class F>
+void run_team(int nt, F body) {
+  if (nt <= 1) {
+    body(0, 1);
+    return;
+  }
+#pragma omp parallel num_threads(nt)
+  body(omp_get_thread_num(), omp_get_num_threads());
+}
+
+// ---------------------------------------------------------------------------
+template <class T, class R, void (*X) NXL_L2_GEMV_P(T)>
+void gemv_d NXL_L2_GEMV_P(T) {
+  const l2idx mm = *m, nn = *n;
+  if (mm <= 0 || nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const bool nt_ = is_notrans<T>(trans);
+  const int nt = is_zero(*alpha) ? 1 : team_size(double(mm) * double(nn));
+  if (nt <= 1) {
+    X(trans, m, n, alpha, a, lda, x, incx, beta, y, incy, 1);
+    return;
+  }
+  const l2idx ld = *lda, iy = *incy;
+  run_team(nt, [&](int t, int nth) {
+    l2idx lo, hi;
+    if (nt_) {
+      split_range(mm, t, nth, line_elems<T>(), lo, hi);
+      if (hi <= lo) return;
+      const l2idx ms = hi - lo;
+      X(trans, &ms, n, alpha, a + lo, lda, x, incx, beta, sub_vec(y, mm, iy, lo, ms), incy, 1);
+    } else {
+      split_range(nn, t, nth, 8, lo, hi);
+      if (hi <= lo) return;
+      const l2idx ns = hi - lo;
+      X(trans, m, &ns, alpha, a + lo * ld, lda, x, incx, beta, sub_vec(y, nn, iy, lo, ns), incy, 1);
+    }
+  });
+}
+
+template <class T, class R, void (*X) NXL_L2_GBMV_P(T)>
+void gbmv_d NXL_L2_GBMV_P(T) {
+  const l2idx mm = *m, nn = *n, kll = *kl, kuu = *ku;
+  if (mm <= 0 || nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const bool nt_ = is_notrans<T>(trans);
+  const int nt = is_zero(*alpha) ? 1 : team_size(double(nt_ ? mm : nn) * double(kll + kuu + 1));
+  if (nt <= 1) {
+    X(trans, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy, 1);
+    return;
+  }
+  const l2idx ld = *lda, ix = *incx, iy = *incy;
+  run_team(nt, [&](int t, int nth) {
+    l2idx lo, hi;
+    if (nt_) {
+      // Rows [lo, hi) meet columns [c0, c1) of the band; the block is again a
+      // band matrix with shifted diagonal counts.
+      split_range(mm, t, nth, line_elems<T>(), lo, hi);
+      if (hi <= lo) return;
+      const l2idx ms = hi - lo;
+      const l2idx c0 = lo - kll > 0 ? lo - kll : 0;
+      const l2idx c1 = hi + kuu < nn ? hi + kuu : nn;
+      T *ys = sub_vec(y, mm, iy, lo, ms);
+      if (c1 <= c0) {
+        // No stored element in these rows: y = beta*y only.
+        const l2idx zero = 0, one = 1;
+        const T no_alpha = T(0);
+        X(trans, &ms, &one, &zero, &zero, &no_alpha, a, lda, x, incx, beta, ys, incy, 1);
+        return;
+      }
+      const l2idx ns = c1 - c0, kls = kll - lo + c0, kus = kuu + lo - c0;
+      X(trans, &ms, &ns, &kls, &kus, alpha, a + c0 * ld, lda, sub_vec(x, nn, ix, c0, ns), incx,
+        beta, ys, incy, 1);
+    } else {
+      split_range(nn, t, nth, 8, lo, hi);
+      if (hi <= lo) return;
+      const l2idx ns = hi - lo, kls = kll + lo, kus = kuu - lo;
+      X(trans, m, &ns, &kls, &kus, alpha, a + lo * ld, lda, x, incx, beta,
+        sub_vec(y, nn, iy, lo, ns), incy, 1);
+    }
+  });
+}
+
+template <class T, class R, void (*X) NXL_L2_SYMV_P(T)>
+void symv_d NXL_L2_SYMV_P(T) {
+  if (*n <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  X(uplo, n, alpha, a, lda, x, incx, beta, y, incy, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_SBMV_P(T)>
+void sbmv_d NXL_L2_SBMV_P(T) {
+  if (*n <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  X(uplo, n, kband, alpha, a, lda, x, incx, beta, y, incy, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_SPMV_P(T)>
+void spmv_d NXL_L2_SPMV_P(T) {
+  if (*n <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  X(uplo, n, alpha, ap, x, incx, beta, y, incy, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_TRMV_P(T)>
+void trmv_d NXL_L2_TRMV_P(T) {
+  if (*n <= 0) return;
+  X(uplo, trans, diag, n, a, lda, x, incx, 1, 1, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_TBMV_P(T)>
+void tbmv_d NXL_L2_TBMV_P(T) {
+  if (*n <= 0) return;
+  X(uplo, trans, diag, n, kband, a, lda, x, incx, 1, 1, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_TPMV_P(T)>
+void tpmv_d NXL_L2_TPMV_P(T) {
+  if (*n <= 0) return;
+  X(uplo, trans, diag, n, ap, x, incx, 1, 1, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_GER_P(T)>
+void ger_d NXL_L2_GER_P(T) {
+  const l2idx mm = *m, nn = *n;
+  if (mm <= 0 || nn <= 0 || is_zero(*alpha)) return;
+  const int nt = team_size(double(mm) * double(nn));
+  if (nt <= 1) {
+    X(m, n, alpha, x, incx, y, incy, a, lda);
+    return;
+  }
+  const l2idx ld = *lda, iy = *incy;
+  run_team(nt, [&](int t, int nth) {
+    l2idx lo, hi;
+    split_range(nn, t, nth, 8, lo, hi);
+    if (hi <= lo) return;
+    const l2idx ns = hi - lo;
+    X(m, &ns, alpha, x, incx, sub_vec(y, nn, iy, lo, ns), incy, a + lo * ld, lda);
+  });
+}
+
+template <class T, class R, void (*X) NXL_L2_SYR_P(T, R)>
+void syr_d NXL_L2_SYR_P(T, R) {
+  if (*n <= 0 || *alpha == R(0)) return;
+  X(uplo, n, alpha, x, incx, a, lda, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_SYR2_P(T)>
+void syr2_d NXL_L2_SYR2_P(T) {
+  if (*n <= 0 || is_zero(*alpha)) return;
+  X(uplo, n, alpha, x, incx, y, incy, a, lda, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_SPR_P(T, R)>
+void spr_d NXL_L2_SPR_P(T, R) {
+  if (*n <= 0 || *alpha == R(0)) return;
+  X(uplo, n, alpha, x, incx, ap, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_SPR2_P(T)>
+void spr2_d NXL_L2_SPR2_P(T) {
+  if (*n <= 0 || is_zero(*alpha)) return;
+  X(uplo, n, alpha, x, incx, y, incy, ap, 1);
+}
+
+}  // namespace
+}  // namespace nxl
+
+// The dispatch functions, one per routine.
+#define NXL_L2_DISPATCH(name, fam, T, R, P, A) \
+  extern "C" void nxl_blas_##name P { nxl::fam<T, R, nxl_blas_x##name> A; }
+NXL_L2_ALL_ROUTINES(NXL_L2_DISPATCH)

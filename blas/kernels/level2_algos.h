@@ -1,0 +1,354 @@
+// Level-2 algorithms over the column primitives of level2_core.h, written
+// once for the four precisions and for the three storage schemes of
+// triangular, symmetric and Hermitian matrices: full (with a leading
+// dimension), band and packed. Full storage is processed in blocks of
+// columns (a triangle on the diagonal plus a rectangle for the primitives),
+// band and packed storage one column at a time.
+//
+// Vectors arrive as a pointer to their logical element 0 and a signed
+// increment (element i at v[i*inc]), so negative increments need no special
+// code here.
+#ifndef NXL_BLAS_LEVEL2_ALGOS_H
+#define NXL_BLAS_LEVEL2_ALGOS_H
+
+#include "blas/kernels/level2_core.h"
+
+namespace nxl {
+inline namespace NXL_CP_NS {
+namespace l2 {
+
+inline char upc(const char *c) { return (*c >= 'a' && *c <= 'z') ? char(*c - 32) : *c; }
+
+// Block width of the blocked full-storage algorithms.
+inline constexpr idx kNB = 64;
+// Columns per chunk of the gemv scale buffer.
+inline constexpr idx kCB = 256;
+
+// The stored part of column j of a triangle: rows [r0, r1), p points at row r0.
+// Upper triangles end with the diagonal (row r1 - 1 = j), lower ones start
+// with it (row r0 = j).
+template <class P>
+struct Seg {
+  P p;
+  idx r0, r1;
+};
+
+template <class P>
+struct FullSt {
+  P a;
+  idx lda;
+  bool upper;
+  idx n;
+  Seg<P> col(idx j) const {
+    return upper ? Seg<P>{a + j * lda, 0, j + 1} : Seg<P>{a + j * lda + j, j, n};
+  }
+};
+
+template <class P>
+struct BandSt {
+  P a;
+  idx lda, k;
+  bool upper;
+  idx n;
+  Seg<P> col(idx j) const {
+    if (upper) {
+      idx r0 = j > k ? j - k : 0;
+      return Seg<P>{a + j * lda + k - (j - r0), r0, j + 1};
+    }
+    idx r1 = j + k + 1 < n ? j + k + 1 : n;
+    return Seg<P>{a + j * lda, j, r1};
+  }
+};
+
+template <class P>
+struct PackSt {
+  P ap;
+  bool upper;
+  idx n;
+  Seg<P> col(idx j) const {
+    if (upper) return Seg<P>{ap + j * (j + 1) / 2, 0, j + 1};
+    return Seg<P>{ap + j * n - j * (j - 1) / 2, j, n};
+  }
+};
+
+// ---------------------------------------------------------------------------
+// General matrices.
+
+// Common start of gemv and gbmv: vectors moved to their element 0 and
+// y := beta*y; false when nothing more is to be done.
+template <class T>
+bool general_start(bool notrans, idx m, idx n, T alpha, const T *&x, idx incx, T beta, T *&y,
+                   idx incy) {
+  if (m <= 0 || n <= 0) return false;
+  const idx lenx = notrans ? n : m, leny = notrans ? m : n;
+  x += vec_start(lenx, incx);
+  y += vec_start(leny, incy);
+  scale_vec(leny, beta, y, incy);
+  return !is_zero(alpha);
+}
+
+template <class T>
+void gemv_run(char tr, idx m, idx n, T alpha, const T *a, idx lda, const T *x, idx incx,
+              T beta, T *y, idx incy) {
+  const bool notrans = tr == 'N';
+  if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
+  T buf[kCB];
+  for (idx j0 = 0; j0 < n; j0 += kCB) {
+    const idx nb = n - j0 < kCB ? n - j0 : kCB;
+    if (notrans) {
+      for (idx k = 0; k < nb; ++k) buf[k] = mul(alpha, x[(j0 + k) * incx]);
+      axpy_cols(m, nb, a + j0 * lda, lda, buf, y, incy);
+    } else {
+      if (tr == 'C') dot_cols<T, true>(m, nb, a + j0 * lda, lda, x, incx, buf);
+      else dot_cols<T, false>(m, nb, a + j0 * lda, lda, x, incx, buf);
+      for (idx k = 0; k < nb; ++k) y[(j0 + k) * incy] = y[(j0 + k) * incy] + mul(alpha, buf[k]);
+    }
+  }
+}
+
+// Band matrix with kl sub- and ku super-diagonals; A(i,j) at a[ku + i - j + j*lda].
+// ku may be negative or kl larger than m: sub-problems of a split band do that.
+template <class T>
+void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx lda,
+              const T *x, idx incx, T beta, T *y, idx incy) {
+  const bool notrans = tr == 'N';
+  if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
+  for (idx j = 0; j < n; ++j) {
+    idx r0 = j - ku > 0 ? j - ku : 0;
+    idx r1 = j + kl + 1 < m ? j + kl + 1 : m;
+    if (r1 <= r0) continue;
+    const T *seg = a + j * lda + (ku + r0 - j);
+    if (notrans) {
+      T t = mul(alpha, x[j * incx]);
+      axpy_cols(r1 - r0, 1, seg, lda, &t, y + r0 * incy, incy);
+    } else {
+      T acc;
+      if (tr == 'C') dot_cols<T, true>(r1 - r0, 1, seg, lda, x + r0 * incx, incx, &acc);
+      else dot_cols<T, false>(r1 - r0, 1, seg, lda, x + r0 * incx, incx, &acc);
+      y[j * incy] = y[j * incy] + mul(alpha, acc);
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Symmetric (Herm = false) and Hermitian (Herm = true) products y += alpha*A*x.
+
+template <class T, bool Herm, class S>
+void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy) {
+  for (idx j = 0; j < n; ++j) {
+    Seg<const T *> s = st.col(j);
+    T t = mul(alpha, x[j * incx]);
+    T acc;
+    T d;
+    if (st.upper) {
+      idx cnt = j - s.r0;
+      fused_cols<T, Herm>(cnt, 1, s.p, 0, &t, y + s.r0 * incy, incy, x + s.r0 * incx, incx, &acc);
+      d = s.p[cnt];
+    } else {
+      fused_cols<T, Herm>(s.r1 - j - 1, 1, s.p + 1, 0, &t, y + (j + 1) * incy, incy,
+                          x + (j + 1) * incx, incx, &acc);
+      d = s.p[0];
+    }
+    if constexpr (Herm) d = T(re(d));
+    y[j * incy] = y[j * incy] + (mul(t, d) + mul(alpha, acc));
+  }
+}
+
+template <class T, bool Herm>
+void symv_full(bool upper, idx n, T alpha, const T *a, idx lda, const T *x, idx incx, T *y,
+               idx incy) {
+  T t[kNB], out[kNB];
+  for (idx j0 = 0; j0 < n; j0 += kNB) {
+    const idx nb = n - j0 < kNB ? n - j0 : kNB, j1 = j0 + nb;
+    for (idx k = 0; k < nb; ++k) t[k] = mul(alpha, x[(j0 + k) * incx]);
+    FullSt<const T *> blk{a + j0 + j0 * lda, lda, upper, nb};
+    if (upper) {
+      fused_cols<T, Herm>(j0, nb, a + j0 * lda, lda, t, y, incy, x, incx, out);
+      symv_cols<T, Herm>(nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
+    } else {
+      symv_cols<T, Herm>(nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
+      fused_cols<T, Herm>(n - j1, nb, a + j1 + j0 * lda, lda, t, y + j1 * incy, incy,
+                          x + j1 * incx, incx, out);
+    }
+    for (idx k = 0; k < nb; ++k) y[(j0 + k) * incy] = y[(j0 + k) * incy] + mul(alpha, out[k]);
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Triangular products x := op(A) x and solves op(A) x = b.
+
+template <class T, bool Conj, class S>
+void trmv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
+  if (!trans) {
+    if (st.upper) {
+      for (idx j = 0; j < n; ++j) {
+        Seg<const T *> s = st.col(j);
+        idx cnt = j - s.r0;
+        T tj = x[j * incx];
+        axpy_cols(cnt, 1, s.p, 0, &tj, x + s.r0 * incx, incx);
+        if (!unit) x[j * incx] = mul(s.p[cnt], tj);
+      }
+    } else {
+      for (idx j = n - 1; j >= 0; --j) {
+        Seg<const T *> s = st.col(j);
+        T tj = x[j * incx];
+        axpy_cols(s.r1 - j - 1, 1, s.p + 1, 0, &tj, x + (j + 1) * incx, incx);
+        if (!unit) x[j * incx] = mul(s.p[0], tj);
+      }
+    }
+    return;
+  }
+  if (st.upper) {
+    for (idx j = n - 1; j >= 0; --j) {
+      Seg<const T *> s = st.col(j);
+      idx cnt = j - s.r0;
+      T acc;
+      dot_cols<T, Conj>(cnt, 1, s.p, 0, x + s.r0 * incx, incx, &acc);
+      T v = x[j * incx];
+      if (!unit) v = mul(opc<Conj>(s.p[cnt]), v);
+      x[j * incx] = v + acc;
+    }
+  } else {
+    for (idx j = 0; j < n; ++j) {
+      Seg<const T *> s = st.col(j);
+      T acc;
+      dot_cols<T, Conj>(s.r1 - j - 1, 1, s.p + 1, 0, x + (j + 1) * incx, incx, &acc);
+      T v = x[j * incx];
+      if (!unit) v = mul(opc<Conj>(s.p[0]), v);
+      x[j * incx] = v + acc;
+    }
+  }
+}
+
+template <class T, bool Conj, class S>
+void trsv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
+  if (!trans) {
+    if (st.upper) {
+      for (idx j = n - 1; j >= 0; --j) {
+        Seg<const T *> s = st.col(j);
+        idx cnt = j - s.r0;
+        if (!unit) x[j * incx] = x[j * incx] / s.p[cnt];
+        T tj = -x[j * incx];
+        axpy_cols(cnt, 1, s.p, 0, &tj, x + s.r0 * incx, incx);
+      }
+    } else {
+      for (idx j = 0; j < n; ++j) {
+        Seg<const T *> s = st.col(j);
+        if (!unit) x[j * incx] = x[j * incx] / s.p[0];
+        T tj = -x[j * incx];
+        axpy_cols(s.r1 - j - 1, 1, s.p + 1, 0, &tj, x + (j + 1) * incx, incx);
+      }
+    }
+    return;
+  }
+  if (st.upper) {
+    for (idx j = 0; j < n; ++j) {
+      Seg<const T *> s = st.col(j);
+      idx cnt = j - s.r0;
+      T acc;
+      dot_cols<T, Conj>(cnt, 1, s.p, 0, x + s.r0 * incx, incx, &acc);
+      T v = x[j * incx] - acc;
+      if (!unit) v = v / opc<Conj>(s.p[cnt]);
+      x[j * incx] = v;
+    }
+  } else {
+    for (idx j = n - 1; j >= 0; --j) {
+      Seg<const T *> s = st.col(j);
+      T acc;
+      dot_cols<T, Conj>(s.r1 - j - 1, 1, s.p + 1, 0, x + (j + 1) * incx, incx, &acc);
+      T v = x[j * incx] - acc;
+      if (!unit) v = v / opc<Conj>(s.p[0]);
+      x[j * incx] = v;
+    }
+  }
+}
+
+// Blocked full-storage triangular product (Solve = false) or solve
+// (Solve = true): a triangle of kNB columns on the diagonal with the column
+// algorithm, the rectangle beside it with the column primitives, in the order
+// that leaves every element of x read before it is overwritten.
+template <class T, bool Conj, bool Solve>
+void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x, idx incx) {
+  const idx nblk = (n + kNB - 1) / kNB;
+  T buf[kNB];
+  auto diag = [&](idx j0, idx nb) {
+    FullSt<const T *> blk{a + j0 + j0 * lda, lda, upper, nb};
+    if constexpr (Solve) trsv_cols<T, Conj>(trans, unit, nb, blk, x + j0 * incx, incx);
+    else trmv_cols<T, Conj>(trans, unit, nb, blk, x + j0 * incx, incx);
+  };
+  // Forward (ascending blocks) or backward, per case.
+  const bool ascending = Solve ? (upper == trans) : (upper != trans);
+  for (idx bi = 0; bi < nblk; ++bi) {
+    const idx b = ascending ? bi : nblk - 1 - bi;
+    const idx j0 = b * kNB, nb = n - j0 < kNB ? n - j0 : kNB, j1 = j0 + nb;
+    // Rectangle: rows [0, j0) for upper, [j1, n) for lower.
+    const T *rect = upper ? a + j0 * lda : a + j1 + j0 * lda;
+    const idx rm = upper ? j0 : n - j1;
+    T *xr = upper ? x : x + j1 * incx;
+    if (!trans) {
+      if constexpr (Solve) diag(j0, nb);
+      for (idx k = 0; k < nb; ++k) buf[k] = Solve ? -x[(j0 + k) * incx] : x[(j0 + k) * incx];
+      axpy_cols(rm, nb, rect, lda, buf, xr, incx);
+      if constexpr (!Solve) diag(j0, nb);
+    } else {
+      dot_cols<T, Conj>(rm, nb, rect, lda, xr, incx, buf);
+      if constexpr (Solve) {
+        for (idx k = 0; k < nb; ++k) x[(j0 + k) * incx] = x[(j0 + k) * incx] - buf[k];
+        diag(j0, nb);
+      } else {
+        diag(j0, nb);
+        for (idx k = 0; k < nb; ++k) x[(j0 + k) * incx] = x[(j0 + k) * incx] + buf[k];
+      }
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Rank-1 and rank-2 updates of triangles (full or packed storage).
+
+template <class T, bool Herm, class S>
+void syr_cols(idx n, T alpha, const T *x, idx incx, const S &st) {
+  for (idx j = 0; j < n; ++j) {
+    Seg<T *> s = st.col(j);
+    T xj = x[j * incx];
+    T t = mul(alpha, opc<Herm>(xj));
+    T *d;
+    if (st.upper) {
+      axpy_vec<T, false>(j - s.r0, x + s.r0 * incx, incx, t, nullptr, 0, T(0), s.p);
+      d = s.p + (j - s.r0);
+    } else {
+      d = s.p;
+      axpy_vec<T, false>(s.r1 - j - 1, x + (j + 1) * incx, incx, t, nullptr, 0, T(0), s.p + 1);
+    }
+    if constexpr (Herm) *d = T(re(*d) + re(mul(xj, t)));
+    else *d = *d + mul(xj, t);
+  }
+}
+
+template <class T, bool Herm, class S>
+void syr2_cols(idx n, T alpha, const T *x, idx incx, const T *y, idx incy, const S &st) {
+  for (idx j = 0; j < n; ++j) {
+    Seg<T *> s = st.col(j);
+    T xj = x[j * incx], yj = y[j * incy];
+    T t1 = mul(alpha, opc<Herm>(yj));
+    T t2 = opc<Herm>(mul(alpha, xj));
+    T *d;
+    if (st.upper) {
+      axpy_vec<T, true>(j - s.r0, x + s.r0 * incx, incx, t1, y + s.r0 * incy, incy, t2, s.p);
+      d = s.p + (j - s.r0);
+    } else {
+      d = s.p;
+      axpy_vec<T, true>(s.r1 - j - 1, x + (j + 1) * incx, incx, t1, y + (j + 1) * incy, incy, t2,
+                        s.p + 1);
+    }
+    T v = mul(xj, t1) + mul(yj, t2);
+    if constexpr (Herm) *d = T(re(*d) + re(v));
+    else *d = *d + v;
+  }
+}
+
+}  // namespace l2
+}  // namespace NXL_CP_NS
+}  // namespace nxl
+
+#endif  // NXL_BLAS_LEVEL2_ALGOS_H

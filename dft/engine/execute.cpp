@@ -1,0 +1,357 @@
+// Plan execution: the node walk (Stockham passes, Bluestein, four-step), the
+// batch loop (per transform or in blocks of transforms in [j][q] layout), the
+// direct fast paths for unit-stride data, backward transforms by exchanging
+// real and imaginary parts, and the OpenMP team over blocks or over the rows
+// and columns of the four-step phases.
+#include <omp.h>
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "dft/engine/plan.h"
+#include "dft/engine/plan_impl.h"
+
+namespace nxl::dft {
+
+namespace {
+
+template <class R> inline SBuf<const R> cst(SBuf<R> b) { return {b.r, b.i, b.step}; }
+
+// Split buffer of c complex values at w: real half then imaginary half.
+template <class R> inline SBuf<R> carve(R *&w, long c) {
+  SBuf<R> b{w, w + pad16(c), 1};
+  w += 2 * pad16(c);
+  return b;
+}
+
+template <class R> inline int io_of(int xs, int ys) { return (xs == 2 ? 1 : 0) | (ys == 2 ? 2 : 0); }
+
+template <class R> void copy_seq(long cnt, SBuf<const R> x, SBuf<R> y) {
+  for (long e = 0; e < cnt; ++e) {
+    const R a = x.r[e * x.step], b = x.i[e * x.step];
+    y.r[e * y.step] = a;
+    y.i[e * y.step] = b;
+  }
+}
+
+template <class R>
+void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work) {
+  const long n = nd->n;
+  if (nd->nst == 0) {
+    copy_seq<R>(n * s0, x, y);
+    return;
+  }
+  R *w = work;
+  SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
+  const bool alias = nd->nst == 1 && (static_cast<const void *>(x.r) == y.r || static_cast<const void *>(x.i) == y.i ||
+                                      static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
+  SBuf<const R> src = x;
+  long s = s0;
+  for (int i = 0; i < nd->nst; ++i) {
+    const Stage &st = nd->st[i];
+    const bool last = i == nd->nst - 1;
+    SBuf<R> dst = last && !alias ? y : (i % 2 == 0 ? A : B);
+    const int io = io_of<R>(src.step, dst.step);
+    if (st.slot >= 0) {
+      if (s == 1 && st.tw1 >= 0)
+        k->pass1[st.slot][io](st.m, 1, nd->ar + st.tw1, nd->ai + st.tw1, src.r, src.i, dst.r, dst.i);
+      else
+        k->pass[st.slot][io](st.m, s, nd->ar + st.tw, nd->ai + st.tw, src.r, src.i, dst.r, dst.i);
+    } else {
+      k->gen[io](st.r, st.m, s, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r, src.i,
+                 dst.r, dst.i);
+    }
+    src = cst(dst);
+    s *= st.r;
+  }
+  if (alias) copy_seq<R>(n * s0, src, y);
+}
+
+template <class R>
+void exec_bluestein(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work) {
+  const long n = nd->n, M = nd->M;
+  R *w = work;
+  SBuf<R> a = carve(w, M * s0);
+  const R *cr = nd->ar, *ci = nd->ai, *kr = nd->ar + n, *ki = nd->ai + n;
+  k->bmul[io_of<R>(x.step, 1)](n, s0, cr, ci, x.r, x.i, a.r, a.i);
+  std::memset(a.r + n * s0, 0, sizeof(R) * static_cast<std::size_t>((M - n) * s0));
+  std::memset(a.i + n * s0, 0, sizeof(R) * static_cast<std::size_t>((M - n) * s0));
+  exec_node<R>(nd->sub, k, s0, cst(a), a, w, 1);
+  k->bmul[0](M, s0, kr, ki, a.r, a.i, a.r, a.i);
+  // Inverse transform by exchanging real and imaginary parts.
+  SBuf<R> sw{a.i, a.r, 1};
+  exec_node<R>(nd->sub, k, s0, cst(sw), sw, w, 1);
+  k->bmul[io_of<R>(1, y.step)](n, s0, cr, ci, a.r, a.i, y.r, y.i);
+}
+
+template <class R>
+void exec_fourstep(const Node<R> *nd, const KernelTable<R> *k, SBuf<const R> x, SBuf<R> y, R *work, int threads) {
+  const long n1 = nd->n1, n2 = nd->n2, B = nd->fs_block, mx = std::max(n1, n2);
+  R *w = work;
+  SBuf<R> W = carve(w, nd->n);
+  const long per = (node_work(nd, 1, 1) - 2 * pad16(nd->n));
+  R *tbase = w;
+  const long nb1 = (n2 + B - 1) / B, nb2 = (n1 + B - 1) / B;
+  const int nt = static_cast<int>(std::min<long>(threads, std::max(nb1, nb2)));
+#pragma omp parallel num_threads(nt) if (nt > 1)
+  {
+    R *tw = tbase + static_cast<long>(omp_get_thread_num()) * per;
+    SBuf<R> G = carve(tw, mx * B), Y = carve(tw, mx * B);
+    // Columns: n2 transforms of length n1, element j1 of column j2 at j1*n2 + j2.
+#pragma omp for schedule(static)
+    for (long bl = 0; bl < nb1; ++bl) {
+      const long q0 = bl * B, b = std::min(B, n2 - q0);
+      k->gather(n1, b, b, x.r + x.step * q0, x.i + x.step * q0, x.step * n2, x.step, G.r, G.i);
+      exec_node<R>(nd->sub, k, b, cst(G), Y, tw, 1);
+      k->scatter(n1, b, b, Y.r, Y.i, W.r + q0, W.i + q0, n2, 1, R(1), nd->ar + q0, nd->ai + q0, n2);
+    }
+    // Rows: n1 transforms of length n2; X[k1 + n1*k2] from row k1.
+#pragma omp for schedule(static)
+    for (long bl = 0; bl < nb2; ++bl) {
+      const long k0 = bl * B, b = std::min(B, n1 - k0);
+      k->gather(n2, b, b, W.r + k0 * n2, W.i + k0 * n2, 1, n2, G.r, G.i);
+      exec_node<R>(nd->sub2, k, b, cst(G), Y, tw, 1);
+      k->scatter(n2, b, b, Y.r, Y.i, y.r + y.step * k0, y.i + y.step * k0, y.step * n1, y.step, R(1), nullptr,
+                 nullptr, 0);
+    }
+  }
+}
+
+// Takes a free work slot of the plan (one per concurrent caller).
+template <class R> int acquire(const PlanBase<R> *pl) {
+  for (;;) {
+    for (int i = 0; i < pl->users; ++i) {
+      int z = 0;
+      if (pl->busy[i].load(std::memory_order_relaxed) == 0 &&
+          pl->busy[i].compare_exchange_strong(z, 1, std::memory_order_acquire))
+        return i;
+    }
+    std::this_thread::yield();
+  }
+}
+template <class R> void release(const PlanBase<R> *pl, int slot) { pl->busy[slot].store(0, std::memory_order_release); }
+
+template <class R> int team_size(const PlanBase<R> *pl, long units) {
+  if (pl->threads <= 1 || units <= 1 || omp_in_parallel()) return 1;
+  return static_cast<int>(std::min<long>(pl->threads, units));
+}
+
+// Unit-stride views the passes can read or write directly: step 2 for
+// interleaved pairs, step 1 for split arrays.
+template <class R> int direct_step(const R *re, const R *im, long stride) {
+  if (stride == 2 && (im == re + 1 || im + 1 == re)) return 2;
+  if (stride == 1 && re != im) return 1;
+  return 0;
+}
+
+template <class R> bool ranges_overlap(const R *a, long alen, const R *b, long blen) {
+  const R *a1 = a + alen, *b1 = b + blen;
+  return a < b1 && b < a1;
+}
+
+// Extent [lo, hi) in reals of a strided view of cnt elements, both parts.
+template <class R> void view_extent(const R *re, const R *im, long stride, long cnt, const R *&lo, long &len) {
+  const long span = stride >= 0 ? stride * (cnt - 1) : -stride * (cnt - 1);
+  const R *s0 = stride >= 0 ? re : re + stride * (cnt - 1);
+  const R *s1 = stride >= 0 ? im : im + stride * (cnt - 1);
+  lo = std::min(s0, s1);
+  len = (std::max(s0, s1) - lo) + span + 1;
+}
+
+}  // namespace
+
+template <class R>
+void exec_node(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
+               int threads) {
+  switch (nd->kind) {
+    case Node<R>::kStockham: exec_stockham<R>(nd, k, s0, x, y, work); break;
+    case Node<R>::kBluestein: exec_bluestein<R>(nd, k, s0, x, y, work); break;
+    case Node<R>::kFourStep: exec_fourstep<R>(nd, k, x, y, work, threads); break;
+  }
+}
+
+template <class R>
+int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out, R scale, long howmany) {
+  if (!pl) return 3;
+  const long hm = howmany < 0 ? pl->howmany : howmany;
+  if (hm == 0) return 0;
+  if (sign > 0) {
+    std::swap(in.re, in.im);
+    std::swap(out.re, out.im);
+  }
+  const KernelTable<R> *k = pl->k;
+  const long n = pl->n;
+  const int slot = acquire(pl);
+  R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
+  const Node<R> *root = pl->root;
+
+  if (pl->block > 1 && hm > 1) {
+    const long B = pl->block, nb = (hm + B - 1) / B;
+    const int nt = team_size(pl, nb);
+#pragma omp parallel num_threads(nt) if (nt > 1)
+    {
+      R *w = base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+      SBuf<R> G = carve(w, (n + 1) * B), Y = carve(w, (n + 1) * B);
+#pragma omp for schedule(static)
+      for (long bl = 0; bl < nb; ++bl) {
+        const long q0 = bl * B, b = std::min(B, hm - q0);
+        k->gather(n, b, b, in.re + q0 * in.dist, in.im + q0 * in.dist, in.stride, in.dist, G.r, G.i);
+        exec_node<R>(root, k, b, cst(G), Y, w, 1);
+        k->scatter(n, b, b, Y.r, Y.i, out.re + q0 * out.dist, out.im + q0 * out.dist, out.stride, out.dist, scale,
+                   nullptr, nullptr, 0);
+      }
+    }
+    release(pl, slot);
+    return 0;
+  }
+
+  const bool inner = root->kind == Node<R>::kFourStep;
+  const int nt = inner ? 1 : team_size(pl, hm);
+  const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
+  const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
+  const bool single_pass = root->kind == Node<R>::kStockham && root->nst <= 1;
+#pragma omp parallel num_threads(nt) if (nt > 1)
+  {
+    R *w = inner ? base : base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+    SBuf<R> G = carve(w, n + 1), Y = carve(w, n + 1);
+#pragma omp for schedule(static)
+    for (long t = 0; t < hm; ++t) {
+      const R *xr = in.re + t * in.dist, *xi = in.im + t * in.dist;
+      R *yr = out.re + t * out.dist, *yi = out.im + t * out.dist;
+      SBuf<const R> x{xr, xi, xs};
+      if (!xs) {
+        k->gather(n, 1, 1, xr, xi, in.stride, 0, G.r, G.i);
+        x = cst(G);
+      } else if (single_pass && ys) {
+        const R *lo_x, *lo_y;
+        long lx, ly;
+        view_extent(xr, xi, in.stride, n, lo_x, lx);
+        view_extent<R>(yr, yi, out.stride, n, lo_y, ly);
+        if (ranges_overlap(lo_x, lx, lo_y, ly)) {
+          k->gather(n, 1, 1, xr, xi, in.stride, 0, G.r, G.i);
+          x = cst(G);
+        }
+      }
+      if (ys) {
+        exec_node<R>(root, k, 1, x, SBuf<R>{yr, yi, ys}, w, inner_threads);
+        if (scale != R(1)) {
+          k->scale(n, 1, yr, out.stride, 0, scale);
+          k->scale(n, 1, yi, out.stride, 0, scale);
+        }
+      } else {
+        exec_node<R>(root, k, 1, x, Y, w, inner_threads);
+        k->scatter(n, 1, 1, Y.r, Y.i, yr, yi, out.stride, 0, scale, nullptr, nullptr, 0);
+      }
+    }
+  }
+  release(pl, slot);
+  return 0;
+}
+
+template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CView<R> out, R scale, long howmany) {
+  if (!pl) return 3;
+  const long hm = howmany < 0 ? pl->howmany : howmany;
+  if (hm == 0) return 0;
+  const KernelTable<R> *k = pl->k;
+  const long n = pl->n, len = pl->root->n, h = n / 2;
+  const bool even = n % 2 == 0;
+  const int slot = acquire(pl);
+  R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
+  const Node<R> *root = pl->root;
+  const bool inner = root->kind == Node<R>::kFourStep;
+  const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
+  const int nt = inner ? 1 : team_size(pl, nb);
+  const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
+#pragma omp parallel num_threads(nt) if (nt > 1)
+  {
+    R *w = inner ? base : base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+    SBuf<R> G = carve(w, (len + 1) * B), Y = carve(w, (len + 1) * B);
+#pragma omp for schedule(static)
+    for (long bl = 0; bl < nb; ++bl) {
+      const long q0 = bl * B, b = std::min(B, hm - q0);
+      const R *xp = in.p + q0 * in.dist;
+      R *yr = out.re + q0 * out.dist, *yi = out.im + q0 * out.dist;
+      if (even) {
+        SBuf<const R> x{xp, xp + 1, 2};
+        if (b > 1 || in.stride != 1) {
+          k->gather(h, b, b, xp, xp + in.stride, 2 * in.stride, in.dist, G.r, G.i);
+          x = cst(G);
+        }
+        exec_node<R>(root, k, b, x, Y, w, inner_threads);
+        k->r2c_post(h, b, Y.r, Y.i, pl->ur, pl->ui, yr, yi, out.stride, out.dist, scale);
+      } else {
+        k->gather(n, b, b, xp, xp, in.stride, in.dist, G.r, G.i);
+        std::memset(G.i, 0, sizeof(R) * static_cast<std::size_t>(n * b));
+        exec_node<R>(root, k, b, cst(G), Y, w, inner_threads);
+        k->scatter(h + 1, b, b, Y.r, Y.i, yr, yi, out.stride, out.dist, scale, nullptr, nullptr, 0);
+      }
+    }
+  }
+  release(pl, slot);
+  return 0;
+}
+
+template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RView<R> out, R scale, long howmany) {
+  if (!pl) return 3;
+  const long hm = howmany < 0 ? pl->howmany : howmany;
+  if (hm == 0) return 0;
+  const KernelTable<R> *k = pl->k;
+  const long n = pl->n, len = pl->root->n, h = n / 2;
+  const bool even = n % 2 == 0;
+  const int slot = acquire(pl);
+  R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
+  const Node<R> *root = pl->root;
+  const bool inner = root->kind == Node<R>::kFourStep;
+  const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
+  const int nt = inner ? 1 : team_size(pl, nb);
+  const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
+#pragma omp parallel num_threads(nt) if (nt > 1)
+  {
+    R *w = inner ? base : base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+    SBuf<R> G = carve(w, (len + 1) * B), Y = carve(w, (len + 1) * B);
+#pragma omp for schedule(static)
+    for (long bl = 0; bl < nb; ++bl) {
+      const long q0 = bl * B, b = std::min(B, hm - q0);
+      const R *xr = in.re + q0 * in.dist, *xi = in.im + q0 * in.dist;
+      R *yp = out.p + q0 * out.dist;
+      if (even) {
+        k->c2r_pre(h, b, xr, xi, in.stride, in.dist, pl->ur, pl->ui, G.r, G.i);
+        SBuf<const R> gs{G.i, G.r, 1};
+        if (b == 1 && out.stride == 1) {
+          exec_node<R>(root, k, 1, gs, SBuf<R>{yp + 1, yp, 2}, w, inner_threads);
+          if (scale != R(1)) k->scale(n, 1, yp, 1, 0, scale);
+        } else {
+          exec_node<R>(root, k, b, gs, SBuf<R>{Y.i, Y.r, 1}, w, inner_threads);
+          k->scatter(h, b, b, Y.r, Y.i, yp, yp + out.stride, 2 * out.stride, out.dist, scale, nullptr, nullptr, 0);
+        }
+      } else {
+        // Full conjugate-even spectrum, then a complex backward transform.
+        k->gather(h + 1, b, b, xr, xi, in.stride, in.dist, G.r, G.i);
+        for (long q = 0; q < b; ++q) G.i[q] = R(0);
+        for (long kk = 1; kk <= h; ++kk)
+          for (long q = 0; q < b; ++q) {
+            G.r[(n - kk) * b + q] = G.r[kk * b + q];
+            G.i[(n - kk) * b + q] = -G.i[kk * b + q];
+          }
+        exec_node<R>(root, k, b, SBuf<const R>{G.i, G.r, 1}, SBuf<R>{Y.i, Y.r, 1}, w, inner_threads);
+        for (long q = 0; q < b; ++q)
+          for (long j = 0; j < n; ++j) yp[q * out.dist + j * out.stride] = Y.r[j * b + q] * scale;
+      }
+    }
+  }
+  release(pl, slot);
+  return 0;
+}
+
+#define NXL_DFT_INSTANTIATE_EXEC(R)                                                                  \
+  template void exec_node<R>(const Node<R> *, const KernelTable<R> *, long, SBuf<const R>, SBuf<R>, R *, \
+                             int);                                                                   \
+  template int c2c_execute<R>(const C2CPlan<R> *, int, CView<const R>, CView<R>, R, long);          \
+  template int r2c_execute<R>(const R2CPlan<R> *, RView<const R>, CView<R>, R, long);               \
+  template int c2r_execute<R>(const R2CPlan<R> *, CView<const R>, RView<R>, R, long);
+NXL_DFT_INSTANTIATE_EXEC(float)
+NXL_DFT_INSTANTIATE_EXEC(double)
+
+}  // namespace nxl::dft

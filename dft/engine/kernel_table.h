@@ -1,0 +1,69 @@
+// The table of transform kernels one code path provides.
+//
+// All kernels work on SPLIT complex data (separate real and imaginary
+// arrays). An "io" variant index selects the element step of the input and of
+// the output: bit 0 set = the input has step 2 (interleaved re/im pairs, the
+// imaginary pointer being re + 1), bit 1 set = the same for the output. Step 1
+// is a plain split array. All kernels compute FORWARD transforms; the engine
+// obtains backward ones by exchanging the real and imaginary pointers of both
+// input and output (conj(DFT(conj x)) = swap(DFT(swap x))).
+//
+// Stockham autosort pass of radix r on a sequence in "[j][q]" layout: the
+// current sub-transforms have length L = r*m and are interleaved with stride s
+// (s counts the transforms already split off times the batch width s0):
+//   a_j      = x[q + s*(p + j*m)]                       j < r, p < m, q < s
+//   y[q + s*(r*p + k)] = w^(p*k) * sum_j a_j exp(-2 pi i j k / r),  w = exp(-2 pi i / L)
+// The twiddles of a pass are w^(p*k) for k = 1..r-1: layout [p][k-1] for the
+// q-innermost kernels (`pass`) and [k-1][p] for the p-innermost kernels
+// (`pass1`, used when s == 1).
+#ifndef NXL_DFT_KERNEL_TABLE_H
+#define NXL_DFT_KERNEL_TABLE_H
+
+namespace nxl::dft {
+
+// Radices with an unrolled butterfly, in kernel-table order.
+enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kNumRadix };
+inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16};
+
+template <class R> struct KernelTable {
+  using Pass = void (*)(long m, long s, const R *twr, const R *twi, const R *xr, const R *xi, R *yr,
+                        R *yi);
+  // Generic odd radix r: roots exp(-2 pi i e / r), e < r, in rr/ri.
+  using GenPass = void (*)(long r, long m, long s, const R *twr, const R *twi, const R *rr,
+                           const R *ri, const R *xr, const R *xi, R *yr, R *yi);
+  Pass pass[kNumRadix][4];
+  Pass pass1[kNumRadix][4];
+  GenPass gen[4];
+
+  // y[(j*s0 + q)*YS] = w_j * x[(j*s0 + q)*XS] for j < n, q < s0 (io variant as above;
+  // x == y allowed when the steps are equal).
+  void (*bmul[4])(long n, long s0, const R *wr, const R *wi, const R *xr, const R *xi, R *yr, R *yi);
+
+  // Gather b transforms of n points from a strided view into split [j][q]
+  // layout with row length ld: y[j*ld + q] = x[q*dist + j*stride].
+  void (*gather)(long n, long b, long ld, const R *re, const R *im, long stride, long dist, R *yr,
+                 R *yi);
+  // The reverse, scaled: x[q*dist + k*stride] = scale * y[k*ld + q]; when wr is
+  // not null every value is first multiplied by (wr, wi)[k*wld + q].
+  void (*scatter)(long n, long b, long ld, const R *yr, const R *yi, R *re, R *im, long stride,
+                  long dist, R scale, const R *wr, const R *wi, long wld);
+
+  // Real forward untangle. Z (h values per transform, [k][q] layout, row
+  // length s0) is the h-point transform of z_j = x_2j + i x_2j+1; writes
+  // X_k, k = 0..h, of each of the s0 transforms to re/im[q*dist + k*stride],
+  // scaled. ur/ui: exp(-2 pi i k / 2h), k = 0..h.
+  void (*r2c_post)(long h, long s0, const R *zr, const R *zi, const R *ur, const R *ui, R *re, R *im,
+                   long stride, long dist, R scale);
+  // Real backward pre-pass: from X_k, k = 0..h, at re/im[q*dist + k*stride],
+  // forms Z_k = (X_k + conj X_{h-k}) + i conj(u_k) (X_k - conj X_{h-k}),
+  // k < h, in [k][q] layout (row length s0). The imaginary parts of X_0 and
+  // X_h are ignored.
+  void (*c2r_pre)(long h, long s0, const R *re, const R *im, long stride, long dist, const R *ur,
+                  const R *ui, R *zr, R *zi);
+  // x[i] *= scale on a strided set: b sequences of n values.
+  void (*scale)(long n, long b, R *p, long stride, long dist, R scale);
+};
+
+}  // namespace nxl::dft
+
+#endif  // NXL_DFT_KERNEL_TABLE_H
