@@ -116,16 +116,25 @@ void print_row(const Row &r, double ours, double theirs) {
   std::fflush(stdout);
 }
 
-// Times `call(lib)` on our library and the peer; flops per call given.
-template <class Call>
+// Times call(f) with f the entry `name` (of type F) of our library and of
+// the peer, looked up once before timing; flops per call given.
+template <class F, class Call>
 void measure(const bench::Options &opt, const Blas &self, const Blas *peer, const Row &r, double flops,
-             Call call) {
+             const std::string &name, Call call) {
+  F mine = reinterpret_cast<F>(self.sym(name.c_str()));
+  if (!mine) {
+    std::printf("%s: no entry %s\n", r.what.c_str(), name.c_str());
+    return;
+  }
   self.threads(r.threads);
-  double ours = flops / bench::time_call([&] { call(self); }, opt.min_time) * 1e-9;
+  double ours = flops / bench::time_call([&] { call(mine); }, opt.min_time) * 1e-9;
   double theirs = 0;
   if (peer && peer->handle) {
-    peer->threads(r.threads);
-    theirs = flops / bench::time_call([&] { call(*peer); }, opt.min_time) * 1e-9;
+    F other = reinterpret_cast<F>(peer->sym(name.c_str()));
+    if (other) {
+      peer->threads(r.threads);
+      theirs = flops / bench::time_call([&] { call(other); }, opt.min_time) * 1e-9;
+    }
   }
   print_row(r, ours, theirs);
 }
@@ -158,9 +167,8 @@ void gemm_rows(const bench::Options &opt, const Context &cx, const std::vector<l
     for (auto &tr : trans)
       for (int t : opt.threads) {
         Row r{std::string(1, prefix<T>()) + "gemm " + tr, n, t};
-        measure(opt, cx.self, cx.peer_ptr(), r, fma_flops<T>() * double(n) * n * n, [&](const Blas &lib) {
-          auto f = reinterpret_cast<gemm_fn<T>>(lib.sym(name.c_str()));
-          const idx N = n;
+        const idx N = n;
+        measure<gemm_fn<T>>(opt, cx.self, cx.peer_ptr(), r, fma_flops<T>() * double(n) * n * n, name, [&](gemm_fn<T> f) {
           const char ta[2] = {tr[0], 0}, tb[2] = {tr[1], 0};
           f(ta, tb, &N, &N, &N, &alpha, A.data(), &N, B.data(), &N, &beta, C.data(), &N);
         });
@@ -182,8 +190,8 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
     const Blas *peer = cx.peer_ptr();
     auto row = [&](std::string what) { return Row{std::string(1, p) + what, n, t}; };
     const std::string gname = nm("gemm");
-    measure(opt, cx.self, peer, row("gemm NN"), ff * nn, [&](const Blas &lib) {
-      reinterpret_cast<gemm_fn<T>>(lib.sym(gname.c_str()))("N", "N", &N, &N, &N, &alpha, A.data(), &N, B.data(),
+    measure<gemm_fn<T>>(opt, cx.self, peer, row("gemm NN"), ff * nn, gname, [&](gemm_fn<T> f) {
+      f("N", "N", &N, &N, &N, &alpha, A.data(), &N, B.data(),
                                                            &N, &beta, C.data(), &N);
     });
     for (const char *su : {"LU", "RL"}) {
@@ -191,8 +199,8 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
       for (const char *r : {"symm", "hemm"}) {
         if (r[0] == 'h' && !cplx<T>) continue;
         const std::string name = nm(r);
-        measure(opt, cx.self, peer, row(std::string(r) + " " + su), ff * nn, [&](const Blas &lib) {
-          reinterpret_cast<symm_fn<T>>(lib.sym(name.c_str()))(s, u, &N, &N, &alpha, A.data(), &N, B.data(), &N,
+        measure<symm_fn<T>>(opt, cx.self, peer, row(std::string(r) + " " + su), ff * nn, name, [&](symm_fn<T> f) {
+          f(s, u, &N, &N, &alpha, A.data(), &N, B.data(), &N,
                                                               &beta, C.data(), &N);
         });
       }
@@ -200,20 +208,20 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
     for (const char *ut : {"UN", "LT"}) {
       const char u[2] = {ut[0], 0}, tr[2] = {ut[1], 0}, trh[2] = {ut[1] == 'T' ? 'C' : 'N', 0};
       const std::string syrk = nm("syrk"), syr2k = nm("syr2k"), herk = nm("herk"), her2k = nm("her2k");
-      measure(opt, cx.self, peer, row(std::string("syrk ") + ut), ff * nn / 2, [&](const Blas &lib) {
-        reinterpret_cast<syrk_fn<T, T>>(lib.sym(syrk.c_str()))(u, tr, &N, &N, &alpha, A.data(), &N, &beta, C.data(), &N);
+      measure<syrk_fn<T, T>>(opt, cx.self, peer, row(std::string("syrk ") + ut), ff * nn / 2, syrk, [&](syrk_fn<T, T> f) {
+        f(u, tr, &N, &N, &alpha, A.data(), &N, &beta, C.data(), &N);
       });
-      measure(opt, cx.self, peer, row(std::string("syr2k ") + ut), ff * nn, [&](const Blas &lib) {
-        reinterpret_cast<syr2k_fn<T, T>>(lib.sym(syr2k.c_str()))(u, tr, &N, &N, &alpha, A.data(), &N, B.data(), &N,
+      measure<syr2k_fn<T, T>>(opt, cx.self, peer, row(std::string("syr2k ") + ut), ff * nn, syr2k, [&](syr2k_fn<T, T> f) {
+        f(u, tr, &N, &N, &alpha, A.data(), &N, B.data(), &N,
                                                                  &beta, C.data(), &N);
       });
       if constexpr (cplx<T>) {
-        measure(opt, cx.self, peer, row(std::string("herk ") + u + trh), ff * nn / 2, [&](const Blas &lib) {
-          reinterpret_cast<syrk_fn<T, R>>(lib.sym(herk.c_str()))(u, trh, &N, &N, &ralpha, A.data(), &N, &rbeta,
+        measure<syrk_fn<T, R>>(opt, cx.self, peer, row(std::string("herk ") + u + trh), ff * nn / 2, herk, [&](syrk_fn<T, R> f) {
+          f(u, trh, &N, &N, &ralpha, A.data(), &N, &rbeta,
                                                                   C.data(), &N);
         });
-        measure(opt, cx.self, peer, row(std::string("her2k ") + u + trh), ff * nn, [&](const Blas &lib) {
-          reinterpret_cast<syr2k_fn<T, R>>(lib.sym(her2k.c_str()))(u, trh, &N, &N, &alpha, A.data(), &N, B.data(),
+        measure<syr2k_fn<T, R>>(opt, cx.self, peer, row(std::string("her2k ") + u + trh), ff * nn, her2k, [&](syr2k_fn<T, R> f) {
+          f(u, trh, &N, &N, &alpha, A.data(), &N, B.data(),
                                                                     &N, &rbeta, C.data(), &N);
         });
       }
@@ -223,8 +231,8 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
         const std::string name = nm(r);
         const char s[2] = {sut[0], 0}, u[2] = {sut[1], 0}, tr[2] = {sut[2], 0};
         const T one = T(1);
-        measure(opt, cx.self, peer, row(std::string(r) + " " + sut), ff * nn / 2, [&](const Blas &lib) {
-          reinterpret_cast<trxm_fn<T>>(lib.sym(name.c_str()))(s, u, tr, "N", &N, &N, &one, Tr.data(), &N,
+        measure<trxm_fn<T>>(opt, cx.self, peer, row(std::string(r) + " " + sut), ff * nn / 2, name, [&](trxm_fn<T> f) {
+          f(s, u, tr, "N", &N, &N, &one, Tr.data(), &N,
                                                               B.data(), &N);
         });
       }

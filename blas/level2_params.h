@@ -76,6 +76,32 @@
    const T *y, const nxl_int *incy, T *ap, int luplo)
 #define NXL_L2_SPR2_A (uplo, n, alpha, x, incx, y, incy, ap, luplo)
 
+// Column-range parts of symv/hemv, syr/her and syr2/her2 for the threaded
+// dispatch: columns [c0, c1) of the stored triangle; symv adds into a
+// private contiguous vector yp.
+#define NXL_L2_SYMV_PART_P(T)                                                              \
+  (const char *uplo, const nxl_int *n, const nxl_int *c0, const nxl_int *c1, const T *alpha, \
+   const T *a, const nxl_int *lda, const T *x, const nxl_int *incx, T *yp)
+#define NXL_L2_SYMV_PART_A (uplo, n, c0, c1, alpha, a, lda, x, incx, yp)
+#define NXL_L2_SYR_PART_P(T, R)                                                            \
+  (const char *uplo, const nxl_int *n, const nxl_int *c0, const nxl_int *c1, const R *alpha, \
+   const T *x, const nxl_int *incx, T *a, const nxl_int *lda)
+#define NXL_L2_SYR_PART_A (uplo, n, c0, c1, alpha, x, incx, a, lda)
+#define NXL_L2_SYR2_PART_P(T)                                                              \
+  (const char *uplo, const nxl_int *n, const nxl_int *c0, const nxl_int *c1, const T *alpha, \
+   const T *x, const nxl_int *incx, const T *y, const nxl_int *incy, T *a, const nxl_int *lda)
+#define NXL_L2_SYR2_PART_A (uplo, n, c0, c1, alpha, x, incx, y, incy, a, lda)
+
+#define NXL_L2_PARTS(X, p, T, R, sy, syr, syr2)                                        \
+  X(p##sy##_part, , T, R, NXL_L2_SYMV_PART_P(T), NXL_L2_SYMV_PART_A)                   \
+  X(p##syr##_part, , T, R, NXL_L2_SYR_PART_P(T, R), NXL_L2_SYR_PART_A)                 \
+  X(p##syr2##_part, , T, R, NXL_L2_SYR2_PART_P(T), NXL_L2_SYR2_PART_A)
+#define NXL_L2_ALL_PARTS(X)                                          \
+  NXL_L2_PARTS(X, s, float, float, symv, syr, syr2)                  \
+  NXL_L2_PARTS(X, d, double, double, symv, syr, syr2)                \
+  NXL_L2_PARTS(X, c, std::complex<float>, float, hemv, her, her2)    \
+  NXL_L2_PARTS(X, z, std::complex<double>, double, hemv, her, her2)
+
 // X(routine, dispatch family, element type, real type, parameter list,
 // argument list) for every level-2 routine of the four precisions. Real and
 // complex precisions differ in names only (symv/hemv, ger/geru+gerc, ...).

@@ -29,6 +29,20 @@ def header_functions(include_dir):
     # headers brought in by keeping what follows the first nxl typedef.
     start = pre.find("typedef long long int nxl_int")
     pre = pre[start:] if start >= 0 else pre
+    # Attributes and extensions are not declarations of their own.
+    while True:
+        at = pre.find("__attribute__")
+        if at < 0:
+            break
+        i = pre.index("(", at)
+        depth = 0
+        while True:
+            depth += {"(": 1, ")": -1}.get(pre[i], 0)
+            i += 1
+            if depth == 0:
+                break
+        pre = pre[:at] + " " + pre[i:]
+    pre = re.sub(r"__(?:extension|inline|restrict)__", " ", pre)
     names = set()
     for stmt in re.split(r"[;{}]", pre):
         s = " ".join(stmt.split())

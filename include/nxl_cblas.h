@@ -4,7 +4,6 @@
 #ifndef NXL_CBLAS_H
 #define NXL_CBLAS_H
 
-#include <stddef.h>
 #include "nxl_types.h"
 
 #ifdef __cplusplus
@@ -18,7 +17,7 @@ typedef enum CBLAS_DIAG { CblasNonUnit = 131, CblasUnit = 132 } CBLAS_DIAG;
 typedef enum CBLAS_SIDE { CblasLeft = 141, CblasRight = 142 } CBLAS_SIDE;
 typedef CBLAS_LAYOUT CBLAS_ORDER;
 #ifndef CBLAS_INDEX
-#define CBLAS_INDEX size_t
+#define CBLAS_INDEX __SIZE_TYPE__ /* size_t */
 #endif
 
 float cblas_sdot(nxl_int n, const float *x, nxl_int incx, const float *y, nxl_int incy);

@@ -52,6 +52,12 @@ NXL_LB_DECL4(void, swap, NXL_LB_SWAP)
 NXL_LB_DECL4(void, copy, NXL_LB_COPY)
 #define NXL_LB_AXPY(T) (const nxl_int *, const T *, const T *, const nxl_int *, T *, const nxl_int *)
 NXL_LB_DECL4(void, axpy, NXL_LB_AXPY)
+#define NXL_LB_SYMM(T) (const char *, const char *, const nxl_int *, const nxl_int *, const T *, const T *, \
+  const nxl_int *, const T *, const nxl_int *, const T *, T *, const nxl_int *, int, int)
+extern "C" void nxl_blas_ssymm NXL_LB_SYMM(float);
+extern "C" void nxl_blas_dsymm NXL_LB_SYMM(double);
+extern "C" void nxl_blas_chemm NXL_LB_SYMM(nxl_c8);
+extern "C" void nxl_blas_zhemm NXL_LB_SYMM(nxl_c16);
 #define NXL_LB_SYMV(T) (const char *, const nxl_int *, const T *, const T *, const nxl_int *, \
   const T *, const nxl_int *, const T *, T *, const nxl_int *, int)
 #undef NXL_LB_DECL4
@@ -185,6 +191,18 @@ NXL_LB_HEMV(double, nxl_blas_dsymv)
 NXL_LB_HEMV(nxl_c8, nxl_blas_chemv)
 NXL_LB_HEMV(nxl_c16, nxl_blas_zhemv)
 #undef NXL_LB_HEMV
+
+// Symmetric (real) or Hermitian (complex) matrix product from one triangle.
+#define NXL_LB_HEMM(T, f)                                                                           \
+  inline void hemm(char side, char u, idx m, idx n, T al, const T *a, idx lda, const T *b, idx ldb, T be, \
+                   T *c, idx ldc) {                                                                 \
+    f(&side, &u, &m, &n, &al, a, &lda, b, &ldb, &be, c, &ldc, 1, 1);                               \
+  }
+NXL_LB_HEMM(float, nxl_blas_ssymm)
+NXL_LB_HEMM(double, nxl_blas_dsymm)
+NXL_LB_HEMM(nxl_c8, nxl_blas_chemm)
+NXL_LB_HEMM(nxl_c16, nxl_blas_zhemm)
+#undef NXL_LB_HEMM
 
 // Index (1-based) of the first element of largest |re| + |im|.
 inline idx iamax(idx n, const float *x, idx inc) { return nxl_blas_isamax(&n, x, &inc); }

@@ -3,9 +3,13 @@
 //
 // Threaded routines split their output so that every element is computed by
 // one thread with the same kernel and the same summation order as a call on
-// one thread: gemv and gbmv split rows of y ("N") or columns ("T", "C"), ger
-// splits columns of A.
+// one thread: gemv and gbmv split rows of y ("N") or columns ("T", "C"), ger,
+// syr/her and syr2/her2 split columns of A. symv/hemv splits the stored
+// columns; each thread sums its columns' contributions into a private vector
+// and the team adds those in thread order.
 #include <omp.h>
+
+#include <cmath>
 
 #include "blas/level2.h"
 #include "blas/level2_params.h"
@@ -14,11 +18,25 @@
 
 #define NXL_L2_DECLARE(name, fam, T, R, P, A) extern "C" void nxl_blas_x##name P;
 NXL_L2_ALL_ROUTINES(NXL_L2_DECLARE)
+NXL_L2_ALL_PARTS(NXL_L2_DECLARE)
 
 namespace nxl {
 namespace {
 
 using l2idx = nxl_int;
+
+// The column-range kernels of one precision.
+template <class T> struct Parts;
+#define NXL_L2_PARTS_OF(T, p, n1, n2, n3)                 \
+  template <> struct Parts<T> {                           \
+    static constexpr auto symv = nxl_blas_x##p##n1##_part; \
+    static constexpr auto syr = nxl_blas_x##p##n2##_part;  \
+    static constexpr auto syr2 = nxl_blas_x##p##n3##_part; \
+  };
+NXL_L2_PARTS_OF(float, s, symv, syr, syr2)
+NXL_L2_PARTS_OF(double, d, symv, syr, syr2)
+NXL_L2_PARTS_OF(std::complex<float>, c, hemv, her, her2)
+NXL_L2_PARTS_OF(std::complex<double>, z, hemv, her, her2)
 
 // Matrix elements per thread below which another thread does not pay.
 constexpr double kMinWorkPerThread = 32768.0;
@@ -41,6 +59,17 @@ void split_range(l2idx n, int t, int nt, l2idx align, l2idx &lo, l2idx &hi) {
   chunk = (chunk + align - 1) / align * align;
   lo = chunk * t < n ? chunk * t : n;
   hi = lo + chunk < n ? lo + chunk : n;
+}
+
+// First column of part t of nt of a triangle, balancing the stored elements
+// (upper: column j holds j+1, lower: n-j), in multiples of 64 columns.
+l2idx triangle_split(l2idx n, int t, int nt, bool upper) {
+  if (t <= 0) return 0;
+  if (t >= nt) return n;
+  double f = double(t) / double(nt);
+  double c = upper ? double(n) * std::sqrt(f) : double(n) * (1.0 - std::sqrt(1.0 - f));
+  l2idx ci = (l2idx(c) + 32) / 64 * 64;
+  return ci < n ? ci : n;
 }
 
 // Sub-vector of elements [start, start+len) of an n-vector with increment inc.
@@ -140,10 +169,47 @@ void gbmv_d NXL_L2_GBMV_P(T) {
   });
 }
 
+// symv/hemv above the threading threshold always runs as kSymvParts column
+// parts (by stored area) summed in part order, whatever the team size, so
+// that the result does not depend on the number of threads.
+constexpr int kSymvParts = 4;
+
 template <class T, class R, void (*X) NXL_L2_SYMV_P(T)>
 void symv_d NXL_L2_SYMV_P(T) {
-  if (*n <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
-  X(uplo, n, alpha, a, lda, x, incx, beta, y, incy, 1);
+  const l2idx nn = *n;
+  if (nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const double work = 0.5 * double(nn) * double(nn);
+  T *buf = nullptr;
+  if (!is_zero(*alpha) && work >= 2 * kMinWorkPerThread)
+    buf = static_cast<T *>(nxl_serv_allocate(sizeof(T) * size_t(nn) * kSymvParts, 64));
+  if (!buf) {
+    X(uplo, n, alpha, a, lda, x, incx, beta, y, incy, 1);
+    return;
+  }
+  int nt = team_size(work);
+  if (nt > kSymvParts) nt = kSymvParts;
+  const bool upper = nxl_serv_lsame(uplo, "U", 1, 1) != 0;
+  const l2idx iy = *incy;
+  const T b = *beta;
+  run_team(nt, [&](int t, int nth) {
+    for (int part = t; part < kSymvParts; part += nth) {
+      T *yp = buf + size_t(part) * size_t(nn);
+      for (l2idx i = 0; i < nn; ++i) yp[i] = T(0);
+      const l2idx c0 = triangle_split(nn, part, kSymvParts, upper);
+      const l2idx c1 = triangle_split(nn, part + 1, kSymvParts, upper);
+      if (c1 > c0) Parts<T>::symv(uplo, n, &c0, &c1, alpha, a, lda, x, incx, yp);
+    }
+#pragma omp barrier
+    l2idx lo, hi;
+    split_range(nn, t, nth, line_elems<T>(), lo, hi);
+    for (l2idx i = lo; i < hi; ++i) {
+      T s = buf[i];
+      for (int u = 1; u < kSymvParts; ++u) s = s + buf[size_t(u) * size_t(nn) + size_t(i)];
+      T &yi = y[iy > 0 ? i * iy : (nn - 1 - i) * (-iy)];
+      yi = is_zero(b) ? s : mul(b, yi) + s;
+    }
+  });
+  nxl_serv_deallocate(buf);
 }
 
 template <class T, class R, void (*X) NXL_L2_SBMV_P(T)>
@@ -195,16 +261,31 @@ void ger_d NXL_L2_GER_P(T) {
   });
 }
 
+// Columns of the triangle split among a team, each part by its own kernel.
+template <class F>
+void triangle_team(const char *uplo, l2idx n, F part) {
+  const int nt = team_size(0.5 * double(n) * double(n));
+  const bool upper = nxl_serv_lsame(uplo, "U", 1, 1) != 0;
+  run_team(nt, [&](int t, int nth) {
+    const l2idx c0 = triangle_split(n, t, nth, upper), c1 = triangle_split(n, t + 1, nth, upper);
+    if (c1 > c0) part(&c0, &c1);
+  });
+}
+
 template <class T, class R, void (*X) NXL_L2_SYR_P(T, R)>
 void syr_d NXL_L2_SYR_P(T, R) {
   if (*n <= 0 || *alpha == R(0)) return;
-  X(uplo, n, alpha, x, incx, a, lda, 1);
+  triangle_team(uplo, *n, [&](const l2idx *c0, const l2idx *c1) {
+    Parts<T>::syr(uplo, n, c0, c1, alpha, x, incx, a, lda);
+  });
 }
 
 template <class T, class R, void (*X) NXL_L2_SYR2_P(T)>
 void syr2_d NXL_L2_SYR2_P(T) {
   if (*n <= 0 || is_zero(*alpha)) return;
-  X(uplo, n, alpha, x, incx, y, incy, a, lda, 1);
+  triangle_team(uplo, *n, [&](const l2idx *c0, const l2idx *c1) {
+    Parts<T>::syr2(uplo, n, c0, c1, alpha, x, incx, y, incy, a, lda);
+  });
 }
 
 template <class T, class R, void (*X) NXL_L2_SPR_P(T, R)>

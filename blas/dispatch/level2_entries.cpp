@@ -6,3 +6,4 @@
 #define NXL_L2_ENTRY(name, fam, T, R, P, A) NXL_CP_ENTRY(void, nxl_blas_x##name, nxl_blas_, _x##name, P, A)
 
 NXL_L2_ALL_ROUTINES(NXL_L2_ENTRY)
+NXL_L2_ALL_PARTS(NXL_L2_ENTRY)

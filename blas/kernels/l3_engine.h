@@ -235,23 +235,31 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
 
 template <class T> inline T beta_times(T beta, T c) { return mul(beta, c); }
 
-// C(0:mr, 0:nr) = t + beta * C, where t has leading dimension ldt.
+// One column of a tile: c = t + beta * c.
+template <class T, int N>
+inline void store_col(T *__restrict c, const T *__restrict s, int n, T beta, bmode bm) {
+  const int len = N > 0 ? N : n;
+  switch (bm) {
+    case bmode::zero:
+      for (int i = 0; i < len; ++i) c[i] = s[i];
+      break;
+    case bmode::one:
+      for (int i = 0; i < len; ++i) c[i] = c[i] + s[i];
+      break;
+    case bmode::general:
+      for (int i = 0; i < len; ++i) c[i] = beta_times(beta, c[i]) + s[i];
+      break;
+  }
+}
+
+// C(0:mr, 0:nr) = t + beta * C, where t has leading dimension MR.
 template <class T>
-inline void store_full(T *C, idx ldc, int mr, int nr, const T *t, int ldt, T beta, bmode bm) {
-  for (int j = 0; j < nr; ++j) {
-    T *c = C + j * ldc;
-    const T *s = t + j * ldt;
-    switch (bm) {
-      case bmode::zero:
-        for (int i = 0; i < mr; ++i) c[i] = s[i];
-        break;
-      case bmode::one:
-        for (int i = 0; i < mr; ++i) c[i] = c[i] + s[i];
-        break;
-      case bmode::general:
-        for (int i = 0; i < mr; ++i) c[i] = beta_times(beta, c[i]) + s[i];
-        break;
-    }
+inline void store_full(T *C, idx ldc, int mr, int nr, const T *t, T beta, bmode bm) {
+  constexpr int MR = blk<T>::MR;
+  if (mr == MR) {
+    for (int j = 0; j < nr; ++j) store_col<T, MR>(C + j * ldc, t + j * MR, MR, beta, bm);
+  } else {
+    for (int j = 0; j < nr; ++j) store_col<T, 0>(C + j * ldc, t + j * MR, mr, beta, bm);
   }
 }
 
@@ -457,10 +465,15 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
               klo = khi = 0;
             }
             const R *ap = ws.apack + (ir / MR) * U::MR * kc * cf;
-            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile);
             T *c = C + (ic + ir) + (jc + jr) * ldc;
+            // Bring the C tile towards L1 while the micro-kernel runs.
+            for (int j = 0; j < nr; ++j) {
+              __builtin_prefetch(c + j * ldc, 1, 3);
+              __builtin_prefetch(reinterpret_cast<const char *>(c + j * ldc) + (mr * sizeof(T) - 1), 1, 3);
+            }
+            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile);
             if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, bm, ti, tj, sh);
-            else store_full(c, ldc, mr, nr, tt, MR, beta, bm);
+            else store_full(c, ldc, mr, nr, tt, beta, bm);
           }
         }
       }
@@ -476,6 +489,74 @@ void gemm(workspace<T> &ws, bool ta, bool ca, bool tb, bool cb, idx m, idx n, id
           const T *a, idx lda, const T *b, idx ldb, T beta, T *c, idx ldc) {
   gemm_core(ws, general_view(a, lda, ta, ca), general_view(b, ldb, tb, cb), m, n, k, alpha, beta,
             c, ldc, shape{});
+}
+
+// Small real products without packing into panels and without a heap block:
+// op(A) is copied once (zero-padded to MB-row strips) into a stack buffer,
+// B is read in place, and each MB x NB block of C is accumulated in
+// registers over the whole depth. Used for m, n, k <= small_max.
+constexpr idx small_max = 64;
+template <class T> constexpr idx cb_copy_elems() { return is_complex_v<T> ? small_max * small_max : 1; }
+
+template <class T, int MB, int NB>
+void small_blocks(idx m, idx n, idx k, T alpha, const T *ap, idx ldp, const T *b, idx ldb, bool tb,
+                  T beta, T *c, idx ldc) {
+  const bmode bm = beta_mode(beta);
+  for (idx j0 = 0; j0 < n; j0 += NB) {
+    const int nj = int(std::min<idx>(NB, n - j0));
+    for (idx i0 = 0; i0 < m; i0 += MB) {
+      const int mi = int(std::min<idx>(MB, m - i0));
+      T acc[NB][MB];
+      for (int j = 0; j < NB; ++j)
+        for (int i = 0; i < MB; ++i) acc[j][i] = T(0);
+      const T *a = ap + i0;
+      for (idx p = 0; p < k; ++p) {
+        T bv[NB];
+        for (int j = 0; j < NB; ++j)
+          bv[j] = j < nj ? (tb ? b[(j0 + j) + p * ldb] : b[p + (j0 + j) * ldb]) : T(0);
+        for (int j = 0; j < NB; ++j)
+          for (int i = 0; i < MB; ++i) acc[j][i] += mul(a[i], bv[j]);
+        a += ldp;
+      }
+      for (int j = 0; j < nj; ++j) {
+        T *cc = c + i0 + (j0 + j) * ldc;
+        for (int i = 0; i < mi; ++i) {
+          const T v = mul(alpha, acc[j][i]);
+          cc[i] = bm == bmode::zero ? v : bm == bmode::one ? cc[i] + v : mul(beta, cc[i]) + v;
+        }
+      }
+    }
+  }
+}
+
+template <class T>
+void gemm_small(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, const T *a, idx lda,
+                const T *b, idx ldb, T beta, T *c, idx ldc) {
+  constexpr int W = is_complex_v<T> ? 4 : 64 / int(sizeof(T));  // rows per strip unit
+  const idx ldp = (m + W - 1) / W * W;
+  alignas(64) T ap[small_max * small_max + 64];
+  for (idx p = 0; p < k; ++p) {
+    T *d = ap + p * ldp;
+    if (ta)
+      for (idx i = 0; i < m; ++i) d[i] = a[p + i * lda];
+    else
+      for (idx i = 0; i < m; ++i) d[i] = a[i + p * lda];
+    if (ca)
+      for (idx i = 0; i < m; ++i) d[i] = nxl::NXL_CP_NS::conj(d[i]);
+    for (idx i = m; i < ldp; ++i) d[i] = T(0);
+  }
+  // B with conjugation goes through a copy of its k x n part as well.
+  alignas(64) T bc[cb_copy_elems<T>()];
+  if (cb) {
+    for (idx j = 0; j < n; ++j)
+      for (idx p = 0; p < k; ++p) bc[p + j * k] = nxl::NXL_CP_NS::conj(tb ? b[j + p * ldb] : b[p + j * ldb]);
+    b = bc;
+    ldb = k;
+    tb = false;
+  }
+  if (m <= W) small_blocks<T, W, 8>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
+  else if (m <= 2 * W) small_blocks<T, 2 * W, 6>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
+  else small_blocks<T, 4 * W, 3>(m, n, k, alpha, ap, ldp, b, ldb, tb, beta, c, ldc);
 }
 
 // symm / hemm: the packing of A mirrors its stored triangle.

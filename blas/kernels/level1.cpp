@@ -24,16 +24,18 @@ template <class T, bool Conj> T dot(idx n, const T *x, idx incx, const T *y, idx
   } else {
     using R = real_t<T>;
     const R *xf = flat(x), *yf = flat(y);
-    R rr, ii, ri, ir;
     if (incx == 1 && incy == 1) {
-      rr = block_sum<R>(n, [&](idx k) { return xf[2 * k] * yf[2 * k]; });
-      ii = block_sum<R>(n, [&](idx k) { return xf[2 * k + 1] * yf[2 * k + 1]; });
-      ri = block_sum<R>(n, [&](idx k) { return xf[2 * k] * yf[2 * k + 1]; });
-      ir = block_sum<R>(n, [&](idx k) { return xf[2 * k + 1] * yf[2 * k]; });
+      // Products of matching parts split by parity give rr and ii, of
+      // crossed parts ri and ir.
+      R rr, ii, ri, ir;
+      block_sum_parity<R>(
+          2 * n, [&](idx k) { return xf[k] * yf[k]; }, [&](idx k) { return xf[k] * yf[k ^ 1]; }, rr, ii,
+          ri, ir);
+      return Conj ? T(rr + ii, ri - ir) : T(rr - ii, ri + ir);
     } else {
       xf = flat(first(x, n, incx));
       yf = flat(first(y, n, incy));
-      rr = ii = ri = ir = 0;
+      R rr = 0, ii = 0, ri = 0, ir = 0;
       for (idx i = 0; i < n; ++i) {
         R xr = xf[2 * i * incx], xi = xf[2 * i * incx + 1];
         R yr = yf[2 * i * incy], yi = yf[2 * i * incy + 1];
@@ -42,8 +44,8 @@ template <class T, bool Conj> T dot(idx n, const T *x, idx incx, const T *y, idx
         ri += xr * yi;
         ir += xi * yr;
       }
+      return Conj ? T(rr + ii, ri - ir) : T(rr - ii, ri + ir);
     }
-    return Conj ? T(rr + ii, ri - ir) : T(rr - ii, ri + ir);
   }
 }
 
@@ -252,6 +254,12 @@ template <class T> real_t<T> nrm2(idx n, const T *x, idx incx) {
     auto big = [&](R v) { R a = std::fabs(v); return a > tbig ? (a * sbig) * (a * sbig) : R(0); };
     auto sml = [&](R v) { R a = std::fabs(v); return a < tsml ? (a * ssml) * (a * ssml) : R(0); };
     auto med = [&](R v) { R a = std::fabs(v); return (a > tbig || a < tsml) ? R(0) : a * a; };
+    // Most vectors need no scaling: one pass of plain squares is the result
+    // whenever it neither overflowed nor fell into the range where
+    // underflowed squares could matter.
+    const R plain = incx == 1 ? block_sum<R>(m, [&](idx k) { return xf[k] * xf[k]; })
+                              : block_sum<R>(m, [&](idx k) { return at(k) * at(k); });
+    if (plain <= L::max() && plain >= tsml * tsml * R(1ull << 52)) return std::sqrt(plain);
     R abig, asml, amed;
     if (incx == 1) {
       abig = block_sum<R>(m, [&](idx k) { return big(xf[k]); });

@@ -45,6 +45,28 @@ template <class R, class F> inline R block_sum(idx m, F f) {
   return s;
 }
 
+// Two sums in one pass over an even count m, each split by the parity of k
+// (the real and imaginary parts of interleaved complex data):
+// f0 = sum f(k) over even k, f1 over odd k, and likewise for g.
+template <class R, class F, class G>
+inline void block_sum_parity(idx m, F f, G g, R &f0, R &f1, R &g0, R &g1) {
+  constexpr int L = vec_bytes / int(sizeof(R));
+  using V = R __attribute__((ext_vector_type(L)));
+  V af[2] = {}, ag[2] = {};
+  idx k = 0;
+  for (; k + 2 * L <= m; k += 2 * L)
+    for (int u = 0; u < 2; ++u) {
+      V tf, tg;
+      for (int j = 0; j < L; ++j) tf[j] = f(k + u * L + j), tg[j] = g(k + u * L + j);
+      af[u] += tf;
+      ag[u] += tg;
+    }
+  const V vf = af[0] + af[1], vg = ag[0] + ag[1];
+  f0 = f1 = g0 = g1 = 0;
+  for (int j = 0; j < L; j += 2) f0 += vf[j], f1 += vf[j + 1], g0 += vg[j], g1 += vg[j + 1];
+  for (; k < m; k += 2) f0 += f(k), f1 += f(k + 1), g0 += g(k), g1 += g(k + 1);
+}
+
 // Lanes per register, for the index search.
 template <class R> inline constexpr int acc_lanes = 4 * vec_bytes / int(sizeof(R));
 

@@ -154,12 +154,15 @@ void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy
   }
 }
 
+// The contribution of the stored columns [c0, c1) (c0 a multiple of kNB) of
+// a full-storage matrix: a diagonal block with the column algorithm and the
+// rectangle beside it in one fused pass.
 template <class T, bool Herm>
-void symv_full(bool upper, idx n, T alpha, const T *a, idx lda, const T *x, idx incx, T *y,
-               idx incy) {
+void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, const T *x,
+               idx incx, T *y, idx incy) {
   T t[kNB], out[kNB];
-  for (idx j0 = 0; j0 < n; j0 += kNB) {
-    const idx nb = n - j0 < kNB ? n - j0 : kNB, j1 = j0 + nb;
+  for (idx j0 = c0; j0 < c1; j0 += kNB) {
+    const idx nb = c1 - j0 < kNB ? c1 - j0 : kNB, j1 = j0 + nb;
     for (idx k = 0; k < nb; ++k) t[k] = mul(alpha, x[(j0 + k) * incx]);
     FullSt<const T *> blk{a + j0 + j0 * lda, lda, upper, nb};
     if (upper) {
@@ -304,11 +307,12 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
 }
 
 // ---------------------------------------------------------------------------
-// Rank-1 and rank-2 updates of triangles (full or packed storage).
+// Rank-1 and rank-2 updates of the columns [c0, c1) of a triangle (full or
+// packed storage); columns are independent of each other.
 
 template <class T, bool Herm, class S>
-void syr_cols(idx n, T alpha, const T *x, idx incx, const S &st) {
-  for (idx j = 0; j < n; ++j) {
+void syr_cols(idx c0, idx c1, T alpha, const T *x, idx incx, const S &st) {
+  for (idx j = c0; j < c1; ++j) {
     Seg<T *> s = st.col(j);
     T xj = x[j * incx];
     T t = mul(alpha, opc<Herm>(xj));
@@ -326,8 +330,9 @@ void syr_cols(idx n, T alpha, const T *x, idx incx, const S &st) {
 }
 
 template <class T, bool Herm, class S>
-void syr2_cols(idx n, T alpha, const T *x, idx incx, const T *y, idx incy, const S &st) {
-  for (idx j = 0; j < n; ++j) {
+void syr2_cols(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,
+               const S &st) {
+  for (idx j = c0; j < c1; ++j) {
     Seg<T *> s = st.col(j);
     T xj = x[j * incx], yj = y[j * incy];
     T t1 = mul(alpha, opc<Herm>(yj));

@@ -97,9 +97,54 @@ inline T finish_dot(Blk &blk, int c) {
   }
 }
 
+// y += A t over NC columns, unit stride: a plain column sweep that the
+// compiler vectorises (complex: re/im pairs).
+template <class T, int NC>
+inline void axpy_unit(idx m, const T *a, idx lda, const T *t, T *__restrict y) {
+  using R = real_t<T>;
+  const R *ac[NC];
+  R tr[NC], ti[NC];
+  for (int c = 0; c < NC; ++c) {
+    ac[c] = reinterpret_cast<const R *>(a + c * lda);
+    tr[c] = re(t[c]);
+    ti[c] = im(t[c]);
+  }
+  R *__restrict yr = reinterpret_cast<R *>(y);
+  if constexpr (is_complex_v<T>) {
+    for (idx i = 0; i < m; ++i) {
+      R y0 = yr[2 * i], y1 = yr[2 * i + 1];
+      for (int c = 0; c < NC; ++c) {
+        const R a0 = ac[c][2 * i], a1 = ac[c][2 * i + 1];
+        y0 = y0 + a0 * tr[c] - a1 * ti[c];
+        y1 = y1 + a0 * ti[c] + a1 * tr[c];
+      }
+      yr[2 * i] = y0;
+      yr[2 * i + 1] = y1;
+    }
+  } else {
+    for (idx i = 0; i < m; ++i) {
+      R v = yr[i];
+      for (int c = 0; c < NC; ++c) v = v + ac[c][i] * tr[c];
+      yr[i] = v;
+    }
+  }
+}
+
 // NC columns of A starting at a (leading dimension lda), unit-stride vectors.
 template <class T, int NC, bool Conj, bool Axpy, bool Dot>
 inline void cols_unit(idx m, const T *a, idx lda, const T *t, T *y, const T *x, T *out) {
+  if constexpr (Axpy && !Dot) {
+    axpy_unit<T, NC>(m, a, lda, t, y);
+    return;
+  }
+  if constexpr (Axpy && Dot && is_complex_v<T>) {
+    // Complex columns: the dot products, then the sweep over the same
+    // columns while they are still in cache; one fused loop needs more
+    // shuffles per element than the two separate ones.
+    cols_unit<T, NC, Conj, false, true>(m, a, lda, t, y, x, out);
+    axpy_unit<T, NC>(m, a, lda, t, y);
+    return;
+  }
   using R = real_t<T>;
   constexpr bool Cx = is_complex_v<T>;
   constexpr int W = Cx ? 2 : 1;

@@ -22,23 +22,26 @@ void ger_k NXL_L2_GER_P(T) {
 }
 
 template <class T, bool Herm, bool Packed, class A>
-void syr_k(const char *uplo, idx n, A alpha, const T *x, idx incx, T *a, idx lda) {
+void syr_k(const char *uplo, idx n, idx c0, idx c1, A alpha, const T *x, idx incx, T *a,
+           idx lda) {
   if (n <= 0 || alpha == A(0)) return;
   const bool upper = upc(uplo) == 'U';
   x += vec_start(n, incx);
-  if constexpr (Packed) syr_cols<T, Herm>(n, T(alpha), x, incx, PackSt<T *>{a, upper, n});
-  else syr_cols<T, Herm>(n, T(alpha), x, incx, FullSt<T *>{a, lda, upper, n});
+  if constexpr (Packed) syr_cols<T, Herm>(c0, c1, T(alpha), x, incx, PackSt<T *>{a, upper, n});
+  else syr_cols<T, Herm>(c0, c1, T(alpha), x, incx, FullSt<T *>{a, lda, upper, n});
 }
 
 template <class T, bool Herm, bool Packed>
-void syr2_k(const char *uplo, idx n, T alpha, const T *x, idx incx, const T *y, idx incy, T *a,
-            idx lda) {
+void syr2_k(const char *uplo, idx n, idx c0, idx c1, T alpha, const T *x, idx incx, const T *y,
+            idx incy, T *a, idx lda) {
   if (n <= 0 || is_zero(alpha)) return;
   const bool upper = upc(uplo) == 'U';
   x += vec_start(n, incx);
   y += vec_start(n, incy);
-  if constexpr (Packed) syr2_cols<T, Herm>(n, alpha, x, incx, y, incy, PackSt<T *>{a, upper, n});
-  else syr2_cols<T, Herm>(n, alpha, x, incx, y, incy, FullSt<T *>{a, lda, upper, n});
+  if constexpr (Packed)
+    syr2_cols<T, Herm>(c0, c1, alpha, x, incx, y, incy, PackSt<T *>{a, upper, n});
+  else
+    syr2_cols<T, Herm>(c0, c1, alpha, x, incx, y, incy, FullSt<T *>{a, lda, upper, n});
 }
 
 }  // namespace l2
@@ -47,16 +50,22 @@ void syr2_k(const char *uplo, idx n, T alpha, const T *x, idx incx, const T *y, 
 
 #define NXL_L2_K_SYM(p, T, R, H, syr, syr2, spr, spr2)                                     \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##syr) NXL_L2_SYR_P(T, R) {                   \
-    nxl::l2::syr_k<T, H, false>(uplo, *n, *alpha, x, *incx, a, *lda);                       \
+    nxl::l2::syr_k<T, H, false>(uplo, *n, 0, *n, *alpha, x, *incx, a, *lda);                \
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##syr2) NXL_L2_SYR2_P(T) {                    \
-    nxl::l2::syr2_k<T, H, false>(uplo, *n, *alpha, x, *incx, y, *incy, a, *lda);            \
+    nxl::l2::syr2_k<T, H, false>(uplo, *n, 0, *n, *alpha, x, *incx, y, *incy, a, *lda);     \
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##spr) NXL_L2_SPR_P(T, R) {                   \
-    nxl::l2::syr_k<T, H, true>(uplo, *n, *alpha, x, *incx, ap, 0);                          \
+    nxl::l2::syr_k<T, H, true>(uplo, *n, 0, *n, *alpha, x, *incx, ap, 0);                   \
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##spr2) NXL_L2_SPR2_P(T) {                    \
-    nxl::l2::syr2_k<T, H, true>(uplo, *n, *alpha, x, *incx, y, *incy, ap, 0);               \
+    nxl::l2::syr2_k<T, H, true>(uplo, *n, 0, *n, *alpha, x, *incx, y, *incy, ap, 0);        \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##syr##_part) NXL_L2_SYR_PART_P(T, R) {       \
+    nxl::l2::syr_k<T, H, false>(uplo, *n, *c0, *c1, *alpha, x, *incx, a, *lda);             \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##syr2##_part) NXL_L2_SYR2_PART_P(T) {        \
+    nxl::l2::syr2_k<T, H, false>(uplo, *n, *c0, *c1, *alpha, x, *incx, y, *incy, a, *lda);  \
   }
 #define NXL_L2_K_GER(p, T, name, C)                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##name) NXL_L2_GER_P(T) {                     \

@@ -24,7 +24,7 @@ void symv_k NXL_L2_SYMV_P(T) {
   const idx nn = *n, ix = *incx, iy = *incy, ld = *lda;
   const T al = *alpha;
   sym_product<T>(uplo, nn, al, x, ix, *beta, y, iy, [&](bool upper, const T *xs, T *ys) {
-    symv_full<T, Herm>(upper, nn, al, a, ld, xs, ix, ys, iy);
+    symv_full<T, Herm>(upper, nn, 0, nn, al, a, ld, xs, ix, ys, iy);
   });
 }
 
@@ -46,6 +46,15 @@ void spmv_k NXL_L2_SPMV_P(T) {
   });
 }
 
+// Threaded ?symv/?hemv: yp (contiguous, n elements) += alpha times the
+// contribution of the stored columns [c0, c1).
+template <class T, bool Herm>
+void symv_part_k NXL_L2_SYMV_PART_P(T) {
+  const idx nn = *n, ix = *incx;
+  symv_full<T, Herm>(upc(uplo) == 'U', nn, *c0, *c1, *alpha, a, *lda, x + vec_start(nn, ix), ix,
+                     yp, 1);
+}
+
 }  // namespace l2
 }  // namespace NXL_CP_NS
 }  // namespace nxl
@@ -59,6 +68,9 @@ void spmv_k NXL_L2_SPMV_P(T) {
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##sp) NXL_L2_SPMV_P(T) {                      \
     nxl::l2::spmv_k<T, H> NXL_L2_SPMV_A;                                                   \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##sy##_part) NXL_L2_SYMV_PART_P(T) {          \
+    nxl::l2::symv_part_k<T, H> NXL_L2_SYMV_PART_A;                                         \
   }
 NXL_L2_K(s, float, false, symv, sbmv, spmv)
 NXL_L2_K(d, double, false, symv, sbmv, spmv)

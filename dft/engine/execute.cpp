@@ -17,6 +17,20 @@ namespace nxl::dft {
 
 namespace {
 
+// Runs body(thread, lo, hi) over [0, units) split statically among nt
+// threads; with one thread, directly on the caller (no parallel region).
+template <class F> void team(int nt, long units, F &&body) {
+  if (nt <= 1) {
+    body(0, 0L, units);
+    return;
+  }
+#pragma omp parallel num_threads(nt)
+  {
+    const int t = omp_get_thread_num(), m = omp_get_num_threads();
+    body(t, units * t / m, units * (t + 1) / m);
+  }
+}
+
 template <class R> inline SBuf<const R> cst(SBuf<R> b) { return {b.r, b.i, b.step}; }
 
 // Split buffer of c complex values at w: real half then imaginary half.
@@ -36,6 +50,15 @@ template <class R> void copy_seq(long cnt, SBuf<const R> x, SBuf<R> y) {
   }
 }
 
+// Layout mode of a buffer for the first pass's input / last pass's output.
+template <class R> inline int mode_of(const R *r, const R *i, int step) {
+  if (step != 2) return 0;
+  return i == r + 1 ? 1 : 2;
+}
+template <class R> inline const R *base_of(const R *r, const R *i, int step) {
+  return step == 2 ? (r < i ? r : i) : r;
+}
+
 template <class R>
 void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work) {
   const long n = nd->n;
@@ -47,26 +70,42 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
   SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
   const bool alias = nd->nst == 1 && (static_cast<const void *>(x.r) == y.r || static_cast<const void *>(x.i) == y.i ||
                                       static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
+  const Stage &first = nd->st[0];
+  const bool first_p = s0 == 1 && first.slot >= 0 && first.tw1 >= 0;
   SBuf<const R> src = x;
+  if (x.step != 1 && !first_p) {
+    // Interleaved input the first pass cannot read: split it into B first.
+    k->gather(n * s0, 1, 1, x.r, x.i, 2, 0, B.r, B.i);
+    src = cst(B);
+  }
   long s = s0;
   for (int i = 0; i < nd->nst; ++i) {
     const Stage &st = nd->st[i];
     const bool last = i == nd->nst - 1;
-    SBuf<R> dst = last && !alias ? y : (i % 2 == 0 ? A : B);
-    const int io = io_of<R>(src.step, dst.step);
+    const bool use_p = i == 0 && first_p;
+    const bool q_pass = st.slot >= 0 && !use_p;
+    // The last pass writes y itself unless it cannot produce y's layout.
+    const bool to_y = last && !alias && (y.step == 1 || q_pass);
+    SBuf<R> dst = to_y ? y : (i % 2 == 0 ? A : B);
+    const int im = use_p ? mode_of(src.r, src.i, src.step) : 0;
+    const R *sr = use_p ? base_of(src.r, src.i, src.step) : src.r;
+    const int om = to_y ? mode_of<R>(dst.r, dst.i, dst.step) : 0;
+    R *dr = to_y ? const_cast<R *>(base_of<R>(dst.r, dst.i, dst.step)) : dst.r;
     if (st.slot >= 0) {
-      if (s == 1 && st.tw1 >= 0)
-        k->pass1[st.slot][io](st.m, 1, nd->ar + st.tw1, nd->ai + st.tw1, src.r, src.i, dst.r, dst.i);
-      else
-        k->pass[st.slot][io](st.m, s, nd->ar + st.tw, nd->ai + st.tw, src.r, src.i, dst.r, dst.i);
+      const typename KernelTable<R>::Pass f = use_p   ? (st.vec ? k->passv[im] : k->pass1[st.slot][im])
+                                              : s == 4 ? k->pass4[st.slot][om]
+                                              : s == 8 ? k->pass8[st.slot][om]
+                                                       : k->pass[st.slot][om];
+      const long t = use_p ? st.tw1 : st.tw;
+      f(st.m, s, nd->ar + t, nd->ai + t, sr, src.i, dr, dst.i);
     } else {
-      k->gen[io](st.r, st.m, s, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r, src.i,
-                 dst.r, dst.i);
+      k->gen(st.r, st.m, s, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r, src.i,
+             dst.r, dst.i);
     }
-    src = cst(dst);
+    src = SBuf<const R>{dst.r, dst.i, to_y ? y.step : 1};
     s *= st.r;
+    if (last && !to_y) k->scatter(n * s0, 1, 1, dst.r, dst.i, y.r, y.i, y.step, 0, R(1), nullptr, nullptr, 0);
   }
-  if (alias) copy_seq<R>(n * s0, src, y);
 }
 
 template <class R>
@@ -95,28 +134,29 @@ void exec_fourstep(const Node<R> *nd, const KernelTable<R> *k, SBuf<const R> x, 
   R *tbase = w;
   const long nb1 = (n2 + B - 1) / B, nb2 = (n1 + B - 1) / B;
   const int nt = static_cast<int>(std::min<long>(threads, std::max(nb1, nb2)));
-#pragma omp parallel num_threads(nt) if (nt > 1)
-  {
-    R *tw = tbase + static_cast<long>(omp_get_thread_num()) * per;
+  // Columns: n2 transforms of length n1, element j1 of column j2 at j1*n2 + j2.
+  team(nt, nb1, [&](int t, long lo, long hi) {
+    R *tw = tbase + static_cast<long>(t) * per;
     SBuf<R> G = carve(tw, mx * B), Y = carve(tw, mx * B);
-    // Columns: n2 transforms of length n1, element j1 of column j2 at j1*n2 + j2.
-#pragma omp for schedule(static)
-    for (long bl = 0; bl < nb1; ++bl) {
+    for (long bl = lo; bl < hi; ++bl) {
       const long q0 = bl * B, b = std::min(B, n2 - q0);
       k->gather(n1, b, b, x.r + x.step * q0, x.i + x.step * q0, x.step * n2, x.step, G.r, G.i);
       exec_node<R>(nd->sub, k, b, cst(G), Y, tw, 1);
       k->scatter(n1, b, b, Y.r, Y.i, W.r + q0, W.i + q0, n2, 1, R(1), nd->ar + q0, nd->ai + q0, n2);
     }
-    // Rows: n1 transforms of length n2; X[k1 + n1*k2] from row k1.
-#pragma omp for schedule(static)
-    for (long bl = 0; bl < nb2; ++bl) {
+  });
+  // Rows: n1 transforms of length n2; X[k1 + n1*k2] from row k1.
+  team(nt, nb2, [&](int t, long lo, long hi) {
+    R *tw = tbase + static_cast<long>(t) * per;
+    SBuf<R> G = carve(tw, mx * B), Y = carve(tw, mx * B);
+    for (long bl = lo; bl < hi; ++bl) {
       const long k0 = bl * B, b = std::min(B, n1 - k0);
       k->gather(n2, b, b, W.r + k0 * n2, W.i + k0 * n2, 1, n2, G.r, G.i);
       exec_node<R>(nd->sub2, k, b, cst(G), Y, tw, 1);
       k->scatter(n2, b, b, Y.r, Y.i, y.r + y.step * k0, y.i + y.step * k0, y.step * n1, y.step, R(1), nullptr,
                  nullptr, 0);
     }
-  }
+  });
 }
 
 // Takes a free work slot of the plan (one per concurrent caller).
@@ -190,19 +230,17 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   if (pl->block > 1 && hm > 1) {
     const long B = pl->block, nb = (hm + B - 1) / B;
     const int nt = team_size(pl, nb);
-#pragma omp parallel num_threads(nt) if (nt > 1)
-    {
-      R *w = base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+    team(nt, nb, [&](int th, long lo, long hi) {
+      R *w = base + static_cast<long>(th) * pl->per_thread;
       SBuf<R> G = carve(w, (n + 1) * B), Y = carve(w, (n + 1) * B);
-#pragma omp for schedule(static)
-      for (long bl = 0; bl < nb; ++bl) {
+      for (long bl = lo; bl < hi; ++bl) {
         const long q0 = bl * B, b = std::min(B, hm - q0);
         k->gather(n, b, b, in.re + q0 * in.dist, in.im + q0 * in.dist, in.stride, in.dist, G.r, G.i);
         exec_node<R>(root, k, b, cst(G), Y, w, 1);
         k->scatter(n, b, b, Y.r, Y.i, out.re + q0 * out.dist, out.im + q0 * out.dist, out.stride, out.dist, scale,
                    nullptr, nullptr, 0);
       }
-    }
+    });
     release(pl, slot);
     return 0;
   }
@@ -212,12 +250,10 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
   const bool single_pass = root->kind == Node<R>::kStockham && root->nst <= 1;
-#pragma omp parallel num_threads(nt) if (nt > 1)
-  {
-    R *w = inner ? base : base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+  team(nt, hm, [&](int th, long lo, long hi) {
+    R *w = inner ? base : base + static_cast<long>(th) * pl->per_thread;
     SBuf<R> G = carve(w, n + 1), Y = carve(w, n + 1);
-#pragma omp for schedule(static)
-    for (long t = 0; t < hm; ++t) {
+    for (long t = lo; t < hi; ++t) {
       const R *xr = in.re + t * in.dist, *xi = in.im + t * in.dist;
       R *yr = out.re + t * out.dist, *yi = out.im + t * out.dist;
       SBuf<const R> x{xr, xi, xs};
@@ -245,7 +281,7 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
         k->scatter(n, 1, 1, Y.r, Y.i, yr, yi, out.stride, 0, scale, nullptr, nullptr, 0);
       }
     }
-  }
+  });
   release(pl, slot);
   return 0;
 }
@@ -264,12 +300,10 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
-#pragma omp parallel num_threads(nt) if (nt > 1)
-  {
-    R *w = inner ? base : base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+  team(nt, nb, [&](int th, long lo, long hi) {
+    R *w = inner ? base : base + static_cast<long>(th) * pl->per_thread;
     SBuf<R> G = carve(w, (len + 1) * B), Y = carve(w, (len + 1) * B);
-#pragma omp for schedule(static)
-    for (long bl = 0; bl < nb; ++bl) {
+    for (long bl = lo; bl < hi; ++bl) {
       const long q0 = bl * B, b = std::min(B, hm - q0);
       const R *xp = in.p + q0 * in.dist;
       R *yr = out.re + q0 * out.dist, *yi = out.im + q0 * out.dist;
@@ -288,7 +322,7 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
         k->scatter(h + 1, b, b, Y.r, Y.i, yr, yi, out.stride, out.dist, scale, nullptr, nullptr, 0);
       }
     }
-  }
+  });
   release(pl, slot);
   return 0;
 }
@@ -307,12 +341,10 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
-#pragma omp parallel num_threads(nt) if (nt > 1)
-  {
-    R *w = inner ? base : base + static_cast<long>(omp_get_thread_num()) * pl->per_thread;
+  team(nt, nb, [&](int th, long lo, long hi) {
+    R *w = inner ? base : base + static_cast<long>(th) * pl->per_thread;
     SBuf<R> G = carve(w, (len + 1) * B), Y = carve(w, (len + 1) * B);
-#pragma omp for schedule(static)
-    for (long bl = 0; bl < nb; ++bl) {
+    for (long bl = lo; bl < hi; ++bl) {
       const long q0 = bl * B, b = std::min(B, hm - q0);
       const R *xr = in.re + q0 * in.dist, *xi = in.im + q0 * in.dist;
       R *yp = out.p + q0 * out.dist;
@@ -340,7 +372,7 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
           for (long j = 0; j < n; ++j) yp[q * out.dist + j * out.stride] = Y.r[j * b + q] * scale;
       }
     }
-  }
+  });
   release(pl, slot);
   return 0;
 }

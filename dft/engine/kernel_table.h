@@ -1,10 +1,10 @@
 // The table of transform kernels one code path provides.
 //
 // All kernels work on SPLIT complex data (separate real and imaginary
-// arrays). An "io" variant index selects the element step of the input and of
-// the output: bit 0 set = the input has step 2 (interleaved re/im pairs, the
-// imaginary pointer being re + 1), bit 1 set = the same for the output. Step 1
-// is a plain split array. All kernels compute FORWARD transforms; the engine
+// arrays), except where a layout mode says otherwise; `bmul` has "io"
+// variants selecting the element step of its input and output: bit 0 set =
+// the input has step 2 (interleaved re/im pairs), bit 1 set = the same for the
+// output. All kernels compute FORWARD transforms; the engine
 // obtains backward ones by exchanging the real and imaginary pointers of both
 // input and output (conj(DFT(conj x)) = swap(DFT(swap x))).
 //
@@ -31,9 +31,18 @@ template <class R> struct KernelTable {
   // Generic odd radix r: roots exp(-2 pi i e / r), e < r, in rr/ri.
   using GenPass = void (*)(long r, long m, long s, const R *twr, const R *twi, const R *rr,
                            const R *ri, const R *xr, const R *xi, R *yr, R *yi);
-  Pass pass[kNumRadix][4];
-  Pass pass1[kNumRadix][4];
-  GenPass gen[4];
+  // Layout modes of the first pass's input and the last pass's output:
+  // 0 split arrays, 1 interleaved pairs at xr[2e], xr[2e+1] (xi unused),
+  // 2 interleaved pairs stored (im, re).
+  Pass pass[kNumRadix][3];   // any s; [output mode]
+  Pass pass4[kNumRadix][3];  // s == 4; [output mode]
+  Pass pass8[kNumRadix][3];  // s == 8; [output mode]
+  Pass pass1[kNumRadix][3];  // s == 1; [input mode]
+  GenPass gen;
+  // First pass (s == 1) of radix `lanes` (the vector length: 2, 4, 8 or 16),
+  // vectorised with in-register transposes; needs m % lanes == 0. [input mode]
+  int lanes;
+  Pass passv[3];
 
   // y[(j*s0 + q)*YS] = w_j * x[(j*s0 + q)*XS] for j < n, q < s0 (io variant as above;
   // x == y allowed when the steps are equal).

@@ -65,21 +65,31 @@ int slot_of(int r) {
   return -1;
 }
 
-// Radices of a Stockham factorisation of n, in pass order: powers of two in
-// passes of 8 (one 16, 4 or 2 for the rest), the odd radices with kernels,
-// then the remaining primes (generic pass). Returns the count.
-int radices(long n, int *rs) {
-  int cnt = 0, e = 0;
+// Radices of a Stockham factorisation of n, in pass order. The first pass
+// (p innermost, s == 1) has the radix of the vector length (`lanes`, with
+// its in-register transposes) when lanes^2 divides n, else a 4 (or 2): its
+// outputs interleave with stride r, which the vectorised loop turns into
+// shuffles for r <= 4. Then the other powers of two, the odd radices with
+// kernels, and the remaining primes (generic pass). Returns the count.
+int radices(long n, int *rs, int lanes = 0) {
+  int cnt = 0, e = 0, le = 0;
+  for (int l = lanes; l > 1; l /= 2) ++le;
   while (n % 2 == 0) { n /= 2; ++e; }
-  int eights = e / 3, rest = e % 3;
-  int pw[64], np = 0;
-  if (rest == 1 && eights > 0) { --eights; pw[np++] = 16; }
-  else if (rest == 1) pw[np++] = 2;
-  else if (rest == 2) pw[np++] = 4;
-  for (int i = 0; i < eights; ++i) pw[np++] = 8;
-  // The first pass (p innermost) prefers 8 or 4: put the 16 last among the powers of two.
-  if (np > 1 && pw[0] == 16) { pw[0] = pw[np - 1]; pw[np - 1] = 16; }
-  for (int i = 0; i < np; ++i) rs[cnt++] = pw[i];
+  if (lanes >= 4 && e >= 2 * le) { rs[cnt++] = lanes; e -= le; }
+  else if (e >= 2) { rs[cnt++] = 4; e -= 2; }
+  else if (e == 1) { rs[cnt++] = 2; e = 0; }
+  // Passes of 16 in the middle; the last power-of-two pass is an 8, 4 or 2
+  // (its interleaved stores vectorise; a 16's do not).
+  int sixteens = e / 4;
+  const int rest = e % 4;
+  int tail[2], nt = 0;
+  if (rest == 0 && sixteens > 0) { --sixteens; tail[nt++] = 4; tail[nt++] = 4; }
+  else if (rest == 1 && sixteens > 0) { --sixteens; tail[nt++] = 4; tail[nt++] = 8; }
+  else if (rest == 1) tail[nt++] = 2;
+  else if (rest == 2) tail[nt++] = 4;
+  else if (rest == 3) tail[nt++] = 8;
+  for (int i = 0; i < sixteens; ++i) rs[cnt++] = 16;
+  for (int i = 0; i < nt; ++i) rs[cnt++] = tail[i];
   for (int p : {3, 5, 7, 11, 13})
     while (n % p == 0) { n /= p; rs[cnt++] = p; }
   for (long p = 17; p * p <= n; p += 2)
@@ -145,13 +155,13 @@ template <class R> constexpr long kFourStepMin = 65536L * 8 / static_cast<long>(
 
 template <class R> Node<R> *make_node(long n, bool top, const KernelTable<R> *k, std::size_t &bytes);
 
-template <class R> Node<R> *make_stockham(long n, std::size_t &bytes) {
+template <class R> Node<R> *make_stockham(long n, int lanes, std::size_t &bytes) {
   Node<R> *nd = new (std::nothrow) Node<R>;
   if (!nd) return nullptr;
   nd->kind = Node<R>::kStockham;
   nd->n = n;
   int rs[64];
-  const int c = n > 1 ? radices(n, rs) : 0;
+  const int c = n > 1 ? radices(n, rs, lanes) : 0;
   long total = 0, L = n;
   for (int i = 0; i < c; ++i) {
     const int r = rs[i];
@@ -165,6 +175,7 @@ template <class R> Node<R> *make_stockham(long n, std::size_t &bytes) {
     st.tw1 = -1;
     if (i == 0) { st.tw1 = total; total += st.m * (r - 1); }
     st.roots = -1;
+    st.vec = i == 0 && lanes > 1 && r == lanes && st.m % lanes == 0;
     if (st.slot < 0) { st.roots = total; total += r; }
     L /= r;
   }
@@ -302,7 +313,7 @@ template <class R> Node<R> *make_node(long n, bool top, const KernelTable<R> *k,
       if (n % d == 0) n1 = d;
     if (n1 >= 16) return make_fourstep<R>(n, n1, k, bytes);
   }
-  return make_stockham<R>(n, bytes);
+  return make_stockham<R>(n, k->lanes, bytes);
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ struct Stage {
   long tw;      // offset of the [p][k-1] twiddles in the node's arena
   long tw1;     // offset of the [k-1][p] twiddles (first stage only), else -1
   long roots;   // offset of the r roots of unity (generic pass), else -1
+  bool vec;     // first pass through the hand-vectorised kernel
 };
 
 template <class R> struct Node {

@@ -12,8 +12,15 @@
 // The reproducible build (cnr) compiles this file without contraction into
 // FMA; the expressions fix the order of every operation, so its results do not
 // depend on the processor.
+#include <type_traits>
+#include <utility>
+
 #include "dft/engine/kernel_table.h"
 #include "service/codepath.h"
+
+// Some layout variants cannot be vectorised with the narrower instruction
+// sets (e.g. interleaved stores of doubles with SSE2); they stay scalar.
+#pragma clang diagnostic ignored "-Wpass-failed"
 
 // Butterflies must be inlined into the vectorised loops.
 #define NXL_AI inline __attribute__((always_inline))
@@ -23,6 +30,20 @@ namespace NXL_CP_NS {
 namespace {
 
 using dft::KernelTable;
+
+// Bytes of the code path's vectors (the hand-vectorised first pass).
+constexpr int kVBytes = (NXL_CP == 6 || NXL_CP == 7) ? 64 : (NXL_CP == 4 || NXL_CP == 5) ? 32 : 16;
+template <class T, int W> struct Vec { typedef T type __attribute__((vector_size(W * sizeof(T)))); };
+
+// A constant of type T: a scalar, or a vector with every lane set.
+template <class T> inline __attribute__((always_inline)) T splat(double c) {
+  if constexpr (std::is_floating_point_v<T>) {
+    return static_cast<T>(c);
+  } else {
+    using E = std::remove_reference_t<decltype(std::declval<T &>()[0])>;
+    return T{} + static_cast<E>(c);
+  }
+}
 
 // cos and sin of 2 pi e / R, e < R.
 template <int R> struct Roots;
@@ -90,14 +111,14 @@ template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
     T t = xr; xr = -xi; xi = t;
   } else if constexpr (e16 == 2 || e16 == 6 || e16 == 10 || e16 == 14) {
     // (1 - i)/sqrt2 times a power of -i
-    const T h = T(0.7071067811865475244008444);
+    const T h = splat<T>(0.7071067811865475244008444);
     T a = (xr + xi) * h, b = (xi - xr) * h;  // times (1 - i)/sqrt2
     if constexpr (e16 == 2) { xr = a; xi = b; }
     else if constexpr (e16 == 6) { xr = b; xi = -a; }
     else if constexpr (e16 == 10) { xr = -a; xi = -b; }
     else { xr = -b; xi = a; }
   } else {
-    const T c = T(kC16[e16]), s = T(kC16[(e16 + 12) % 16]);  // cos, sin of 2 pi e16/16
+    const T c = splat<T>(kC16[e16]), s = splat<T>(kC16[(e16 + 12) % 16]);  // cos, sin of 2 pi e16/16
     T t = xr * c + xi * s;
     xi = xi * c - xr * s;
     xr = t;
@@ -142,10 +163,10 @@ template <int R, class T> struct BflyOdd {
     }
 #pragma clang loop unroll(full)
     for (int k = 1; k <= H; ++k) {
-      T er = ar[0], ei = ai[0], fr = T(0), fi = T(0);
+      T er = ar[0], ei = ai[0], fr = splat<T>(0), fi = splat<T>(0);
 #pragma clang loop unroll(full)
       for (int j = 1; j <= H; ++j) {
-        const T c = T(Roots<R>::c[(j * k) % R]), s = T(Roots<R>::s[(j * k) % R]);
+        const T c = splat<T>(Roots<R>::c[(j * k) % R]), s = splat<T>(Roots<R>::s[(j * k) % R]);
         er = er + c * sr[j]; ei = ei + c * si[j];
         fr = fr + s * dr[j]; fi = fi + s * di[j];
       }
@@ -199,23 +220,46 @@ template <int R1, int R2, class T> struct BflyComp {
 template <class T> struct Bfly<8, T> : BflyComp<2, 4, T> {};
 template <class T> struct Bfly<16, T> : BflyComp<4, 4, T> {};
 
-// Stockham pass, q innermost. The p = 0 column has unit twiddles.
-template <int R, int XS, int YS, class T>
-void pass_q(long m, long s, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
+// Element access by layout mode: 0 split arrays (r, i), 1 interleaved pairs
+// (re, im) at r[2e], r[2e+1], 2 interleaved and exchanged: (im, re) pairs.
+// With one base pointer and constant offsets the vectoriser sees whole
+// interleave groups.
+template <int M, class T> NXL_AI T ld_re(const T *r, const T *i, long e) {
+  if constexpr (M == 0) return r[e];
+  else if constexpr (M == 1) return r[2 * e];
+  else return r[2 * e + 1];
+}
+template <int M, class T> NXL_AI T ld_im(const T *r, const T *i, long e) {
+  if constexpr (M == 0) return i[e];
+  else if constexpr (M == 1) return r[2 * e + 1];
+  else return r[2 * e];
+}
+template <int M, class T> NXL_AI void st(T *r, T *i, long e, T vr, T vi) {
+  if constexpr (M == 0) { r[e] = vr; i[e] = vi; }
+  else if constexpr (M == 1) { r[2 * e] = vr; r[2 * e + 1] = vi; }
+  else { r[2 * e] = vi; r[2 * e + 1] = vr; }
+}
+
+// Stockham pass, q innermost (S > 0: the row length s is the constant S, so
+// that short rows still fill whole vectors; OM: output layout mode). The
+// p = 0 column has unit twiddles.
+template <int R, int S, int OM, class T>
+void pass_q(long m, long s_, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
             const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+  const long s = S > 0 ? S : s_;
   const long xj = s * m;
   for (long p = 0; p < m; ++p) {
-    const T *xr0 = xr + XS * s * p, *xi0 = xi + XS * s * p;
-    T *yr0 = yr + YS * s * R * p, *yi0 = yi + YS * s * R * p;
+    const T *xr0 = xr + s * p, *xi0 = xi + s * p;
+    const long y0 = s * R * p;
     if (p == 0) {
 #pragma omp simd
       for (long q = 0; q < s; ++q) {
         T ar[R], ai[R];
 #pragma clang loop unroll(full)
-        for (int j = 0; j < R; ++j) { ar[j] = xr0[XS * (q + j * xj)]; ai[j] = xi0[XS * (q + j * xj)]; }
+        for (int j = 0; j < R; ++j) { ar[j] = xr0[q + j * xj]; ai[j] = xi0[q + j * xj]; }
         Bfly<R, T>::run(ar, ai);
 #pragma clang loop unroll(full)
-        for (int k = 0; k < R; ++k) { yr0[YS * (q + k * s)] = ar[k]; yi0[YS * (q + k * s)] = ai[k]; }
+        for (int k = 0; k < R; ++k) st<OM>(yr, yi, y0 + q + k * s, ar[k], ai[k]);
       }
       continue;
     }
@@ -226,71 +270,147 @@ void pass_q(long m, long s, const T *__restrict twr, const T *__restrict twi, co
     for (long q = 0; q < s; ++q) {
       T ar[R], ai[R];
 #pragma clang loop unroll(full)
-      for (int j = 0; j < R; ++j) { ar[j] = xr0[XS * (q + j * xj)]; ai[j] = xi0[XS * (q + j * xj)]; }
+      for (int j = 0; j < R; ++j) { ar[j] = xr0[q + j * xj]; ai[j] = xi0[q + j * xj]; }
       Bfly<R, T>::run(ar, ai);
-      yr0[YS * q] = ar[0]; yi0[YS * q] = ai[0];
+      st<OM>(yr, yi, y0 + q, ar[0], ai[0]);
 #pragma clang loop unroll(full)
-      for (int k = 1; k < R; ++k) {
-        yr0[YS * (q + k * s)] = ar[k] * wr[k] - ai[k] * wi[k];
-        yi0[YS * (q + k * s)] = ar[k] * wi[k] + ai[k] * wr[k];
-      }
+      for (int k = 1; k < R; ++k)
+        st<OM>(yr, yi, y0 + q + k * s, ar[k] * wr[k] - ai[k] * wi[k], ar[k] * wi[k] + ai[k] * wr[k]);
     }
   }
 }
 
-// Stockham pass with s == 1, p innermost; twiddles in [k-1][p] layout.
-template <int R, int XS, int YS, class T>
+// Stockham pass with s == 1, p innermost; twiddles in [k-1][p] layout; IM:
+// input layout mode.
+template <int R, int IM, class T>
 void pass_p(long m, long, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
             const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
 #pragma omp simd
   for (long p = 0; p < m; ++p) {
     T ar[R], ai[R];
 #pragma clang loop unroll(full)
-    for (int j = 0; j < R; ++j) { ar[j] = xr[XS * (p + j * m)]; ai[j] = xi[XS * (p + j * m)]; }
+    for (int j = 0; j < R; ++j) { ar[j] = ld_re<IM>(xr, xi, p + j * m); ai[j] = ld_im<IM>(xr, xi, p + j * m); }
     Bfly<R, T>::run(ar, ai);
-    yr[YS * R * p] = ar[0]; yi[YS * R * p] = ai[0];
+    yr[R * p] = ar[0]; yi[R * p] = ai[0];
 #pragma clang loop unroll(full)
     for (int k = 1; k < R; ++k) {
       const T wr = twr[(k - 1) * m + p], wi = twi[(k - 1) * m + p];
-      yr[YS * (R * p + k)] = ar[k] * wr - ai[k] * wi;
-      yi[YS * (R * p + k)] = ar[k] * wi + ai[k] * wr;
+      yr[R * p + k] = ar[k] * wr - ai[k] * wi;
+      yi[R * p + k] = ar[k] * wi + ai[k] * wr;
+    }
+  }
+}
+
+// The first pass (s == 1) with R equal to the vector length W, vectorised by
+// hand: W butterflies at a time, their R outputs transposed in registers so
+// that each butterfly's outputs are stored as one contiguous vector. Needs
+// m % W == 0.
+template <class V> NXL_AI V vload(const void *p) {
+  V v;
+  __builtin_memcpy(&v, p, sizeof(V));
+  return v;
+}
+template <class V> NXL_AI void vstore(void *p, V v) { __builtin_memcpy(p, &v, sizeof(V)); }
+
+template <int W, int D, class V, std::size_t... I> NXL_AI V shuf_lo(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I & D) ? (W + I - D) : I)...);
+}
+template <int W, int D, class V, std::size_t... I> NXL_AI V shuf_hi(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I & D) ? (W + I) : (I + D))...);
+}
+// Transpose of a W x W block held as W row vectors, by log2(W) stages of
+// pairwise interleaves at distances 1, 2, 4, ...
+template <int W, int D, class V> NXL_AI void transpose(V *a) {
+  if constexpr (D < W) {
+#pragma clang loop unroll(full)
+    for (int r = 0; r < W; ++r) {
+      if (r & D) continue;
+      const V lo = shuf_lo<W, D>(a[r], a[r + D], std::make_index_sequence<W>{});
+      const V hi = shuf_hi<W, D>(a[r], a[r + D], std::make_index_sequence<W>{});
+      a[r] = lo;
+      a[r + D] = hi;
+    }
+    transpose<W, 2 * D>(a);
+  }
+}
+template <class V, std::size_t... I> NXL_AI V even(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, (2 * I)...);
+}
+template <class V, std::size_t... I> NXL_AI V odd(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, (2 * I + 1)...);
+}
+
+template <int IM, class T>
+void pass_v(long m, long, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
+            const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  constexpr int R = W;
+  using V = typename Vec<T, W>::type;
+  for (long p = 0; p + W <= m; p += W) {
+    V ar[R], ai[R];
+#pragma clang loop unroll(full)
+    for (int j = 0; j < R; ++j) {
+      if constexpr (IM == 0) {
+        ar[j] = vload<V>(xr + p + j * m);
+        ai[j] = vload<V>(xi + p + j * m);
+      } else {
+        const V a = vload<V>(xr + 2 * (p + j * m)), b = vload<V>(xr + 2 * (p + j * m) + W);
+        const V e = even(a, b, std::make_index_sequence<W>{}), o = odd(a, b, std::make_index_sequence<W>{});
+        ar[j] = IM == 1 ? e : o;
+        ai[j] = IM == 1 ? o : e;
+      }
+    }
+    Bfly<R, V>::run(ar, ai);
+#pragma clang loop unroll(full)
+    for (int k = 1; k < R; ++k) {
+      const V wr = vload<V>(twr + (k - 1) * m + p), wi = vload<V>(twi + (k - 1) * m + p);
+      const V a = ar[k], b = ai[k];
+      ar[k] = a * wr - b * wi;
+      ai[k] = a * wi + b * wr;
+    }
+    transpose<W, 1>(ar);
+    transpose<W, 1>(ai);
+#pragma clang loop unroll(full)
+    for (int q = 0; q < W; ++q) {
+      vstore(yr + R * (p + q), ar[q]);
+      vstore(yi + R * (p + q), ai[q]);
     }
   }
 }
 
 // Generic odd radix: for each output k, y_k = sum_j a_j w_r^(jk) accumulated
 // row by row (rows of s contiguous values), then the twiddle.
-template <int XS, int YS, class T>
+template <class T>
 void gen_pass(long r, long m, long s, const T *__restrict twr, const T *__restrict twi,
               const T *__restrict rr, const T *__restrict ri, const T *__restrict xr,
               const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
   const long xj = s * m;
   for (long p = 0; p < m; ++p) {
-    const T *xr0 = xr + XS * s * p, *xi0 = xi + XS * s * p;
+    const T *xr0 = xr + s * p, *xi0 = xi + s * p;
     for (long k = 0; k < r; ++k) {
-      T *yrk = yr + YS * s * (r * p + k), *yik = yi + YS * s * (r * p + k);
+      T *yrk = yr + s * (r * p + k), *yik = yi + s * (r * p + k);
 #pragma omp simd
-      for (long q = 0; q < s; ++q) { yrk[YS * q] = xr0[XS * q]; yik[YS * q] = xi0[XS * q]; }
+      for (long q = 0; q < s; ++q) { yrk[q] = xr0[q]; yik[q] = xi0[q]; }
       long e = 0;
       for (long j = 1; j < r; ++j) {
         e += k;
         if (e >= r) e -= r;
         const T cr = rr[e], ci = ri[e];
-        const T *xrj = xr0 + XS * j * xj, *xij = xi0 + XS * j * xj;
+        const T *xrj = xr0 + j * xj, *xij = xi0 + j * xj;
 #pragma omp simd
         for (long q = 0; q < s; ++q) {
-          const T a = xrj[XS * q], b = xij[XS * q];
-          yrk[YS * q] = yrk[YS * q] + (a * cr - b * ci);
-          yik[YS * q] = yik[YS * q] + (a * ci + b * cr);
+          const T a = xrj[q], b = xij[q];
+          yrk[q] = yrk[q] + (a * cr - b * ci);
+          yik[q] = yik[q] + (a * ci + b * cr);
         }
       }
       if (p > 0 && k > 0) {
         const T wr = twr[p * (r - 1) + k - 1], wi = twi[p * (r - 1) + k - 1];
 #pragma omp simd
         for (long q = 0; q < s; ++q) {
-          const T a = yrk[YS * q], b = yik[YS * q];
-          yrk[YS * q] = a * wr - b * wi;
-          yik[YS * q] = a * wi + b * wr;
+          const T a = yrk[q], b = yik[q];
+          yrk[q] = a * wr - b * wi;
+          yik[q] = a * wi + b * wr;
         }
       }
     }
@@ -320,6 +440,9 @@ void gather(long n, long b, long ld, const T *re, const T *im, long stride, long
     if (stride == 2 && im == re + 1) {
 #pragma omp simd
       for (long j = 0; j < n; ++j) { yr[j] = re[2 * j]; yi[j] = re[2 * j + 1]; }
+    } else if (stride == 2 && re == im + 1) {
+#pragma omp simd
+      for (long j = 0; j < n; ++j) { yr[j] = im[2 * j + 1]; yi[j] = im[2 * j]; }
     } else if (stride == 1) {
 #pragma omp simd
       for (long j = 0; j < n; ++j) { yr[j] = re[j]; yi[j] = im[j]; }
@@ -384,6 +507,9 @@ void scatter(long n, long b, long ld, const T *__restrict yr, const T *__restric
     if (stride == 2 && im == re + 1) {
 #pragma omp simd
       for (long k = 0; k < n; ++k) { re[2 * k] = yr[k] * scale; re[2 * k + 1] = yi[k] * scale; }
+    } else if (stride == 2 && re == im + 1) {
+#pragma omp simd
+      for (long k = 0; k < n; ++k) { im[2 * k + 1] = yr[k] * scale; im[2 * k] = yi[k] * scale; }
     } else if (stride == 1) {
 #pragma omp simd
       for (long k = 0; k < n; ++k) { re[k] = yr[k] * scale; im[k] = yi[k] * scale; }
@@ -419,10 +545,30 @@ void scatter(long n, long b, long ld, const T *__restrict yr, const T *__restric
 }
 
 // X_k = E_k + u_k O_k with E_k = (Z_k + conj Z_{h-k})/2, O_k = (Z_k - conj Z_{h-k})/(2i).
+template <int OM, class T>
+NXL_AI void r2c_one(long h, const T *__restrict zr, const T *__restrict zi, const T *__restrict ur,
+                    const T *__restrict ui, T *re, T *im, T half) {
+#pragma omp simd
+  for (long k = 1; k < h; ++k) {
+    const T ar = zr[k], ai = zi[k], br = zr[h - k], bi = zi[h - k];
+    const T er = ar + br, ei = ai - bi, or_ = ai + bi, oi = br - ar;
+    const T wr = ur[k], wi = ui[k];
+    st<OM>(re, im, k, (er + (wr * or_ - wi * oi)) * half, (ei + (wr * oi + wi * or_)) * half);
+  }
+}
+
 template <class T>
 void r2c_post(long h, long s0, const T *__restrict zr, const T *__restrict zi, const T *__restrict ur,
               const T *__restrict ui, T *re, T *im, long stride, long dist, T scale) {
   const T half = T(0.5) * scale;
+  if (s0 == 1 && h > 1 && stride == 2 && (im == re + 1 || re == im + 1)) {
+    if (im == re + 1) r2c_one<1>(h, zr, zi, ur, ui, re, im, half);
+    else r2c_one<2>(h, zr, zi, ur, ui, im, re, half);
+    const T z0r = zr[0], z0i = zi[0];
+    re[0] = (z0r + z0i) * scale; im[0] = T(0);
+    re[2 * h] = (z0r - z0i) * scale; im[2 * h] = T(0);
+    return;
+  }
   for (long k = 0; k <= h; ++k) {
     const long k1 = k == h ? 0 : k, k2 = k == 0 ? 0 : h - k;
     const T wr = ur[k], wi = ui[k];
@@ -439,9 +585,32 @@ void r2c_post(long h, long s0, const T *__restrict zr, const T *__restrict zi, c
   }
 }
 
+template <int IM, class T>
+NXL_AI void c2r_one(long h, const T *re, const T *im, const T *__restrict ur, const T *__restrict ui,
+                    T *__restrict zr, T *__restrict zi) {
+#pragma omp simd
+  for (long k = 1; k < h; ++k) {
+    const T xr = ld_re<IM>(re, im, k), xi = ld_im<IM>(re, im, k);
+    const T yr = ld_re<IM>(re, im, h - k), yi = -ld_im<IM>(re, im, h - k);
+    const T wr = ur[k], wi = -ui[k];
+    const T sr = xr + yr, si = xi + yi, dr = xr - yr, di = xi - yi;
+    zr[k] = sr - (wr * di + wi * dr);
+    zi[k] = si + (wr * dr - wi * di);
+  }
+}
+
 template <class T>
 void c2r_pre(long h, long s0, const T *re, const T *im, long stride, long dist, const T *__restrict ur,
              const T *__restrict ui, T *__restrict zr, T *__restrict zi) {
+  if (s0 == 1 && h > 1 && stride == 2 && (im == re + 1 || re == im + 1)) {
+    if (im == re + 1) c2r_one<1>(h, re, im, ur, ui, zr, zi);
+    else c2r_one<2>(h, im, re, ur, ui, zr, zi);
+    // k = 0: X_0 and X_h real.
+    const T x0 = re[0], xh = re[2 * h];
+    zr[0] = x0 + xh;
+    zi[0] = x0 - xh;
+    return;
+  }
   for (long k = 0; k < h; ++k) {
     const long k2 = h - k;
     const T wr = ur[k], wi = -ui[k];
@@ -472,14 +641,18 @@ template <class T> void scale(long n, long b, T *p, long stride, long dist, T s)
 }
 
 template <int R, class T> constexpr void fill_radix(KernelTable<T> &t, int slot) {
-  t.pass[slot][0] = pass_q<R, 1, 1, T>;
-  t.pass[slot][1] = pass_q<R, 2, 1, T>;
-  t.pass[slot][2] = pass_q<R, 1, 2, T>;
-  t.pass[slot][3] = pass_q<R, 2, 2, T>;
-  t.pass1[slot][0] = pass_p<R, 1, 1, T>;
-  t.pass1[slot][1] = pass_p<R, 2, 1, T>;
-  t.pass1[slot][2] = pass_p<R, 1, 2, T>;
-  t.pass1[slot][3] = pass_p<R, 2, 2, T>;
+  t.pass[slot][0] = pass_q<R, 0, 0, T>;
+  t.pass[slot][1] = pass_q<R, 0, 1, T>;
+  t.pass[slot][2] = pass_q<R, 0, 2, T>;
+  t.pass4[slot][0] = pass_q<R, 4, 0, T>;
+  t.pass4[slot][1] = pass_q<R, 4, 1, T>;
+  t.pass4[slot][2] = pass_q<R, 4, 2, T>;
+  t.pass8[slot][0] = pass_q<R, 8, 0, T>;
+  t.pass8[slot][1] = pass_q<R, 8, 1, T>;
+  t.pass8[slot][2] = pass_q<R, 8, 2, T>;
+  t.pass1[slot][0] = pass_p<R, 0, T>;
+  t.pass1[slot][1] = pass_p<R, 1, T>;
+  t.pass1[slot][2] = pass_p<R, 2, T>;
 }
 
 template <class T> constexpr KernelTable<T> make_table() {
@@ -493,10 +666,11 @@ template <class T> constexpr KernelTable<T> make_table() {
   fill_radix<11, T>(t, dft::kR11);
   fill_radix<13, T>(t, dft::kR13);
   fill_radix<16, T>(t, dft::kR16);
-  t.gen[0] = gen_pass<1, 1, T>;
-  t.gen[1] = gen_pass<2, 1, T>;
-  t.gen[2] = gen_pass<1, 2, T>;
-  t.gen[3] = gen_pass<2, 2, T>;
+  t.gen = gen_pass<T>;
+  t.lanes = kVBytes / static_cast<int>(sizeof(T));
+  t.passv[0] = pass_v<0, T>;
+  t.passv[1] = pass_v<1, T>;
+  t.passv[2] = pass_v<2, T>;
   t.bmul[0] = bmul<1, 1, T>;
   t.bmul[1] = bmul<2, 1, T>;
   t.bmul[2] = bmul<1, 2, T>;

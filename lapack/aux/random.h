@@ -41,8 +41,9 @@ template <class T> void larnv(const idx *pidist, idx *iseed, const idx *pn, T *x
   idx idist = *pidist, n = *pn;
   const double twopi = 6.28318530717958647692528676655900576839;
   R u[128];
-  idx per = is_complex_v<T> ? 2 : 1;
-  if (idist == 3) per *= 2;
+  // Uniforms per value: two for complex values and for the real normal
+  // distribution (Box-Muller), one otherwise; 64 values take at most 128.
+  idx per = (is_complex_v<T> || idist == 3) ? 2 : 1;
   for (idx i0 = 0; i0 < n; i0 += 64) {
     idx cnt = imin(64, n - i0);
     idx nu = cnt * per;
@@ -58,8 +59,8 @@ template <class T> void larnv(const idx *pidist, idx *iseed, const idx *pn, T *x
         if (idist == 1) x[i0 + i] = T(a, b);
         else if (idist == 2) x[i0 + i] = T(R(2) * a - R(1), R(2) * b - R(1));
         else if (idist == 3) {
-          // Box-Muller pair from four uniforms: the first two give the pair.
-          double r = std::sqrt(-2.0 * std::log(double(u[4 * i]))), t = twopi * double(u[4 * i + 1]);
+          // Box-Muller: two independent normal parts from two uniforms.
+          double r = std::sqrt(-2.0 * std::log(double(a))), t = twopi * double(b);
           x[i0 + i] = T(static_cast<R>(r * std::cos(t)), static_cast<R>(r * std::sin(t)));
         } else if (idist == 4) {
           double r = std::sqrt(double(a)), t = twopi * double(b);

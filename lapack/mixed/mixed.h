@@ -64,7 +64,7 @@ void mixed_solve(const char *uplo, idx n, idx nrhs, T *a, idx lda, idx *ipiv, co
   auto residual = [&]() {
     lacpy<T>("All", &n, &nrhs, b, &ldb, work, &n);
     if (spd) {
-      for (idx j = 0; j < nrhs; ++j) blas::hemv(up ? 'U' : 'L', n, T(-1), a, lda, x + j * ldx, 1, T(1), work + j * n, 1);
+      blas::hemm('L', up ? 'U' : 'L', n, nrhs, T(-1), a, lda, x, ldx, T(1), work, n);
     } else {
       blas::gemm('N', 'N', n, nrhs, n, T(-1), a, lda, x, ldx, T(1), work, n);
     }

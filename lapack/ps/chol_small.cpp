@@ -11,6 +11,8 @@ namespace ps {
 // A = U^H U, column by column: u(i,j) = (a(i,j) - u(0:i,i)^H u(0:i,j)) / u(i,i).
 // Returns the order of the first leading minor that is not positive.
 template <class T> idx potrf_upper(idx n, T *a, idx lda) {
+  // The inner products may be summed in any order (vectorized).
+#pragma clang fp reassociate(on)
   using R = real_t<T>;
   for (idx j = 0; j < n; ++j) {
     T *cj = a + j * lda;
@@ -34,6 +36,7 @@ template <class T> idx potrf_upper(idx n, T *a, idx lda) {
 // A = L L^H, column by column (left-looking): l(j,j) from the row j of L
 // already computed, then the column below it.
 template <class T> idx potrf_lower(idx n, T *a, idx lda) {
+#pragma clang fp reassociate(on)
   using R = real_t<T>;
   for (idx j = 0; j < n; ++j) {
     T *cj = a + j * lda;
@@ -46,10 +49,18 @@ template <class T> idx potrf_lower(idx n, T *a, idx lda) {
       cj[j] = T(d);
       return j + 1;
     }
-    for (idx k = 0; k < j; ++k) {
+    // Four earlier columns per sweep over column j: one load and store of
+    // column j serves four multiply-adds.
+    idx k = 0;
+    for (; k + 4 <= j; k += 4) {
+      const T *c0 = a + k * lda, *c1 = c0 + lda, *c2 = c1 + lda, *c3 = c2 + lda;
+      T f0 = nxl::conj(c0[j]), f1 = nxl::conj(c1[j]), f2 = nxl::conj(c2[j]), f3 = nxl::conj(c3[j]);
+      for (idx i = j + 1; i < n; ++i)
+        cj[i] = cj[i] - mul(c0[i], f0) - mul(c1[i], f1) - mul(c2[i], f2) - mul(c3[i], f3);
+    }
+    for (; k < j; ++k) {
       const T *ck = a + k * lda;
       T f = nxl::conj(ck[j]);
-      if (f == T(0)) continue;
       for (idx i = j + 1; i < n; ++i) cj[i] -= mul(ck[i], f);
     }
     R r = std::sqrt(d);

@@ -36,10 +36,20 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
     } else if (*info == 0) {
       *info = j + 1;
     }
-    for (idx c = j + 1; c < n; ++c) {
+    // Trailing update, two target columns per sweep over column j.
+    idx c = j + 1;
+    for (; c + 2 <= n; c += 2) {
+      T *c0 = a + c * lda, *c1 = c0 + lda;
+      T f0 = c0[j], f1 = c1[j];
+      for (idx i = j + 1; i < m; ++i) {
+        T l = cj[i];
+        c0[i] -= mul(l, f0);
+        c1[i] -= mul(l, f1);
+      }
+    }
+    for (; c < n; ++c) {
       T *cc = a + c * lda;
       T f = cc[j];
-      if (f == T(0)) continue;
       for (idx i = j + 1; i < m; ++i) cc[i] -= mul(cj[i], f);
     }
   }

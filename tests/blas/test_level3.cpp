@@ -486,6 +486,7 @@ TYPED_TEST(Level3, TrmmTrsmAllFlags) {
 // One product computed with 1, 2, 3 and 4 threads: the bits must agree.
 template <class T, class F> void same_bits_for_threads(const char *what, Mat<T> &out, F call) {
   const std::vector<T> start = out.v;
+  const nxl_int saved = nxl_get_max_threads();
   std::vector<T> first;
   for (nxl_int t = 1; t <= 4; ++t) {
     nxl_set_num_threads(&t);
@@ -501,8 +502,7 @@ template <class T, class F> void same_bits_for_threads(const char *what, Mat<T> 
         break;
       }
   }
-  nxl_int zero = 0;
-  nxl_set_num_threads(&zero);
+  nxl_set_num_threads(&saved);
 }
 
 TYPED_TEST(Level3, ThreadedResultsAreBitIdentical) {

@@ -139,3 +139,36 @@ TEST(Chol, ProgressStop) {
   }
   nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old);
 }
+
+namespace {
+std::vector<long long> g_chol_steps;
+int record_chol(const nxl_int *, const nxl_int *step, const char *, nxl_int) {
+  g_chol_steps.push_back(*step);
+  return 0;
+}
+}  // namespace
+
+// n <= 16: small kernel, silent; 17..127: the unblocked kernel of the
+// triangle, one report with step n; from 128 on the blocked or tiled tiers.
+TEST(Chol, TierThresholdsSeenThroughProgress) {
+  nxl_progress_fn old = nxl_serv_set_progress(record_chol);
+  for (idx n : {16, 17, 127, 128, 600}) {
+    for (const char *u : {"U", "l"}) {
+      g_chol_steps.clear();
+      auto a = lt::spd_matrix<double>(n, n, 6);
+      idx info = 0;
+      lp::potrf<double>(u, &n, a.data(), &n, &info);
+      ASSERT_EQ(info, 0);
+      if (n == 16) {
+        EXPECT_TRUE(g_chol_steps.empty());
+      } else if (n < 128) {
+        ASSERT_EQ(g_chol_steps.size(), 1u);
+        EXPECT_EQ(g_chol_steps[0], n);
+      } else {
+        ASSERT_FALSE(g_chol_steps.empty());
+        EXPECT_EQ(*std::max_element(g_chol_steps.begin(), g_chol_steps.end()), n);
+      }
+    }
+  }
+  nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old);
+}

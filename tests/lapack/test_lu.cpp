@@ -232,3 +232,36 @@ TEST(Lu, LaswpIncrements) {
   lp::laswp<double>(&n, b.data(), &lda, &k1, &k2, ipiv, &incm);
   EXPECT_EQ(b, a);
 }
+
+namespace {
+std::vector<long long> g_steps;
+int record(const nxl_int *, const nxl_int *step, const char *, nxl_int) {
+  g_steps.push_back(*step);
+  return 0;
+}
+}  // namespace
+
+// 16 x 16 goes to the small kernel (no progress report); 17 x 17 to the
+// sequential tier, whose single unblocked leaf reports step 17; larger
+// matrices report per panel and end at their column count.
+TEST(Lu, TierThresholdsSeenThroughProgress) {
+  nxl_progress_fn old = nxl_serv_set_progress(record);
+  for (idx n : {16, 17, 100, 400}) {
+    g_steps.clear();
+    auto a = lt::random_matrix<double>(n, n, n, 2);
+    std::vector<idx> ipiv(static_cast<size_t>(n));
+    idx info = 0;
+    lp::getrf<double>(&n, &n, a.data(), &n, ipiv.data(), &info);
+    ASSERT_EQ(info, 0);
+    if (n == 16) {
+      EXPECT_TRUE(g_steps.empty());
+    } else if (n == 17) {
+      ASSERT_EQ(g_steps.size(), 1u);
+      EXPECT_EQ(g_steps[0], 17);
+    } else {
+      ASSERT_FALSE(g_steps.empty());
+      EXPECT_EQ(*std::max_element(g_steps.begin(), g_steps.end()), n);
+    }
+  }
+  nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old);
+}

@@ -1,0 +1,172 @@
+// LAPACK suite: LU and Cholesky factorizations (d, z) at a large order and at
+// small orders, and the solves with 1 and 100 right-hand sides, against a
+// peer loaded with dlopen in the same run (--peer LIB; ILP64 Fortran names).
+#include <dlfcn.h>
+#include <algorithm>
+#include <complex>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <vector>
+#include "bench.h"
+#include "nxl_lapack.h"
+#include "nxl_service.h"
+
+namespace {
+
+using idx = nxl_int;
+using z16 = std::complex<double>;
+
+template <class T> using getrf_fn = void (*)(const idx *, const idx *, T *, const idx *, idx *, idx *);
+template <class T> using potrf_fn = void (*)(const char *, const idx *, T *, const idx *, idx *, size_t);
+using dgetrs_fn = void (*)(const char *, const idx *, const idx *, const double *, const idx *, const idx *,
+                           double *, const idx *, idx *, size_t);
+using dpotrs_fn = void (*)(const char *, const idx *, const idx *, const double *, const idx *, double *,
+                           const idx *, idx *, size_t);
+
+struct Lib {
+  getrf_fn<double> dgetrf = nullptr;
+  getrf_fn<z16> zgetrf = nullptr;
+  potrf_fn<double> dpotrf = nullptr;
+  potrf_fn<z16> zpotrf = nullptr;
+  dgetrs_fn dgetrs = nullptr;
+  dpotrs_fn dpotrs = nullptr;
+  void (*threads)(int) = nullptr;
+};
+
+Lib ours() {
+  Lib l;
+  l.dgetrf = reinterpret_cast<getrf_fn<double>>(&dgetrf_);
+  l.zgetrf = reinterpret_cast<getrf_fn<z16>>(&zgetrf_);
+  l.dpotrf = reinterpret_cast<potrf_fn<double>>(&dpotrf_);
+  l.zpotrf = reinterpret_cast<potrf_fn<z16>>(&zpotrf_);
+  l.dgetrs = reinterpret_cast<dgetrs_fn>(&dgetrs_);
+  l.dpotrs = reinterpret_cast<dpotrs_fn>(&dpotrs_);
+  l.threads = [](int n) {
+    nxl_int t = n;
+    nxl_set_num_threads(&t);
+  };
+  return l;
+}
+
+bool peer(const std::string &path, Lib &l) {
+  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!h) {
+    std::printf("lapack: cannot load peer %s: %s\n", path.c_str(), dlerror());
+    return false;
+  }
+  auto sym = [&](const char *n) { return dlsym(h, n); };
+  l.dgetrf = reinterpret_cast<getrf_fn<double>>(sym("dgetrf_"));
+  l.zgetrf = reinterpret_cast<getrf_fn<z16>>(sym("zgetrf_"));
+  l.dpotrf = reinterpret_cast<potrf_fn<double>>(sym("dpotrf_"));
+  l.zpotrf = reinterpret_cast<potrf_fn<z16>>(sym("zpotrf_"));
+  l.dgetrs = reinterpret_cast<dgetrs_fn>(sym("dgetrs_"));
+  l.dpotrs = reinterpret_cast<dpotrs_fn>(sym("dpotrs_"));
+  l.threads = reinterpret_cast<void (*)(int)>(sym("openblas_set_num_threads"));
+  return l.dgetrf && l.zgetrf && l.dpotrf && l.zpotrf && l.dgetrs && l.dpotrs;
+}
+
+template <class T> std::vector<T> matrix(idx n, bool spd) {
+  std::mt19937_64 g(42);
+  std::uniform_real_distribution<double> d(-1, 1);
+  std::vector<T> a(static_cast<size_t>(n * n));
+  for (auto &x : a) {
+    if constexpr (std::is_same_v<T, double>) x = d(g);
+    else x = T(d(g), d(g));
+  }
+  if (spd) {
+    for (idx j = 0; j < n; ++j)
+      for (idx i = 0; i < j; ++i) {
+        T v = a[i + j * n];
+        if constexpr (std::is_same_v<T, double>) a[j + i * n] = v;
+        else a[j + i * n] = std::conj(v);
+      }
+    for (idx i = 0; i < n; ++i) a[i + i * n] = T(2.0 * n);
+  }
+  return a;
+}
+
+// Seconds per call of a factorization, net of the copy that restores A.
+template <class T, class F> double time_factor(std::vector<T> &work, const std::vector<T> &a0, F f, double mt) {
+  double both = bench::time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); f(); }, mt);
+  double copy = bench::time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); }, mt / 4);
+  return std::max(both - copy, both * 0.02);
+}
+
+void report(const char *name, idx n, idx nrhs, int thr, double flops, double t_ours, double t_peer) {
+  std::printf("lapack %-7s n=%5lld nrhs=%3lld threads=%d  nxl %8.2f GF", name, static_cast<long long>(n),
+              static_cast<long long>(nrhs), thr, flops / t_ours * 1e-9);
+  if (t_peer > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / t_peer * 1e-9, t_peer / t_ours);
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
+template <class T> void run_factor(const char *name, bool chol, idx n, int thr, Lib &a, Lib *p, double mt) {
+  auto a0 = matrix<T>(n, chol);
+  std::vector<T> w(a0.size());
+  std::vector<idx> ipiv(static_cast<size_t>(n));
+  idx info = 0;
+  auto call = [&](Lib &l) {
+    if constexpr (std::is_same_v<T, double>) {
+      if (chol) l.dpotrf("L", &n, w.data(), &n, &info, 1);
+      else l.dgetrf(&n, &n, w.data(), &n, ipiv.data(), &info);
+    } else {
+      if (chol) l.zpotrf("L", &n, w.data(), &n, &info, 1);
+      else l.zgetrf(&n, &n, w.data(), &n, ipiv.data(), &info);
+    }
+  };
+  double flops = (chol ? 1.0 / 3.0 : 2.0 / 3.0) * double(n) * n * n * (std::is_same_v<T, double> ? 1 : 4);
+  double to = time_factor(w, a0, [&] { call(a); }, mt);
+  double tp = p ? time_factor(w, a0, [&] { call(*p); }, mt) : 0;
+  report(name, n, 0, thr, flops, to, tp);
+}
+
+void run_solve(bool chol, idx n, idx nrhs, int thr, Lib &a, Lib *p, double mt) {
+  auto a0 = matrix<double>(n, chol);
+  std::vector<idx> ipiv(static_cast<size_t>(n));
+  idx info = 0;
+  if (chol) a.dpotrf("L", &n, a0.data(), &n, &info, 1);
+  else a.dgetrf(&n, &n, a0.data(), &n, ipiv.data(), &info);
+  auto b0 = matrix<double>(std::max(n, nrhs), false);
+  b0.resize(static_cast<size_t>(n * nrhs));
+  std::vector<double> b(b0.size());
+  auto call = [&](Lib &l) {
+    if (chol) l.dpotrs("L", &n, &nrhs, a0.data(), &n, b.data(), &n, &info, 1);
+    else l.dgetrs("N", &n, &nrhs, a0.data(), &n, ipiv.data(), b.data(), &n, &info, 1);
+  };
+  double flops = 2.0 * double(n) * n * nrhs;
+  double to = time_factor(b, b0, [&] { call(a); }, mt);
+  double tp = p ? time_factor(b, b0, [&] { call(*p); }, mt) : 0;
+  report(chol ? "dpotrs" : "dgetrs", n, nrhs, thr, flops, to, tp);
+}
+
+}  // namespace
+
+NXL_BENCH_SUITE(bench_lapack, "lapack",
+                "dgetrf/dpotrf/zgetrf/zpotrf (n = 2000 and 8..64), dgetrs/dpotrs with 1 and 100 right-hand sides") {
+  Lib mine = ours(), other;
+  Lib *p = nullptr;
+  if (!opt.peer.empty() && peer(opt.peer, other)) p = &other;
+  std::vector<long> large = opt.sizes.empty() ? std::vector<long>{opt.quick ? 300 : 2000} : opt.sizes;
+  const idx small[] = {8, 16, 32, 64};
+  for (int thr : opt.threads) {
+    mine.threads(thr);
+    if (p && p->threads) p->threads(thr);
+    for (long n : large) {
+      run_factor<double>("dgetrf", false, n, thr, mine, p, opt.min_time);
+      run_factor<double>("dpotrf", true, n, thr, mine, p, opt.min_time);
+      run_factor<z16>("zgetrf", false, n, thr, mine, p, opt.min_time);
+      run_factor<z16>("zpotrf", true, n, thr, mine, p, opt.min_time);
+      for (idx nrhs : {1, 100}) {
+        run_solve(false, n, nrhs, thr, mine, p, opt.min_time);
+        run_solve(true, n, nrhs, thr, mine, p, opt.min_time);
+      }
+    }
+    for (idx n : small) {
+      run_factor<double>("dgetrf", false, n, thr, mine, p, opt.min_time);
+      run_factor<double>("dpotrf", true, n, thr, mine, p, opt.min_time);
+      run_factor<z16>("zgetrf", false, n, thr, mine, p, opt.min_time);
+      run_factor<z16>("zpotrf", true, n, thr, mine, p, opt.min_time);
+    }
+  }
+}
