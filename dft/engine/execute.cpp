@@ -93,6 +93,7 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
     R *dr = to_y ? const_cast<R *>(base_of<R>(dst.r, dst.i, dst.step)) : dst.r;
     if (st.slot >= 0) {
       const typename KernelTable<R>::Pass f = use_p   ? (st.vec ? k->passv[im] : k->pass1[st.slot][im])
+                                              : s % k->lanes == 0 ? k->passqv[st.slot][om]
                                               : s == 4 ? k->pass4[st.slot][om]
                                               : s == 8 ? k->pass8[st.slot][om]
                                                        : k->pass[st.slot][om];

@@ -355,13 +355,16 @@ template <class R> bool setup_plan(PlanBase<R> *pl, long n, long len, long howma
   if (!pl->k) return false;
   pl->root = make_node<R>(len, true, pl->k, pl->bytes);
   if (!pl->root) return false;
-  // Block mode: sequences handled b at a time in [j][q] layout, b chosen so
-  // that one block's data and work stay within about 256 KiB.
+  // Block mode: sequences handled b at a time in [j][q] layout (vectorised
+  // across sequences), b chosen so that one block's data and work stay
+  // within about 256 KiB.
   const long eff = pl->root->kind == Node<R>::kBluestein ? pl->root->M : len;
   long b = (256L * 1024 / (6 * 2 * static_cast<long>(sizeof(R)))) / (eff > 0 ? eff : 1);
   const long bmax = 128 / static_cast<long>(sizeof(R));
   if (b > bmax) b = bmax;
-  if (howmany < 2 || b < 4 || pl->root->kind == Node<R>::kFourStep) b = 1;
+  // Above a few dozen points the per-transform passes (vectorised within one
+  // transform, no transposing gather/scatter) are faster.
+  if (howmany < 2 || b < 4 || len >= 32 || pl->root->kind == Node<R>::kFourStep) b = 1;
   pl->block = b;
   const long gy = len + 1;
   if (pl->root->kind == Node<R>::kFourStep) {

@@ -378,6 +378,58 @@ void pass_v(long m, long, const T *__restrict twr, const T *__restrict twi, cons
   }
 }
 
+// Stockham pass, q innermost, vectorised by hand: W consecutive q at a time
+// (s % W == 0), twiddles broadcast; OM: output layout mode, interleaving with
+// two shuffles per vector pair.
+template <class V, std::size_t... I> NXL_AI V zip_lo(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, ((I % 2 == 0) ? I / 2 : sizeof...(I) + I / 2)...);
+}
+template <class V, std::size_t... I> NXL_AI V zip_hi(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(
+      a, b, ((I % 2 == 0) ? sizeof...(I) / 2 + I / 2 : sizeof...(I) + sizeof...(I) / 2 + I / 2)...);
+}
+template <int OM, int W, class V, class T> NXL_AI void vst(T *r, T *i, long e, V a, V b) {
+  if constexpr (OM == 0) {
+    vstore(r + e, a);
+    vstore(i + e, b);
+  } else {
+    const V x = OM == 1 ? a : b, y = OM == 1 ? b : a;
+    vstore(r + 2 * e, zip_lo(x, y, std::make_index_sequence<W>{}));
+    vstore(r + 2 * e + W, zip_hi(x, y, std::make_index_sequence<W>{}));
+  }
+}
+
+template <int R, int OM, class T>
+void pass_qv(long m, long s, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
+             const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  const long xj = s * m;
+  for (long p = 0; p < m; ++p) {
+    const T *xr0 = xr + s * p, *xi0 = xi + s * p;
+    const long y0 = s * R * p;
+    V wr[R], wi[R];
+#pragma clang loop unroll(full)
+    for (int k = 1; k < R; ++k) {
+      wr[k] = p > 0 ? V{} + twr[p * (R - 1) + k - 1] : V{} + T(1);
+      wi[k] = p > 0 ? V{} + twi[p * (R - 1) + k - 1] : V{};
+    }
+    for (long q = 0; q < s; q += W) {
+      V ar[R], ai[R];
+#pragma clang loop unroll(full)
+      for (int j = 0; j < R; ++j) {
+        ar[j] = vload<V>(xr0 + q + j * xj);
+        ai[j] = vload<V>(xi0 + q + j * xj);
+      }
+      Bfly<R, V>::run(ar, ai);
+      vst<OM, W>(yr, yi, y0 + q, ar[0], ai[0]);
+#pragma clang loop unroll(full)
+      for (int k = 1; k < R; ++k)
+        vst<OM, W>(yr, yi, y0 + q + k * s, ar[k] * wr[k] - ai[k] * wi[k], ar[k] * wi[k] + ai[k] * wr[k]);
+    }
+  }
+}
+
 // Generic odd radix: for each output k, y_k = sum_j a_j w_r^(jk) accumulated
 // row by row (rows of s contiguous values), then the twiddle.
 template <class T>
@@ -650,6 +702,9 @@ template <int R, class T> constexpr void fill_radix(KernelTable<T> &t, int slot)
   t.pass8[slot][0] = pass_q<R, 8, 0, T>;
   t.pass8[slot][1] = pass_q<R, 8, 1, T>;
   t.pass8[slot][2] = pass_q<R, 8, 2, T>;
+  t.passqv[slot][0] = pass_qv<R, 0, T>;
+  t.passqv[slot][1] = pass_qv<R, 1, T>;
+  t.passqv[slot][2] = pass_qv<R, 2, T>;
   t.pass1[slot][0] = pass_p<R, 0, T>;
   t.pass1[slot][1] = pass_p<R, 1, T>;
   t.pass1[slot][2] = pass_p<R, 2, T>;
