@@ -13,23 +13,11 @@ namespace lapack {
 template <class T>
 void gbcon_work(char norm, idx n, idx kl, idx ku, const T *ab, idx ldab, const idx *ipiv, real_t<T> anorm,
                 real_t<T> *rcond, T *work, idx *isgn) {
-  using R = real_t<T>;
-  *rcond = 0;
-  if (n == 0) {
-    *rcond = 1;
-    return;
-  }
-  if (anorm == R(0) || std::isnan(anorm)) {
-    if (std::isnan(anorm)) *rcond = anorm;
-    return;
-  }
-  if (std::isinf(anorm)) return;
   bool one = norm == 'O' || norm == '1';
   char ct = is_complex_v<T> ? 'C' : 'T';
-  R ainvnm = estimate_inverse_norm<T>(n, work + n, work, isgn, [&](T *x, idx kase) {
+  rcond_by_solves<T>(n, anorm, rcond, work, isgn, [&](T *x, idx kase) {
     gbtrs_vec<T>((kase == 1) == one ? 'N' : ct, n, kl, ku, ab, ldab, ipiv, x);
   });
-  finish_rcond(anorm, ainvnm, rcond);
 }
 
 // The real forms take an integer work array, the complex ones a real one.

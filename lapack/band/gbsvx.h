@@ -39,7 +39,6 @@ void gbsvx(const char *fact, const char *trans, const idx *pn, const idx *pkl, c
   char fa = upper(fact), tr = upper(trans);
   bool nofact = fa == 'N', equil = fa == 'E', notran = tr == 'N';
   bool rowequ = false, colequ = false;
-  const R smlnum = lamch<R>('S'), bignum = R(1) / smlnum;
   R rowcnd = 1, colcnd = 1, amax = 0;
   R *rpv = is_complex_v<T> ? static_cast<R *>(iwork_or_rwork) : reinterpret_cast<R *>(work);
   if (nofact || equil) {
@@ -61,18 +60,8 @@ void gbsvx(const char *fact, const char *trans, const idx *pn, const idx *pkl, c
     char e = upper(equed);
     if (e != 'N' && !rowequ && !colequ) return report<T>("GBSVX", 12, info);
   }
-  if (rowequ) {
-    R mn = bignum, mx = 0;
-    for (idx j = 0; j < n; ++j) { mn = std::min(mn, r[j]); mx = std::max(mx, r[j]); }
-    if (mn <= R(0)) return report<T>("GBSVX", 13, info);
-    rowcnd = n > 0 ? std::max(mn, smlnum) / std::min(mx, bignum) : R(1);
-  }
-  if (colequ) {
-    R mn = bignum, mx = 0;
-    for (idx j = 0; j < n; ++j) { mn = std::min(mn, c[j]); mx = std::max(mx, c[j]); }
-    if (mn <= R(0)) return report<T>("GBSVX", 14, info);
-    colcnd = n > 0 ? std::max(mn, smlnum) / std::min(mx, bignum) : R(1);
-  }
+  if (rowequ && !scale_ratio<R>(n, r, &rowcnd)) return report<T>("GBSVX", 13, info);
+  if (colequ && !scale_ratio<R>(n, c, &colcnd)) return report<T>("GBSVX", 14, info);
   if (ldb < imax(1, n)) return report<T>("GBSVX", 16, info);
   if (ldx < imax(1, n)) return report<T>("GBSVX", 18, info);
   if (!is_complex_v<T> && tr == 'C') tr = 'T';

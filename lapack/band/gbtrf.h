@@ -54,30 +54,28 @@ template <class T> void gbtf2_work(idx m, idx n, idx kl, idx ku, T *ab, idx ldab
   }
 }
 
+// Argument checks shared by gbtrf and gbtf2, then the factorization.
 template <class T>
-void gbtf2(const idx *pm, const idx *pn, const idx *pkl, const idx *pku, T *ab, const idx *pldab, idx *ipiv,
-           idx *info) {
+void gb_factor(const char *stem, const idx *pm, const idx *pn, const idx *pkl, const idx *pku, T *ab,
+               const idx *pldab, idx *ipiv, idx *info) {
   idx m = *pm, n = *pn, kl = *pkl, ku = *pku, ldab = *pldab;
   *info = 0;
-  if (m < 0) return report<T>("GBTF2", 1, info);
-  if (n < 0) return report<T>("GBTF2", 2, info);
-  if (kl < 0) return report<T>("GBTF2", 3, info);
-  if (ku < 0) return report<T>("GBTF2", 4, info);
-  if (ldab < 2 * kl + ku + 1) return report<T>("GBTF2", 6, info);
+  if (m < 0) return report<T>(stem, 1, info);
+  if (n < 0) return report<T>(stem, 2, info);
+  if (kl < 0) return report<T>(stem, 3, info);
+  if (ku < 0) return report<T>(stem, 4, info);
+  if (ldab < 2 * kl + ku + 1) return report<T>(stem, 6, info);
   gbtf2_work<T>(m, n, kl, ku, ab, ldab, ipiv, info);
 }
 
 template <class T>
-void gbtrf(const idx *pm, const idx *pn, const idx *pkl, const idx *pku, T *ab, const idx *pldab, idx *ipiv,
-           idx *info) {
-  idx m = *pm, n = *pn, kl = *pkl, ku = *pku, ldab = *pldab;
-  *info = 0;
-  if (m < 0) return report<T>("GBTRF", 1, info);
-  if (n < 0) return report<T>("GBTRF", 2, info);
-  if (kl < 0) return report<T>("GBTRF", 3, info);
-  if (ku < 0) return report<T>("GBTRF", 4, info);
-  if (ldab < 2 * kl + ku + 1) return report<T>("GBTRF", 6, info);
-  gbtf2_work<T>(m, n, kl, ku, ab, ldab, ipiv, info);
+void gbtf2(const idx *m, const idx *n, const idx *kl, const idx *ku, T *ab, const idx *ldab, idx *ipiv, idx *info) {
+  gb_factor<T>("GBTF2", m, n, kl, ku, ab, ldab, ipiv, info);
+}
+
+template <class T>
+void gbtrf(const idx *m, const idx *n, const idx *kl, const idx *ku, T *ab, const idx *ldab, idx *ipiv, idx *info) {
+  gb_factor<T>("GBTRF", m, n, kl, ku, ab, ldab, ipiv, info);
 }
 
 }  // namespace lapack
