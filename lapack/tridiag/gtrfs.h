@@ -9,7 +9,25 @@
 namespace nxl {
 namespace lapack {
 
-template <class T> struct TridiagOps {
+// r = b - op(A) x and w += |op(A)| |x| for a tridiagonal op(A) whose
+// entries Ops::a(i, j) gives.
+template <class T, class Ops> struct TridiagProducts {
+  void residual(const T *x, const T *b, T *r) const {
+    const Ops &o = static_cast<const Ops &>(*this);
+    for (idx i = 0; i < o.n; ++i) {
+      T s = b[i];
+      for (idx j = imax(0, i - 1); j < imin(o.n, i + 2); ++j) s -= o.a(i, j) * x[j];
+      r[i] = s;
+    }
+  }
+  void abs_product(const T *x, real_t<T> *w) const {
+    const Ops &o = static_cast<const Ops &>(*this);
+    for (idx i = 0; i < o.n; ++i)
+      for (idx j = imax(0, i - 1); j < imin(o.n, i + 2); ++j) w[i] += abs1(o.a(i, j)) * abs1(x[j]);
+  }
+};
+
+template <class T> struct TridiagOps : TridiagProducts<T, TridiagOps<T>> {
   char tr;
   idx n;
   const T *dl, *d, *du, *dlf, *df, *duf, *du2;
@@ -20,17 +38,6 @@ template <class T> struct TridiagOps {
     idx r = t ? j : i, c = t ? i : j;
     T v = r == c ? d[c] : r > c ? dl[c] : du[r];
     return op_conj(v, tr == 'C');
-  }
-  void residual(const T *x, const T *b, T *r) const {
-    for (idx i = 0; i < n; ++i) {
-      T s = b[i];
-      for (idx j = imax(0, i - 1); j < imin(n, i + 2); ++j) s -= a(i, j) * x[j];
-      r[i] = s;
-    }
-  }
-  void abs_product(const T *x, real_t<T> *w) const {
-    for (idx i = 0; i < n; ++i)
-      for (idx j = imax(0, i - 1); j < imin(n, i + 2); ++j) w[i] += abs1(a(i, j)) * abs1(x[j]);
   }
   void solve(T *v, bool transposed) const {
     char t = tr;
@@ -52,7 +59,7 @@ void gtrfs(const char *trans, const idx *pn, const idx *pnrhs, const T *dl, cons
   if (ldb < imax(1, n)) return report<T>("GTRFS", 13, info);
   if (ldx < imax(1, n)) return report<T>("GTRFS", 15, info);
   if (!is_complex_v<T> && tr == 'C') tr = 'T';
-  TridiagOps<T> ops{tr, n, dl, d, du, dlf, df, duf, du2, ipiv};
+  TridiagOps<T> ops{{}, tr, n, dl, d, du, dlf, df, duf, du2, ipiv};
   refine<T>(n, nrhs, b, ldb, x, ldx, ferr, berr, ops, "GTRFS", info);
 }
 

@@ -48,7 +48,7 @@ void gtsvx(const char *fact, const char *trans, const idx *pn, const idx *pnrhs,
   for (idx j = 0; j < nrhs; ++j)
     for (idx i = 0; i < n; ++i) x[i + j * ldx] = b[i + j * ldb];
   gttrs_work<T>(tr, n, nrhs, dlf, df, duf, du2, ipiv, x, ldx);
-  TridiagOps<T> ops{tr, n, dl, d, du, dlf, df, duf, du2, ipiv};
+  TridiagOps<T> ops{{}, tr, n, dl, d, du, dlf, df, duf, du2, ipiv};
   refine<T>(n, nrhs, b, ldb, x, ldx, ferr, berr, ops, "GTSVX", info);
   if (*rcond < lamch<R>('E')) *info = n + 1;
   (void)work;

@@ -5,12 +5,13 @@
 #define NXL_LAPACK_TRIDIAG_PTRFS_H
 
 #include "lapack/lu/refine.h"
+#include "lapack/tridiag/gtrfs.h"
 #include "lapack/tridiag/pttrs.h"
 
 namespace nxl {
 namespace lapack {
 
-template <class T> struct PosTridiagOps {
+template <class T> struct PosTridiagOps : TridiagProducts<T, PosTridiagOps<T>> {
   bool up;
   idx n;
   const real_t<T> *d, *df;
@@ -20,17 +21,6 @@ template <class T> struct PosTridiagOps {
     // e sits above the diagonal (upper) or below it (lower).
     bool above = i < j;
     return op_conj(e[imin(i, j)], above != up);
-  }
-  void residual(const T *x, const T *b, T *r) const {
-    for (idx i = 0; i < n; ++i) {
-      T s = b[i];
-      for (idx j = imax(0, i - 1); j < imin(n, i + 2); ++j) s -= a(i, j) * x[j];
-      r[i] = s;
-    }
-  }
-  void abs_product(const T *x, real_t<T> *w) const {
-    for (idx i = 0; i < n; ++i)
-      for (idx j = imax(0, i - 1); j < imin(n, i + 2); ++j) w[i] += abs1(a(i, j)) * abs1(x[j]);
   }
   void solve(T *v, bool) const { pttrs_vec<T>(up, n, df, ef, v); }
 };
@@ -45,7 +35,7 @@ void ptrfs_checked(const char *uplo, idx pos, idx n, idx nrhs, const real_t<T> *
   if (nrhs < 0) return report<T>("PTRFS", pos + 2, info);
   if (ldb < imax(1, n)) return report<T>("PTRFS", pos + 8, info);
   if (ldx < imax(1, n)) return report<T>("PTRFS", pos + 10, info);
-  PosTridiagOps<T> ops{up, n, d, df, e, ef};
+  PosTridiagOps<T> ops{{}, up, n, d, df, e, ef};
   refine<T>(n, nrhs, b, ldb, x, ldx, ferr, berr, ops, "PTRFS", info);
 }
 

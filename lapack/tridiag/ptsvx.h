@@ -42,7 +42,7 @@ void ptsvx_work(const char *fact, idx n, idx nrhs, const real_t<T> *d, const T *
   for (idx j = 0; j < nrhs; ++j)
     for (idx i = 0; i < n; ++i) x[i + j * ldx] = b[i + j * ldb];
   pttrs_work<T>(false, n, nrhs, df, ef, x, ldx);
-  PosTridiagOps<T> ops{false, n, d, df, e, ef};
+  PosTridiagOps<T> ops{{}, false, n, d, df, e, ef};
   refine<T>(n, nrhs, b, ldb, x, ldx, ferr, berr, ops, "PTSVX", info);
   if (*rcond < lamch<R>('E')) *info = n + 1;
 }
