@@ -13,6 +13,11 @@ namespace lapack {
 template <class T>
 void gbcon_work(char norm, idx n, idx kl, idx ku, const T *ab, idx ldab, const idx *ipiv, real_t<T> anorm,
                 real_t<T> *rcond, T *work, idx *isgn) {
+  // An exactly singular U: no solve (complex division by zero gives NaNs
+  // the estimator cannot rank).
+  *rcond = 0;
+  for (idx j = 0; j < n; ++j)
+    if (ab[kl + ku + j * ldab] == T(0)) return;
   bool one = norm == 'O' || norm == '1';
   char ct = is_complex_v<T> ? 'C' : 'T';
   rcond_by_solves<T>(n, anorm, rcond, work, isgn, [&](T *x, idx kase) {

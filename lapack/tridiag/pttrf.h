@@ -10,9 +10,10 @@
 namespace nxl {
 namespace lapack {
 
-template <class T> real_t<T> abs2(T x) {
-  if constexpr (is_complex_v<T>) return x.real() * x.real() + x.imag() * x.imag();
-  else return x * x;
+// Re(x conj(y)).
+template <class T> real_t<T> re_dot(T x, T y) {
+  if constexpr (is_complex_v<T>) return x.real() * y.real() + x.imag() * y.imag();
+  else return x * y;
 }
 
 template <class T> void pttrf_work(idx n, real_t<T> *d, T *e, idx *info) {
@@ -24,9 +25,11 @@ template <class T> void pttrf_work(idx n, real_t<T> *d, T *e, idx *info) {
       return;
     }
     if (i + 1 < n) {
+      // |e_i|^2 / d_i as (e_i / d_i) conj(e_i), which cannot overflow
+      // where the square would.
       T ei = e[i];
       e[i] = ei / d[i];
-      d[i + 1] -= abs2(ei) / d[i];
+      d[i + 1] -= re_dot(e[i], ei);
     }
   }
 }
