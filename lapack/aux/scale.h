@@ -77,13 +77,27 @@ void lascl(const char *type, const idx *pkl, const idx *pku, const real_t<T> *pc
   }
 }
 
-// Applies row scale r and column scale c to A when the ratios say it helps;
-// equed reports 'N', 'R', 'C' or 'B'.
-template <class T>
-void laqge(const idx *pm, const idx *pn, T *a, const idx *plda, const real_t<T> *r, const real_t<T> *c,
-           const real_t<T> *rowcnd, const real_t<T> *colcnd, const real_t<T> *amax, char *equed) {
+// Ratio of the smallest to the largest of n given scale factors, clamped to
+// the safe range; false when one of them is not positive.
+template <class R> bool scale_ratio(idx n, const R *s, R *cnd) {
+  const R smlnum = lamch<R>('S'), bignum = R(1) / smlnum;
+  R mn = bignum, mx = 0;
+  for (idx j = 0; j < n; ++j) {
+    mn = std::min(mn, s[j]);
+    mx = std::max(mx, s[j]);
+  }
+  if (n > 0 && mn <= R(0)) return false;
+  *cnd = n > 0 ? std::max(mn, smlnum) / std::min(mx, bignum) : R(1);
+  return true;
+}
+
+// Applies row scale r and column scale c to the entries at(i, j) of the rows
+// [lo, hi) that rows(j, lo, hi) gives for each column, when the ratios say it
+// helps; equed reports 'N', 'R', 'C' or 'B'.
+template <class T, class At, class Rows>
+void scale_rows_cols(idx m, idx n, At at, Rows rows_of, const real_t<T> *r, const real_t<T> *c,
+                     const real_t<T> *rowcnd, const real_t<T> *colcnd, const real_t<T> *amax, char *equed) {
   using R = real_t<T>;
-  idx m = *pm, n = *pn, lda = *plda;
   if (m <= 0 || n <= 0) {
     *equed = 'N';
     return;
@@ -92,14 +106,27 @@ void laqge(const idx *pm, const idx *pn, T *a, const idx *plda, const real_t<T> 
   R small = lamch<R>('S') / lamch<R>('P'), large = R(1) / small;
   bool rows = !(*rowcnd >= thresh && *amax >= small && *amax <= large);
   bool cols = *colcnd < thresh;
-  for (idx j = 0; j < n; ++j)
-    for (idx i = 0; i < m; ++i) {
-      R f = R(1);
-      if (rows) f *= r[i];
-      if (cols) f *= c[j];
-      if (rows || cols) a[i + j * lda] *= f;
+  if (rows || cols)
+    for (idx j = 0; j < n; ++j) {
+      idx lo, hi;
+      rows_of(j, lo, hi);
+      for (idx i = lo; i < hi; ++i) {
+        R f = R(1);
+        if (rows) f *= r[i];
+        if (cols) f *= c[j];
+        at(i, j) *= f;
+      }
     }
   *equed = rows ? (cols ? 'B' : 'R') : (cols ? 'C' : 'N');
+}
+
+template <class T>
+void laqge(const idx *pm, const idx *pn, T *a, const idx *plda, const real_t<T> *r, const real_t<T> *c,
+           const real_t<T> *rowcnd, const real_t<T> *colcnd, const real_t<T> *amax, char *equed) {
+  idx m = *pm, lda = *plda;
+  scale_rows_cols<T>(
+      m, *pn, [&](idx i, idx j) -> T & { return a[i + j * lda]; }, [&](idx, idx &lo, idx &hi) { lo = 0; hi = m; },
+      r, c, rowcnd, colcnd, amax, equed);
 }
 
 // Symmetric scaling diag(s) A diag(s) of the `uplo` triangle.

@@ -31,8 +31,10 @@ template <class R> void finish_rcond(R anorm, R ainvnm, R *rcond) {
   if (std::isnan(*rcond)) *rcond = 0;
 }
 
-template <class T>
-void gecon_work(char norm, idx n, const T *a, idx lda, real_t<T> anorm, real_t<T> *rcond, T *work, idx *iwork) {
+// rcond of a factored matrix of one- or infinity-norm anorm; apply(x, kase)
+// replaces x by op(inv(A)) x as the estimator asks.
+template <class T, class Apply>
+void rcond_by_solves(idx n, real_t<T> anorm, real_t<T> *rcond, T *work, idx *isgn, Apply apply) {
   using R = real_t<T>;
   *rcond = 0;
   if (n == 0) {
@@ -44,9 +46,15 @@ void gecon_work(char norm, idx n, const T *a, idx lda, real_t<T> anorm, real_t<T
     return;
   }
   if (std::isinf(anorm)) return;
+  R ainvnm = estimate_inverse_norm<T>(n, work + n, work, isgn, apply);
+  finish_rcond(anorm, ainvnm, rcond);
+}
+
+template <class T>
+void gecon_work(char norm, idx n, const T *a, idx lda, real_t<T> anorm, real_t<T> *rcond, T *work, idx *iwork) {
   bool one = norm == 'O' || norm == '1';
   char ct = is_complex_v<T> ? 'C' : 'T';
-  R ainvnm = estimate_inverse_norm<T>(n, work + n, work, iwork, [&](T *x, idx kase) {
+  rcond_by_solves<T>(n, anorm, rcond, work, iwork, [&](T *x, idx kase) {
     // kase 1 multiplies by inv(A) for the one-norm, by inv(A)^H otherwise.
     if ((kase == 1) == one) {
       blas::trsv('L', 'N', 'U', n, a, lda, x, 1);
@@ -56,7 +64,6 @@ void gecon_work(char norm, idx n, const T *a, idx lda, real_t<T> anorm, real_t<T
       blas::trsv('L', ct, 'U', n, a, lda, x, 1);
     }
   });
-  finish_rcond(anorm, ainvnm, rcond);
 }
 
 // The real forms take an integer work array, the complex ones a real one.

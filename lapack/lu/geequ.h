@@ -12,14 +12,12 @@ namespace lapack {
 
 template <class T> inline real_t<T> cabs1(T x) { return abs1(x); }
 
-template <class T, bool radix_powers>
-void geequ_work(const char *stem, idx m, idx n, const T *a, idx lda, real_t<T> *r, real_t<T> *c, real_t<T> *rowcnd,
-                real_t<T> *colcnd, real_t<T> *amax, idx *info) {
+// The scalings of an m x n matrix whose entries have magnitudes mag(i, j)
+// over the rows [lo, hi) that rows(j, lo, hi) gives for each column.
+template <class T, bool radix_powers, class Mag, class Rows>
+void equilibrate_by_columns(idx m, idx n, Mag mag, Rows rows, real_t<T> *r, real_t<T> *c, real_t<T> *rowcnd,
+                            real_t<T> *colcnd, real_t<T> *amax, idx *info) {
   using R = real_t<T>;
-  *info = 0;
-  if (m < 0) return report<T>(stem, 1, info);
-  if (n < 0) return report<T>(stem, 2, info);
-  if (lda < imax(1, m)) return report<T>(stem, 4, info);
   if (m == 0 || n == 0) {
     *rowcnd = 1;
     *colcnd = 1;
@@ -30,8 +28,11 @@ void geequ_work(const char *stem, idx m, idx n, const T *a, idx lda, real_t<T> *
   const R logr = std::log(radix);
   auto to_power = [&](R v) { return std::pow(radix, std::trunc(std::log(v) / logr)); };
   for (idx i = 0; i < m; ++i) r[i] = 0;
-  for (idx j = 0; j < n; ++j)
-    for (idx i = 0; i < m; ++i) r[i] = std::max(r[i], cabs1(a[i + j * lda]));
+  for (idx j = 0; j < n; ++j) {
+    idx lo, hi;
+    rows(j, lo, hi);
+    for (idx i = lo; i < hi; ++i) r[i] = std::max(r[i], mag(i, j));
+  }
   if (radix_powers)
     for (idx i = 0; i < m; ++i)
       if (r[i] > R(0)) r[i] = to_power(r[i]);
@@ -52,7 +53,9 @@ void geequ_work(const char *stem, idx m, idx n, const T *a, idx lda, real_t<T> *
   *rowcnd = std::max(rmin, smlnum) / std::min(rmax, bignum);
   for (idx j = 0; j < n; ++j) {
     R v = 0;
-    for (idx i = 0; i < m; ++i) v = std::max(v, cabs1(a[i + j * lda]) * r[i]);
+    idx lo, hi;
+    rows(j, lo, hi);
+    for (idx i = lo; i < hi; ++i) v = std::max(v, mag(i, j) * r[i]);
     if (radix_powers && v > R(0)) v = to_power(v);
     c[j] = v;
   }
@@ -70,6 +73,18 @@ void geequ_work(const char *stem, idx m, idx n, const T *a, idx lda, real_t<T> *
   }
   for (idx j = 0; j < n; ++j) c[j] = R(1) / std::min(std::max(c[j], smlnum), bignum);
   *colcnd = std::max(cmin, smlnum) / std::min(cmax, bignum);
+}
+
+template <class T, bool radix_powers>
+void geequ_work(const char *stem, idx m, idx n, const T *a, idx lda, real_t<T> *r, real_t<T> *c, real_t<T> *rowcnd,
+                real_t<T> *colcnd, real_t<T> *amax, idx *info) {
+  *info = 0;
+  if (m < 0) return report<T>(stem, 1, info);
+  if (n < 0) return report<T>(stem, 2, info);
+  if (lda < imax(1, m)) return report<T>(stem, 4, info);
+  equilibrate_by_columns<T, radix_powers>(
+      m, n, [&](idx i, idx j) { return cabs1(a[i + j * lda]); }, [&](idx, idx &lo, idx &hi) { lo = 0; hi = m; }, r,
+      c, rowcnd, colcnd, amax, info);
 }
 
 template <class T>

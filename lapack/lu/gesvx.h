@@ -26,7 +26,6 @@ void gesvx(const char *fact, const char *trans, const idx *pn, const idx *pnrhs,
   char fa = upper(fact), tr = upper(trans);
   bool nofact = fa == 'N', equil = fa == 'E', notran = tr == 'N';
   bool rowequ = false, colequ = false;
-  const R smlnum = lamch<R>('S'), bignum = R(1) / smlnum;
   R rowcnd = 1, colcnd = 1, amax = 0;
   R *rpv = is_complex_v<T> ? static_cast<R *>(iwork_or_rwork) : reinterpret_cast<R *>(work);
   if (nofact || equil) {
@@ -46,18 +45,8 @@ void gesvx(const char *fact, const char *trans, const idx *pn, const idx *pnrhs,
     char e = upper(equed);
     if (e != 'N' && !rowequ && !colequ) return report<T>("GESVX", 10, info);
   }
-  if (rowequ) {
-    R mn = bignum, mx = 0;
-    for (idx j = 0; j < n; ++j) { mn = std::min(mn, r[j]); mx = std::max(mx, r[j]); }
-    if (mn <= R(0)) return report<T>("GESVX", 11, info);
-    rowcnd = n > 0 ? std::max(mn, smlnum) / std::min(mx, bignum) : R(1);
-  }
-  if (colequ) {
-    R mn = bignum, mx = 0;
-    for (idx j = 0; j < n; ++j) { mn = std::min(mn, c[j]); mx = std::max(mx, c[j]); }
-    if (mn <= R(0)) return report<T>("GESVX", 12, info);
-    colcnd = n > 0 ? std::max(mn, smlnum) / std::min(mx, bignum) : R(1);
-  }
+  if (rowequ && !scale_ratio<R>(n, r, &rowcnd)) return report<T>("GESVX", 11, info);
+  if (colequ && !scale_ratio<R>(n, c, &colcnd)) return report<T>("GESVX", 12, info);
   if (ldb < imax(1, n)) return report<T>("GESVX", 14, info);
   if (ldx < imax(1, n)) return report<T>("GESVX", 16, info);
   if (!is_complex_v<T> && tr == 'C') tr = 'T';

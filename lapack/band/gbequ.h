@@ -1,0 +1,44 @@
+// Row and column scalings of a band matrix that bring the largest entry of
+// every row and column to 1 (gbequ), and their application when worth it
+// (laqgb).
+#ifndef NXL_LAPACK_BAND_GBEQU_H
+#define NXL_LAPACK_BAND_GBEQU_H
+
+#include "lapack/aux/scale.h"
+#include "lapack/lu/geequ.h"
+
+namespace nxl {
+namespace lapack {
+
+template <class T>
+void gbequ(const idx *pm, const idx *pn, const idx *pkl, const idx *pku, const T *ab, const idx *pldab,
+           real_t<T> *r, real_t<T> *c, real_t<T> *rowcnd, real_t<T> *colcnd, real_t<T> *amax, idx *info) {
+  idx m = *pm, n = *pn, kl = *pkl, ku = *pku, ldab = *pldab;
+  *info = 0;
+  if (m < 0) return report<T>("GBEQU", 1, info);
+  if (n < 0) return report<T>("GBEQU", 2, info);
+  if (kl < 0) return report<T>("GBEQU", 3, info);
+  if (ku < 0) return report<T>("GBEQU", 4, info);
+  if (ldab < kl + ku + 1) return report<T>("GBEQU", 6, info);
+  equilibrate_by_columns<T, false>(
+      m, n, [&](idx i, idx j) { return abs1(ab[ku + i - j + j * ldab]); },
+      [&](idx j, idx &lo, idx &hi) { lo = imax(0, j - ku); hi = imin(m, j + kl + 1); }, r, c, rowcnd, colcnd, amax,
+      info);
+}
+
+// Applies the scalings to the band when they are worth it.
+template <class T>
+void laqgb(const idx *pm, const idx *pn, const idx *pkl, const idx *pku, T *ab, const idx *pldab,
+           const real_t<T> *r, const real_t<T> *c, const real_t<T> *rowcnd, const real_t<T> *colcnd,
+           const real_t<T> *amax, char *equed) {
+  idx m = *pm, kl = *pkl, ku = *pku, ldab = *pldab;
+  scale_rows_cols<T>(
+      m, *pn, [&](idx i, idx j) -> T & { return ab[ku + i - j + j * ldab]; },
+      [&](idx j, idx &lo, idx &hi) { lo = imax(0, j - ku); hi = imin(m, j + kl + 1); }, r, c, rowcnd, colcnd,
+      amax, equed);
+}
+
+}  // namespace lapack
+}  // namespace nxl
+
+#endif  // NXL_LAPACK_BAND_GBEQU_H
