@@ -145,21 +145,7 @@ template <class T> inline T recip(T x) {
     return T(1) / x;
   }
 }
-// p / q for complex values without undue overflow (Smith's method).
-template <class T> inline T div(T p, T q) {
-  if constexpr (is_complex_v<T>) {
-    using R = real_t<T>;
-    R a = p.real(), b = p.imag(), c = q.real(), d = q.imag();
-    if (std::fabs(c) >= std::fabs(d)) {
-      R r = d / c, den = c + d * r;
-      return T((a + b * r) / den, (b - a * r) / den);
-    }
-    R r = c / d, den = d + c * r;
-    return T((a * r + b) / den, (b * r - a) / den);
-  } else {
-    return p / q;
-  }
-}
+// p / q: div() of service/scalar.h (Smith's method for complex values).
 template <class T> inline bool isnan_v(T x) {
   if constexpr (is_complex_v<T>) return std::isnan(x.real()) || std::isnan(x.imag());
   else return std::isnan(x);

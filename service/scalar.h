@@ -49,6 +49,19 @@ template <class R> inline std::complex<R> mul(std::complex<R> a, std::complex<R>
   return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
 }
 
+// Quotient a / b; complex by Smith's method (scaled by the larger part of b,
+// so that no intermediate overflows where the quotient itself does not).
+template <class T> inline T div(T a, T b) { return a / b; }
+template <class R> inline std::complex<R> div(std::complex<R> a, std::complex<R> b) {
+  const R br = b.real(), bi = b.imag();
+  if (std::fabs(br) >= std::fabs(bi)) {
+    const R r = bi / br, d = br + bi * r;
+    return {(a.real() + a.imag() * r) / d, (a.imag() - a.real() * r) / d};
+  }
+  const R r = br / bi, d = bi + br * r;
+  return {(a.real() * r + a.imag()) / d, (a.imag() * r - a.real()) / d};
+}
+
 template <class T> inline bool is_zero(T x) { return x == T(0); }
 template <class T> inline bool is_one(T x) { return x == T(1); }
 

@@ -671,16 +671,16 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
 }
 
 // Triangular solve of a small diagonal block: op(D) X = B (left) or
-// X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer
-// with the reciprocals of its diagonal beside it. Left-side columns run in
-// groups so that their independent recurrences overlap.
+// X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer.
+// Each unknown is divided by its diagonal entry (not multiplied by a
+// reciprocal: one rounding less, and no overflow of 1/d for tiny d).
+// Left-side columns run in groups so that their independent recurrences
+// overlap.
 template <class T>
 void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *d) {
   const bool up = A.upper;
-  T *rd = d + nb * nb;
   for (idx p = 0; p < nb; ++p)
     for (idx i = 0; i < nb; ++i) d[i + p * nb] = A.at(i, p);
-  for (idx p = 0; p < nb; ++p) rd[p] = A.unit ? T(1) : T(1) / d[p + p * nb];
   if (left) {
     constexpr idx G = 8;
     for (idx j0 = 0; j0 < other; j0 += G) {
@@ -692,7 +692,7 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
         const T *dc = d + p * nb;
         for (idx jj = 0; jj < g; ++jj) {
           T *x = x0 + jj * ldb;
-          const T xp = A.unit ? x[p] : mul(x[p], rd[p]);
+          const T xp = A.unit ? x[p] : div(x[p], dc[p]);
           x[p] = xp;
           if (xp == T(0)) continue;
           for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
@@ -714,8 +714,8 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
           for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
         }
         if (!A.unit) {
-          const T r = rd[j];
-          for (idx i = 0; i < rn; ++i) bj[i] = mul(bj[i], r);
+          const T djj = d[j + j * nb];
+          for (idx i = 0; i < rn; ++i) bj[i] = div(bj[i], djj);
         }
       }
     }
