@@ -11,30 +11,9 @@ namespace {
 constexpr int kMessageOf[10] = {761, 762, 763, 764, 771, 766, 767, 768, 769, 770};
 constexpr int kUnknownMessage = 771;
 
-// The built-in texts, used when the message table or catalogue in use has no
-// DFTI text under a number.
-const char *builtin_text(int number) {
-  switch (number) {
-    case 761: return "Ortex NXL DFTI SUCCESS: No error";
-    case 762: return "Ortex NXL DFTI ERROR: Not enough memory to allocate";
-    case 763: return "Ortex NXL DFTI ERROR: Invalid configuration parameters";
-    case 764: return "Ortex NXL DFTI ERROR: Inconsistent configuration parameters";
-    case 765: return "Ortex NXL DFTI ERROR: Error in OpenMP";
-    case 766: return "Ortex NXL DFTI ERROR: Descriptor is uncommitted or corrupted";
-    case 767: return "Ortex NXL DFTI ERROR: Functionality is not implemented";
-    case 768: return "Ortex NXL DFTI ERROR: Internal error";
-    case 769: return "Ortex NXL DFTI ERROR: Configuration parameter DFTI_NUMBER_OF_USER_THREADS is not set ";
-    case 770: return "Ortex NXL DFTI ERROR: Size of one of transform dimensions exceeds 2^32 (32 bits)";
-    default: return "Ortex NXL DFTI ERROR: Incorrect status";
-  }
-}
-
-const char *message_text(int number) {
-  static const char kFamily[] = "Ortex NXL DFTI ";
-  const char *t = nxl_serv_get_msg(number, 0);
-  if (t && strncmp(t, kFamily, sizeof kFamily - 1) == 0) return t;
-  return builtin_text(number);
-}
+// The text of a message: the external catalogue's when one is open, else the
+// library's built-in table (rows 761 to 771 hold the transform statuses).
+const char *message_text(int number) { return nxl_serv_get_msg(number, 0); }
 
 }  // namespace
 
