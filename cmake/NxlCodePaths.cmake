@@ -75,3 +75,49 @@ function(nxl_add_codepath_sources name)
     set_property(GLOBAL APPEND PROPERTY NXL_OBJECT_LIBS ${lib})
   endforeach()
 endfunction()
+
+# nxl_add_subsystem(NAME [BASE dir...] [CODEPATH dir...] [CODEPATH_NO_CNR dir...]):
+# the layout every subsystem folder follows.
+#   BASE dirs      sources compiled once with the baseline flags (interface/,
+#                  dispatch/ and any others the subsystem names)
+#   CODEPATH dirs  generic kernels compiled once per code path (kernels/)
+#   CODEPATH_NO_CNR dirs  the same without the reproducible build
+#   <cp>/          hand-written kernels compiled only for that code path
+#   exports*.list  the subsystem's exported names
+function(nxl_add_subsystem name)
+  cmake_parse_arguments(A "" "" "BASE;CODEPATH;CODEPATH_NO_CNR" ${ARGN})
+  set(dir ${CMAKE_CURRENT_SOURCE_DIR})
+  set(globs "")
+  foreach(d interface dispatch ${A_BASE})
+    list(APPEND globs ${dir}/${d}/*.cpp)
+  endforeach()
+  file(GLOB base_sources CONFIGURE_DEPENDS ${globs})
+  nxl_add_sources(${base_sources})
+
+  foreach(d kernels ${A_CODEPATH})
+    file(GLOB srcs CONFIGURE_DEPENDS ${dir}/${d}/*.cpp)
+    if(srcs)
+      nxl_add_codepath_sources(${name}_${d} SOURCES ${srcs})
+    endif()
+  endforeach()
+  set(no_cnr ${NXL_CODE_PATHS})
+  list(REMOVE_ITEM no_cnr cnr)
+  foreach(d IN LISTS A_CODEPATH_NO_CNR)
+    file(GLOB srcs CONFIGURE_DEPENDS ${dir}/${d}/*.cpp)
+    if(srcs)
+      nxl_add_codepath_sources(${name}_${d} PATHS ${no_cnr} SOURCES ${srcs})
+    endif()
+  endforeach()
+
+  foreach(cp IN LISTS NXL_CODE_PATHS)
+    file(GLOB srcs CONFIGURE_DEPENDS ${dir}/${cp}/*.cpp)
+    if(srcs)
+      nxl_add_codepath_sources(${name}_isa_${cp} PATHS ${cp} SOURCES ${srcs})
+    endif()
+  endforeach()
+
+  file(GLOB export_lists CONFIGURE_DEPENDS ${dir}/exports*.list)
+  foreach(l IN LISTS export_lists)
+    nxl_add_export_list(${l})
+  endforeach()
+endfunction()

@@ -1,22 +1,16 @@
 # Tests of processor detection, the instruction cap and the reproducibility
 # mode, and the disassembly check of the code paths.
 
-set(cpu_test_extra "")
-if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/shim_core.cpp)
-  set(cpu_test_extra ${CMAKE_CURRENT_SOURCE_DIR}/shim_core.cpp)
-endif()
-
 # The detection driver: links the library's objects so it can also call the
 # internal cap and reproducibility entries.
-add_executable(cpu_probe_driver ${CMAKE_CURRENT_SOURCE_DIR}/cpu_probe_driver.cpp ${cpu_test_extra})
+add_executable(cpu_probe_driver ${CMAKE_CURRENT_SOURCE_DIR}/cpu_probe_driver.cpp)
 target_link_libraries(cpu_probe_driver PRIVATE nxl_testlib)
 target_compile_definitions(cpu_probe_driver PRIVATE NXL_BUILDING_LIBRARY=1)
 
 # In-process tests of the internals (state reset between cases).
 nxl_add_gtest(test_cpu INTERNAL SOURCES
   ${CMAKE_CURRENT_SOURCE_DIR}/test_cpu.cpp
-  ${CMAKE_CURRENT_SOURCE_DIR}/test_cbwr.cpp
-  ${cpu_test_extra})
+  ${CMAKE_CURRENT_SOURCE_DIR}/test_cbwr.cpp)
 
 # Fresh-process tests through the driver, natively and under qemu.
 function(cpu_driver_gtest name label)
