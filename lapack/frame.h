@@ -32,7 +32,7 @@ namespace trace {
 
 // A character flag prints as %c, an integer scalar and the trailing integer
 // output (`info`) as %lli, anything else as %p.
-template <size_t N, size_t I, class A> inline const char *spec() {
+template <size_t N, size_t I, class A> inline const char *fmt() {
   if constexpr (std::is_same_v<A, const char *>) return "%c";
   else if constexpr (std::is_same_v<A, const nxl_int *>) return "%lli";
   else if constexpr (std::is_same_v<A, nxl_int *> && I + 1 == N) return "%lli";
@@ -51,7 +51,7 @@ void build_format(char *fmt, size_t size, const char *name, const char *const *s
 template <class... A, size_t... I>
 inline void emit_(const char *name, double seconds, std::index_sequence<I...>, A... args) {
   constexpr size_t n = sizeof...(A);
-  const char *specs[n > 0 ? n : 1] = {spec<n, I, A>()...};
+  const char *specs[n > 0 ? n : 1] = {fmt<n, I, A>()...};
   char fmt[512];
   build_format(fmt, sizeof fmt, name, specs, n);
   char line[450];

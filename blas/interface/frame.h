@@ -32,22 +32,22 @@ using F = const char *;
 
 // ------------------------------------------------------------------ tracing
 template <class A> struct trace_arg {
-  static constexpr char spec[] = "%p";
+  static constexpr char fmt[] = "%p";
   static const void *value(A a) { return static_cast<const void *>(a); }
 };
 template <> struct trace_arg<const char *> {
-  static constexpr char spec[] = "%c";
+  static constexpr char fmt[] = "%c";
   static int value(const char *c) { return c ? static_cast<unsigned char>(*c) : ' '; }
 };
 template <> struct trace_arg<const nxl_int *> {
-  static constexpr char spec[] = "%lli";
+  static constexpr char fmt[] = "%lli";
   static long long value(const nxl_int *p) { return p ? *p : 0; }
 };
 
 // "%s(" then the conversions of the arguments separated by commas, then ")".
 template <class... A> struct trace_format {
   static constexpr std::size_t length =
-      3 + (std::size_t(0) + ... + (sizeof(trace_arg<A>::spec) - 1)) + sizeof...(A) + 1;
+      3 + (std::size_t(0) + ... + (sizeof(trace_arg<A>::fmt) - 1)) + sizeof...(A) + 1;
   static constexpr std::array<char, length> make() {
     std::array<char, length> f{};
     std::size_t i = 0;
@@ -56,7 +56,7 @@ template <class... A> struct trace_format {
     };
     put("%s(");
     bool first = true;
-    ((first ? void(first = false) : put(","), put(trace_arg<A>::spec)), ...);
+    ((first ? void(first = false) : put(","), put(trace_arg<A>::fmt)), ...);
     put(")");
     return f;
   }

@@ -23,7 +23,7 @@ enum Kind {
   kR2dDnnSmall, kRMdDefault
 };
 
-struct Spec {
+struct BackendTraits {
   Kind kind;
   int precision;   // 0: either
 };
@@ -36,7 +36,7 @@ bool unit_first(const Layout &L) { return L.is[0] == 1 && L.os[0] == 1; }
 bool cce(const DFTI_DESCRIPTOR *d) { return d->cestorage == DFTI_COMPLEX_COMPLEX || d->packed == DFTI_CCE_FORMAT; }
 
 int backend_commit(const BackendRecord *self, DFTI_DESCRIPTOR *d) {
-  const Spec &s = *static_cast<const Spec *>(self->priv);
+  const BackendTraits &s = *static_cast<const BackendTraits *>(self->priv);
   if (s.precision && s.precision != d->precision) return kNotApplicable;
   const Layout L = working_layout(d);
   const bool cplx = d->domain == DFTI_COMPLEX;
@@ -105,46 +105,46 @@ int backend_commit(const BackendRecord *self, DFTI_DESCRIPTOR *d) {
   return cplx ? commit_complex(d, self, L, o) : commit_real(d, self, L, o);
 }
 
-#define NXL_SPEC(name, kind, prec) constexpr Spec name = {kind, prec};
-NXL_SPEC(sp_cr2cr_batched, kCr2crBatched, 0)
-NXL_SPEC(sp_cr2cr_md, kCr2crMd, 0)
-#define NXL_SPEC_P(base, kind)                 \
-  NXL_SPEC(base##_s, kind, DFTI_SINGLE)        \
-  NXL_SPEC(base##_d, kind, DFTI_DOUBLE)
-NXL_SPEC_P(sp_cr2cr_1d, kCr2cr1d)
-NXL_SPEC_P(sp_small, kSmall)
-NXL_SPEC_P(sp_default_1d, kDefault1d)
-NXL_SPEC_P(sp_bluestein, kBluestein)
-NXL_SPEC_P(sp_rowbatch, kRowBatch)
-NXL_SPEC_P(sp_colbatch, kColBatch)
-NXL_SPEC(sp_gene_c96, kGene96, DFTI_SINGLE)
-NXL_SPEC(sp_gene_z96, kGene96, DFTI_DOUBLE)
-NXL_SPEC(sp_cpmd_c168, kCpmd168, DFTI_SINGLE)
-NXL_SPEC(sp_cpmd_z168, kCpmd168, DFTI_DOUBLE)
-NXL_SPEC_P(sp_bigbatch, kBigBatch)
-NXL_SPEC_P(sp_large, kLarge)
-NXL_SPEC_P(sp_mg, kMg)
-NXL_SPEC_P(sp_square_1d, kSquare1d)
-NXL_SPEC_P(sp_tiny3d, kTiny3d)
-NXL_SPEC_P(sp_tiny2d, kTiny2d)
-NXL_SPEC_P(sp_main2d, kMain2d)
-NXL_SPEC(sp_rectang2d_s, kRectang2d, DFTI_SINGLE)
-NXL_SPEC_P(sp_square2d, kSquare2d)
-NXL_SPEC_P(sp_3d, k3d)
-NXL_SPEC_P(sp_4d, k4d)
-NXL_SPEC_P(sp_md_default, kMdDefault)
-NXL_SPEC_P(sp_r1d_mg, kR1dMg)
-NXL_SPEC_P(sp_r1d_small, kR1dSmall)
-NXL_SPEC_P(sp_r1d_even, kR1dEven)
-NXL_SPEC_P(sp_r1d_dnnsmall, kR1dDnnSmall)
-NXL_SPEC_P(sp_r1d_default, kR1dDefault)
-NXL_SPEC_P(sp_r1d_bluestein, kR1dBluestein)
-NXL_SPEC_P(sp_r2d_tiny, kR2dTiny)
-NXL_SPEC_P(sp_r3d_tiny, kR3dTiny)
-NXL_SPEC_P(sp_r3d, kR3d)
-NXL_SPEC_P(sp_r2d, kR2d)
-NXL_SPEC_P(sp_r2d_dnnsmall, kR2dDnnSmall)
-NXL_SPEC_P(sp_rmd_default, kRMdDefault)
+#define NXL_BACKEND_TRAITS(name, kind, prec) constexpr BackendTraits name = {kind, prec};
+NXL_BACKEND_TRAITS(sp_cr2cr_batched, kCr2crBatched, 0)
+NXL_BACKEND_TRAITS(sp_cr2cr_md, kCr2crMd, 0)
+#define NXL_BACKEND_TRAITS_P(base, kind)                 \
+  NXL_BACKEND_TRAITS(base##_s, kind, DFTI_SINGLE)        \
+  NXL_BACKEND_TRAITS(base##_d, kind, DFTI_DOUBLE)
+NXL_BACKEND_TRAITS_P(sp_cr2cr_1d, kCr2cr1d)
+NXL_BACKEND_TRAITS_P(sp_small, kSmall)
+NXL_BACKEND_TRAITS_P(sp_default_1d, kDefault1d)
+NXL_BACKEND_TRAITS_P(sp_bluestein, kBluestein)
+NXL_BACKEND_TRAITS_P(sp_rowbatch, kRowBatch)
+NXL_BACKEND_TRAITS_P(sp_colbatch, kColBatch)
+NXL_BACKEND_TRAITS(sp_gene_c96, kGene96, DFTI_SINGLE)
+NXL_BACKEND_TRAITS(sp_gene_z96, kGene96, DFTI_DOUBLE)
+NXL_BACKEND_TRAITS(sp_cpmd_c168, kCpmd168, DFTI_SINGLE)
+NXL_BACKEND_TRAITS(sp_cpmd_z168, kCpmd168, DFTI_DOUBLE)
+NXL_BACKEND_TRAITS_P(sp_bigbatch, kBigBatch)
+NXL_BACKEND_TRAITS_P(sp_large, kLarge)
+NXL_BACKEND_TRAITS_P(sp_mg, kMg)
+NXL_BACKEND_TRAITS_P(sp_square_1d, kSquare1d)
+NXL_BACKEND_TRAITS_P(sp_tiny3d, kTiny3d)
+NXL_BACKEND_TRAITS_P(sp_tiny2d, kTiny2d)
+NXL_BACKEND_TRAITS_P(sp_main2d, kMain2d)
+NXL_BACKEND_TRAITS(sp_rectang2d_s, kRectang2d, DFTI_SINGLE)
+NXL_BACKEND_TRAITS_P(sp_square2d, kSquare2d)
+NXL_BACKEND_TRAITS_P(sp_3d, k3d)
+NXL_BACKEND_TRAITS_P(sp_4d, k4d)
+NXL_BACKEND_TRAITS_P(sp_md_default, kMdDefault)
+NXL_BACKEND_TRAITS_P(sp_r1d_mg, kR1dMg)
+NXL_BACKEND_TRAITS_P(sp_r1d_small, kR1dSmall)
+NXL_BACKEND_TRAITS_P(sp_r1d_even, kR1dEven)
+NXL_BACKEND_TRAITS_P(sp_r1d_dnnsmall, kR1dDnnSmall)
+NXL_BACKEND_TRAITS_P(sp_r1d_default, kR1dDefault)
+NXL_BACKEND_TRAITS_P(sp_r1d_bluestein, kR1dBluestein)
+NXL_BACKEND_TRAITS_P(sp_r2d_tiny, kR2dTiny)
+NXL_BACKEND_TRAITS_P(sp_r3d_tiny, kR3dTiny)
+NXL_BACKEND_TRAITS_P(sp_r3d, kR3d)
+NXL_BACKEND_TRAITS_P(sp_r2d, kR2d)
+NXL_BACKEND_TRAITS_P(sp_r2d_dnnsmall, kR2dDnnSmall)
+NXL_BACKEND_TRAITS_P(sp_rmd_default, kRMdDefault)
 
 }  // namespace
 
