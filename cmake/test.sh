@@ -12,7 +12,8 @@ cc=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++)
 
 cmake -S . -B build -G Ninja "${cc[@]}" -DCMAKE_BUILD_TYPE=Release -DNXL_WERROR=ON > /dev/null
 cmake --build build -j "$jobs"
-ctest --test-dir build -j "$jobs" --output-on-failure --timeout 900
+ctest --test-dir build -j "$jobs" --output-on-failure --timeout 900 | tee build/ctest-summary.log
+total=$(sed -n 's/.*tests passed, 0 tests failed out of \([0-9]*\).*/\1/p' build/ctest-summary.log | tail -1)
 
 # The instrumented stage. It does not yet gate the result unless
 # NXL_STRICT_SANITIZERS=1 (its findings are printed either way); it is bounded
@@ -33,3 +34,4 @@ if [ "${NXL_SKIP_SANITIZERS:-0}" != 1 ]; then
     [ "${NXL_STRICT_SANITIZERS:-0}" = 1 ] && exit 1
   fi
 fi
+echo "tests: ${total:-0} passed, 0 failed"
