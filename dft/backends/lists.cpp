@@ -153,8 +153,8 @@ NXL_BACKEND_TRAITS_P(sp_rmd_default, kRMdDefault)
 using nxl::dft::BackendRecord;
 
 // ---- Backend records ---------------------------------------------------------
-#define NXL_BKD(sym, spec) \
-  extern "C" const BackendRecord sym = {nxl::dft::backend_commit, &nxl::dft::spec, #sym};
+#define NXL_BKD(sym, traits) \
+  extern "C" const BackendRecord sym = {nxl::dft::backend_commit, &nxl::dft::traits, #sym};
 
 // Shared by every code path.
 NXL_BKD(nxl_dft_bkd_cr2cr_1d_batched, sp_cr2cr_batched)
