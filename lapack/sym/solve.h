@@ -1,0 +1,189 @@
+// Solves with the factors of factor.h, conversions between the two
+// storages, and symmetric interchanges of a stored triangle.
+//
+// classic: A = P(0) L(0) P(1) L(1) ... D ... with the multipliers of step k
+//   in the row order of step k: X is found column by column (level 2), the
+//   interchanges interleaved with the elimination;
+// bounded: A = P L D L^H P^T: permute, two triangular solves with multiple
+//   right-hand sides (level 3) around the block-diagonal solve, permute back.
+#ifndef NXL_LAPACK_SYM_SOLVE_H
+#define NXL_LAPACK_SYM_SOLVE_H
+
+#include "lapack/sym/common.h"
+
+namespace nxl {
+namespace lapack {
+namespace sym {
+
+template <class T> inline void swap_rows(Mat<T> b, idx nrhs, idx r, idx s) {
+  if (r == s) return;
+  for (idx c = 0; c < nrhs; ++c) std::swap(b(r, c), b(s, c));
+}
+
+// D X = B for the block-diagonal D: diagonal from `a`, the off-diagonal
+// entry of a 2 x 2 block (k, k+1) from off(k).
+template <class T, bool H, class Off>
+void solve_d(Mat<T> a, idx n, idx nrhs, const Piv &ip, Off off, Mat<T> b) {
+  using O = Ops<T, H>;
+  for (idx k = 0; k < n;) {
+    if (!ip.neg(k) || k + 1 >= n) {
+      T d = O::diag(a(k, k));
+      T r = recip(d);
+      for (idx c = 0; c < nrhs; ++c) b(k, c) *= r;
+      ++k;
+    } else {
+      Block2<T, H> d(O::diag(a(k, k)), off(k), O::diag(a(k + 1, k + 1)));
+      for (idx c = 0; c < nrhs; ++c) {
+        T x, y;
+        d.col(b(k, c), b(k + 1, c), x, y);
+        b(k, c) = x;
+        b(k + 1, c) = y;
+      }
+      k += 2;
+    }
+  }
+}
+
+// Classic storage, Bunch-Kaufman or rook pivots: A X = B, column by column.
+template <class T, bool H, bool Rook>
+void solve_classic(Mat<T> a, idx n, idx nrhs, const Piv &ip, Mat<T> b) {
+  using O = Ops<T, H>;
+  // L D Y = P^T B
+  for (idx k = 0; k < n;) {
+    bool two = ip.neg(k) && k + 1 < n;
+    if (!two) {
+      swap_rows(b, nrhs, k, ip.get(k));
+      T d = O::diag(a(k, k));
+      T r = recip(d);
+      for (idx c = 0; c < nrhs; ++c) {
+        T bk = b(k, c);
+        if (bk != T(0))
+          for (idx i = k + 1; i < n; ++i) b(i, c) -= a(i, k) * bk;
+        b(k, c) = bk * r;
+      }
+      ++k;
+    } else {
+      if (Rook) swap_rows(b, nrhs, k, ip.get(k));
+      swap_rows(b, nrhs, k + 1, ip.get(k + 1));
+      Block2<T, H> d(O::diag(a(k, k)), a(k + 1, k), O::diag(a(k + 1, k + 1)));
+      for (idx c = 0; c < nrhs; ++c) {
+        T b1 = b(k, c), b2 = b(k + 1, c);
+        for (idx i = k + 2; i < n; ++i) b(i, c) -= a(i, k) * b1 + a(i, k + 1) * b2;
+        d.col(b1, b2, b(k, c), b(k + 1, c));
+      }
+      k += 2;
+    }
+  }
+  // L^H X = Y, then the interchanges in reverse.
+  for (idx k = n - 1; k >= 0;) {
+    bool two = ip.neg(k) && k > 0;
+    idx k0 = two ? k - 1 : k;
+    for (idx c = 0; c < nrhs; ++c) {
+      for (idx j = k0; j <= k; ++j) {
+        T s = T(0);
+        for (idx i = k + 1; i < n; ++i) s += O::cj(a(i, j)) * b(i, c);
+        b(j, c) -= s;
+      }
+    }
+    swap_rows(b, nrhs, k, ip.get(k));
+    if (two && Rook) swap_rows(b, nrhs, k0, ip.get(k0));
+    k = k0 - 1;
+  }
+}
+
+// Bounded storage (or classic storage converted by convert()): A X = B with
+// the stored triangle, e the off-diagonal entries of D; `rook` tells the
+// pivot encoding.
+template <class T, bool H>
+void solve_bounded(bool up, idx n, idx nrhs, const T *a, idx lda, const T *e, const idx *ipiv, bool rook, T *b,
+                   idx ldb) {
+  if (n == 0 || nrhs == 0) return;
+  Piv ip = piv_view(up, n, ipiv);
+  Mat<T> bv = rhs_view(up, n, b, ldb);
+  Mat<T> av = tri_view(up, n, const_cast<T *>(a), lda);
+  Vec<T> ev = vec_view(up, n, const_cast<T *>(e));
+  for_each_swap(ip, n, rook, false, [&](idx r, idx s, idx) { swap_rows(bv, nrhs, r, s); });
+  char u = up ? 'U' : 'L';
+  blas::trsm('L', u, 'N', 'U', n, nrhs, T(1), a, lda, b, ldb);
+  solve_d<T, H>(av, n, nrhs, ip, [&](idx k) { return ev[k]; }, bv);
+  blas::trsm('L', u, (H && is_complex_v<T>) ? 'C' : 'T', 'U', n, nrhs, T(1), a, lda, b, ldb);
+  for_each_swap(ip, n, rook, true, [&](idx r, idx s, idx) { swap_rows(bv, nrhs, r, s); });
+}
+
+// Applies (forward) or removes (backward) the later interchanges in the
+// earlier columns of a classic factor.
+template <class T>
+void spread_swaps(bool up, idx n, T *a, idx lda, const idx *ipiv, bool rook, bool forward) {
+  if (n == 0) return;
+  Mat<T> av = tri_view(up, n, a, lda);
+  Piv ip = piv_view(up, n, ipiv);
+  for_each_swap(ip, n, rook, !forward, [&](idx r, idx s, idx k) {
+    if (r != s)
+      for (idx j = 0; j < k; ++j) std::swap(av(r, j), av(s, j));
+  });
+}
+
+// Classic <-> bounded storage in place (to_bounded: e receives the
+// off-diagonal entries of D, the later interchanges are applied to the
+// earlier columns). With fix_ipiv, Bunch-Kaufman pivots are rewritten in
+// the rook encoding (a 2 x 2 block's first row keeps its own index) and
+// back.
+template <class T, bool H>
+void convert(bool up, idx n, T *a, idx lda, T *e, idx *ipiv, bool rook, bool to_bounded, bool fix_ipiv) {
+  if (n == 0) return;
+  Mat<T> av = tri_view(up, n, a, lda);
+  Vec<T> ev = vec_view(up, n, e);
+  Piv ip = piv_view(up, n, ipiv);
+  auto row_swap = [&](idx r, idx s, idx k) {
+    if (r != s)
+      for (idx j = 0; j < k; ++j) std::swap(av(r, j), av(s, j));
+  };
+  if (to_bounded) {
+    for (idx k = 0; k < n;) {
+      if (ip.neg(k) && k + 1 < n) {
+        ev[k] = av(k + 1, k);
+        ev[k + 1] = T(0);
+        av(k + 1, k) = T(0);
+        k += 2;
+      } else {
+        ev[k] = T(0);
+        ++k;
+      }
+    }
+    for_each_swap(ip, n, rook, false, row_swap);
+    if (fix_ipiv && !rook)
+      for (idx k = 0; k + 1 < n;) {
+        if (ip.neg(k)) {
+          ip.set(k, k, true);
+          k += 2;
+        } else {
+          ++k;
+        }
+      }
+  } else {
+    if (fix_ipiv && !rook)
+      for (idx k = 0; k + 1 < n;) {
+        if (ip.neg(k)) {
+          ip.raw(k) = ip.raw(k + 1);
+          k += 2;
+        } else {
+          ++k;
+        }
+      }
+    for_each_swap(ip, n, rook, true, row_swap);
+    for (idx k = 0; k + 1 < n;) {
+      if (ip.neg(k)) {
+        av(k + 1, k) = ev[k];
+        k += 2;
+      } else {
+        ++k;
+      }
+    }
+  }
+}
+
+}  // namespace sym
+}  // namespace lapack
+}  // namespace nxl
+
+#endif  // NXL_LAPACK_SYM_SOLVE_H
