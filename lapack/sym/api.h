@@ -185,9 +185,7 @@ template <bool H> struct Fam {
   static void trs_classic(const char *op, const char *uplo, const idx *n, const idx *nrhs, const T *a,
                           const idx *lda, const idx *ipiv, T *b, const idx *ldb, idx *info) {
     if (!trs_check<T>(op, 8, uplo, *n, *nrhs, *lda, *ldb, info)) return;
-    bool up = same(uplo, 'U');
-    solve_classic<T, H, Rook>(tri_view(up, *n, const_cast<T *>(a), *lda), *n, *nrhs, piv_view(up, *n, ipiv),
-                              rhs_view(up, *n, b, *ldb));
+    solve_classic_any<T, H, Rook>(same(uplo, 'U'), *n, *nrhs, a, *lda, ipiv, b, *ldb);
   }
   template <class T>
   static void trs(const char *uplo, const idx *n, const idx *nrhs, const T *a, const idx *lda, const idx *ipiv,
@@ -437,8 +435,7 @@ template <bool H> struct Fam {
         solve_bounded<T, H>(up, n, nrhs, a, lda, work, ipiv, false, b, ldb);
         convert<T, H>(up, n, a, lda, work, ipiv, false, false, false);
       } else {
-        solve_classic<T, H, K == Kind::Rook>(tri_view(up, n, a, lda), n, nrhs, piv_view(up, n, ipiv),
-                                             rhs_view(up, n, b, ldb));
+        solve_classic_any<T, H, K == Kind::Rook>(up, n, nrhs, a, lda, ipiv, b, ldb);
       }
     }
     work[0] = work_size<T>(lwkopt);
@@ -495,9 +492,7 @@ template <bool H> struct Fam {
     idx linfo = 0;
     con_classic<T, false>("CON", uplo, pn, af, pldaf, ipiv, &anorm, rcond, work, isgn, &linfo);
     lacpy<T>("Full", pn, pnrhs, b, pldb, x, pldx);
-    if (n > 0 && nrhs > 0)
-      solve_classic<T, H, false>(tri_view(up, n, af, ldaf), n, nrhs, piv_view(up, n, ipiv),
-                                 rhs_view(up, n, x, ldx));
+    solve_classic_any<T, H, false>(up, n, nrhs, af, ldaf, ipiv, x, ldx);
     rfs<T>(uplo, pn, pnrhs, a, plda, af, pldaf, ipiv, b, pldb, x, pldx, ferr, berr, work, extra, &linfo);
     if (*rcond < lamch<R>('E')) *info = n + 1;
     work[0] = work_size<T>(lwkopt);

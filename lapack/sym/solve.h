@@ -91,6 +91,98 @@ void solve_classic(Mat<T> a, idx n, idx nrhs, const Piv &ip, Mat<T> b) {
   }
 }
 
+// Classic storage with many right-hand sides, level 3: the steps are taken
+// in blocks of about nb columns. Moving a block's interchanges in front of
+// its elimination matrices turns the block into P_blk L_blk, L_blk being the
+// block's columns with the block's later interchanges applied to the earlier
+// columns: a copy of that panel in w (n x nb, leading dimension n) serves a
+// triangular solve and a GEMM on each side of the D solve.
+template <class T, bool H, bool Rook>
+void solve_classic_blocked(bool up, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb, T *w,
+                           idx nb) {
+  Mat<T> av = tri_view(up, n, const_cast<T *>(a), lda);
+  Mat<T> bv = rhs_view(up, n, b, ldb);
+  Piv ip = piv_view(up, n, ipiv);
+  const char u = up ? 'U' : 'L', ct = (H && is_complex_v<T>) ? 'C' : 'T';
+  auto two = [&](idx k) { return ip.neg(k) && k + 1 < n; };
+  // Interchanges of the step at k, in order.
+  auto step_swaps = [&](idx k, auto f) {
+    if (!two(k)) {
+      f(k, ip.get(k));
+    } else {
+      if (Rook) f(k, ip.get(k));
+      f(k + 1, ip.get(k + 1));
+    }
+  };
+  // Rows [r, r + m) of the right-hand sides in storage order.
+  auto brows = [&](idx r, idx m) { return up ? b + (n - r - m) : b + r; };
+  // The panel of the block [k0, k1) with unit diagonal blocks.
+  auto panel = [&](idx k0, idx k1) {
+    idx m = n - k0, kb = k1 - k0;
+    Mat<T> wv = up ? Mat<T>{w + (m - 1) + (kb - 1) * n, -1, -n} : Mat<T>{w, 1, n};
+    for (idx j = 0; j < kb; ++j)
+      for (idx i = 0; i < m; ++i) wv(i, j) = i > j ? av(k0 + i, k0 + j) : T(i == j ? 1 : 0);
+    for (idx k = k0; k < k1;) {
+      if (two(k)) wv(k + 1 - k0, k - k0) = T(0);
+      step_swaps(k, [&](idx r, idx q) {
+        if (r != q)
+          for (idx j = 0; j < k - k0; ++j) std::swap(wv(r - k0, j), wv(q - k0, j));
+      });
+      k += two(k) ? 2 : 1;
+    }
+    return wv;
+  };
+  // L D Y = P^T B
+  for (idx k0 = 0; k0 < n;) {
+    idx k1 = k0;
+    while (k1 < n && k1 < k0 + nb) k1 += two(k1) ? 2 : 1;
+    for (idx k = k0; k < k1; k += two(k) ? 2 : 1)
+      step_swaps(k, [&](idx r, idx q) { swap_rows(bv, nrhs, r, q); });
+    Mat<T> wv = panel(k0, k1);
+    idx m = n - k0, kb = k1 - k0;
+    blas::trsm('L', u, 'N', 'U', kb, nrhs, T(1), wv.block(0, 0, kb, kb), n, brows(k0, kb), ldb);
+    if (m > kb)
+      blas::gemm('N', 'N', m - kb, nrhs, kb, T(-1), wv.block(kb, 0, m - kb, kb), n, brows(k0, kb), ldb, T(1),
+                 brows(k1, m - kb), ldb);
+    k0 = k1;
+  }
+  solve_d<T, H>(av, n, nrhs, ip, [&](idx k) { return av(k + 1, k); }, bv);
+  // L^H X = Y, blocks from the last one.
+  for (idx k1 = n; k1 > 0;) {
+    idx k0 = k1;
+    while (k0 > 0 && k0 > k1 - nb) k0 -= (ip.neg(k0 - 1) && k0 - 1 > 0) ? 2 : 1;
+    Mat<T> wv = panel(k0, k1);
+    idx m = n - k0, kb = k1 - k0;
+    if (m > kb)
+      blas::gemm(ct, 'N', kb, nrhs, m - kb, T(-1), wv.block(kb, 0, m - kb, kb), n, brows(k1, m - kb), ldb, T(1),
+                 brows(k0, kb), ldb);
+    blas::trsm('L', u, ct, 'U', kb, nrhs, T(1), wv.block(0, 0, kb, kb), n, brows(k0, kb), ldb);
+    // The block's interchanges, newest first.
+    for (idx k = k1 - 1; k >= k0;) {
+      bool pair = ip.neg(k) && k > k0;
+      idx ks = pair ? k - 1 : k;
+      swap_rows(bv, nrhs, k, ip.get(k));
+      if (pair && Rook) swap_rows(bv, nrhs, ks, ip.get(ks));
+      k = ks - 1;
+    }
+    k1 = k0;
+  }
+}
+
+// Classic solve: level 3 for several right-hand sides when the panel copy
+// can be had, column by column otherwise.
+template <class T, bool H, bool Rook>
+void solve_classic_any(bool up, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb) {
+  if (n == 0 || nrhs == 0) return;
+  if (nrhs >= 4 && n >= 16) {
+    idx nb = imin(n, 64);
+    Work<T> w(n * nb);
+    if (w) return solve_classic_blocked<T, H, Rook>(up, n, nrhs, a, lda, ipiv, b, ldb, w.get(), nb);
+  }
+  solve_classic<T, H, Rook>(tri_view(up, n, const_cast<T *>(a), lda), n, nrhs, piv_view(up, n, ipiv),
+                            rhs_view(up, n, b, ldb));
+}
+
 // Bounded storage (or classic storage converted by convert()): A X = B with
 // the stored triangle, e the off-diagonal entries of D; `rook` tells the
 // pivot encoding.
