@@ -55,10 +55,10 @@ void solve_classic(Mat<T> a, idx n, idx nrhs, const Piv &ip, Mat<T> b) {
       swap_rows(b, nrhs, k, ip.get(k));
       T d = O::diag(a(k, k));
       T r = recip(d);
+      idx m = n - k - 1;
       for (idx c = 0; c < nrhs; ++c) {
         T bk = b(k, c);
-        if (bk != T(0))
-          for (idx i = k + 1; i < n; ++i) b(i, c) -= a(i, k) * bk;
+        if (bk != T(0) && m > 0) blas::axpy(m, -bk, a.block(k + 1, k, m, 1), 1, b.block(k + 1, c, m, 1), 1);
         b(k, c) = bk * r;
       }
       ++k;
@@ -66,9 +66,14 @@ void solve_classic(Mat<T> a, idx n, idx nrhs, const Piv &ip, Mat<T> b) {
       if (Rook) swap_rows(b, nrhs, k, ip.get(k));
       swap_rows(b, nrhs, k + 1, ip.get(k + 1));
       Block2<T, H> d(O::diag(a(k, k)), a(k + 1, k), O::diag(a(k + 1, k + 1)));
+      idx m = n - k - 2;
       for (idx c = 0; c < nrhs; ++c) {
         T b1 = b(k, c), b2 = b(k + 1, c);
-        for (idx i = k + 2; i < n; ++i) b(i, c) -= a(i, k) * b1 + a(i, k + 1) * b2;
+        if (m > 0) {
+          T *bc = b.block(k + 2, c, m, 1);
+          blas::axpy(m, -b1, a.block(k + 2, k, m, 1), 1, bc, 1);
+          blas::axpy(m, -b2, a.block(k + 2, k + 1, m, 1), 1, bc, 1);
+        }
         d.col(b1, b2, b(k, c), b(k + 1, c));
       }
       k += 2;
@@ -78,13 +83,15 @@ void solve_classic(Mat<T> a, idx n, idx nrhs, const Piv &ip, Mat<T> b) {
   for (idx k = n - 1; k >= 0;) {
     bool two = ip.neg(k) && k > 0;
     idx k0 = two ? k - 1 : k;
-    for (idx c = 0; c < nrhs; ++c) {
-      for (idx j = k0; j <= k; ++j) {
-        T s = T(0);
-        for (idx i = k + 1; i < n; ++i) s += O::cj(a(i, j)) * b(i, c);
-        b(j, c) -= s;
+    idx m = n - k - 1;
+    if (m > 0)
+      for (idx c = 0; c < nrhs; ++c) {
+        const T *bc = b.block(k + 1, c, m, 1);
+        for (idx j = k0; j <= k; ++j) {
+          const T *col = a.block(k + 1, j, m, 1);
+          b(j, c) -= H ? blas::dotc(m, col, 1, bc, 1) : blas::dotu(m, col, 1, bc, 1);
+        }
       }
-    }
     swap_rows(b, nrhs, k, ip.get(k));
     if (two && Rook) swap_rows(b, nrhs, k0, ip.get(k0));
     k = k0 - 1;
