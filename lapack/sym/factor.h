@@ -27,6 +27,8 @@ namespace nxl {
 namespace lapack {
 namespace sym {
 
+inline constexpr idx kGemvBuf = 256;
+
 template <class R> inline R growth_alpha() { return (R(1) + std::sqrt(R(17))) / R(8); }
 
 // Writes the pivots of a step (view indices, off = offset of the block).
@@ -178,14 +180,30 @@ idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<
   using O = Ops<T, H>;
   const R alpha = growth_alpha<R>(), sfmin = lamch<R>('S');
   idx info = 0, k = 0;
-  // w(k:n, col) -= a(k:n, 0:k) cj(w(row, 0:k))^T
-  auto update = [&](idx col, idx row) {
-    for (idx l = 0; l < k; ++l) {
-      T c = -O::cj(w(row, l));
-      if (c == T(0)) continue;
-      for (idx i = k; i < n; ++i) w(i, col) += a(i, l) * c;
+  // y(r0:n) -= a(r0:n, 0:k) cj(w(row, 0:k))^T for a column y of A or W
+  // (GEMV on the stored blocks; the conjugated coefficients go through a
+  // small buffer).
+  T buf[kGemvBuf];
+  auto gemv_update = [&](Mat<T> y, idx ycol, idx r0, idx r1, idx row) {
+    idx m = r1 - r0;
+    if (m <= 0 || k == 0) return;
+    const T *x = w.block(row, 0, 1, k);
+    idx incx = w.ld();
+    if ((H && is_complex_v<T>) || k > kGemvBuf) {
+      if (k > kGemvBuf) {
+        for (idx l = 0; l < k; ++l) {
+          T c = -O::cj(w(row, l));
+          for (idx i = r0; i < r1; ++i) y(i, ycol) += a(i, l) * c;
+        }
+        return;
+      }
+      for (idx l = 0; l < k; ++l) buf[l] = O::cj(x[l * incx]);
+      x = buf;
+      incx = 1;
     }
+    blas::gemv('N', m, k, T(-1), a.block(r0, 0, m, k), a.ld(), x, incx, T(1), y.block(r0, ycol, m, 1), 1);
   };
+  auto update = [&](idx col, idx row) { gemv_update(w, col, k, n, row); };
   // w(k:n, k+1) := column im of the updated matrix.
   auto load = [&](idx im) {
     for (idx j = k; j < im; ++j) w(j, k + 1) = O::cj(a(im, j));
@@ -302,23 +320,26 @@ idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<
     k += kstep;
   }
   *kb = k;
-  // Trailing update A(k:n, k:n) -= L(k:n, 0:k) W(k:n, 0:k)^H, lower triangle,
-  // by column blocks: the diagonal block by columns, the rest by GEMM.
+  // Trailing update A(k:n, k:n) -= L(k:n, 0:k) W(k:n, 0:k)^H, lower triangle
+  // only: halves recursively, the square below the diagonal halves by one
+  // GEMM, triangles of at most nb columns column by column.
   const char tr = (H && is_complex_v<T>) ? 'C' : 'T';
-  for (idx j = k; j < n; j += nb) {
-    idx jb = imin(nb, n - j);
-    for (idx jj = j; jj < j + jb; ++jj) {
-      for (idx l = 0; l < k; ++l) {
-        T c = -O::cj(w(jj, l));
-        for (idx i = jj; i < j + jb; ++i) a(i, jj) += a(i, l) * c;
+  auto trailing = [&](auto &&self, idx j0, idx j1) -> void {
+    idx m = j1 - j0;
+    if (m <= imax(nb, 32)) {
+      for (idx jj = j0; jj < j1; ++jj) {
+        gemv_update(a, jj, jj, j1, jj);
+        if constexpr (H) a(jj, jj) = O::diag(a(jj, jj));
       }
-      if constexpr (H) a(jj, jj) = O::diag(a(jj, jj));
+      return;
     }
-    idx m = n - j - jb;
-    if (m > 0 && k > 0)
-      blas::gemm('N', tr, m, jb, k, T(-1), a.block(j + jb, 0, m, k), a.ld(), w.block(j, 0, jb, k), w.ld(), T(1),
-                 a.block(j + jb, j, m, jb), a.ld());
-  }
+    idx h = j0 + m / 2;
+    self(self, j0, h);
+    blas::gemm('N', tr, j1 - h, h - j0, k, T(-1), a.block(h, 0, j1 - h, k), a.ld(), w.block(j0, 0, h - j0, k),
+               w.ld(), T(1), a.block(h, j0, j1 - h, h - j0), a.ld());
+    self(self, h, j1);
+  };
+  if (k > 0 && k < n) trailing(trailing, k, n);
   if constexpr (!RK) {
     Piv loc = ip;
     // Undo, newest first, the interchanges of each step in the columns
