@@ -1,5 +1,5 @@
 // Symmetric indefinite suite: dsytrf (Bunch-Kaufman), dsytrf_rk (bounded),
-// zhetrf, dsytrs with 1 and 100 right-hand sides and dsytri, against a peer
+// zhetrf, dsytrs with 1 and 100 right-hand sides, dsytri and dsytri2, against a peer
 // loaded with dlopen in the same run (--peer LIB; ILP64 Fortran names).
 #include <dlfcn.h>
 #include <algorithm>
@@ -23,6 +23,8 @@ using trf_rk_fn = void (*)(const char *, const idx *, double *, const idx *, dou
 using trs_fn = void (*)(const char *, const idx *, const idx *, const double *, const idx *, const idx *,
                         double *, const idx *, idx *, size_t);
 using tri_fn = void (*)(const char *, const idx *, double *, const idx *, const idx *, double *, idx *, size_t);
+using tri2_fn = void (*)(const char *, const idx *, double *, const idx *, const idx *, double *, const idx *,
+                         idx *, size_t);
 
 struct Lib {
   trf_fn<double> dsytrf = nullptr;
@@ -30,6 +32,7 @@ struct Lib {
   trf_rk_fn dsytrf_rk = nullptr;
   trs_fn dsytrs = nullptr;
   tri_fn dsytri = nullptr;
+  tri2_fn dsytri2 = nullptr;
   void (*threads)(int) = nullptr;
 };
 
@@ -40,6 +43,7 @@ Lib ours() {
   l.dsytrf_rk = reinterpret_cast<trf_rk_fn>(&dsytrf_rk_);
   l.dsytrs = reinterpret_cast<trs_fn>(&dsytrs_);
   l.dsytri = reinterpret_cast<tri_fn>(&dsytri_);
+  l.dsytri2 = reinterpret_cast<tri2_fn>(&dsytri2_);
   l.threads = [](int n) {
     nxl_int t = n;
     nxl_set_num_threads(&t);
@@ -59,8 +63,9 @@ bool peer(const std::string &path, Lib &l) {
   l.dsytrf_rk = reinterpret_cast<trf_rk_fn>(sym("dsytrf_rk_"));
   l.dsytrs = reinterpret_cast<trs_fn>(sym("dsytrs_"));
   l.dsytri = reinterpret_cast<tri_fn>(sym("dsytri_"));
+  l.dsytri2 = reinterpret_cast<tri2_fn>(sym("dsytri2_"));
   l.threads = reinterpret_cast<void (*)(int)>(sym("openblas_set_num_threads"));
-  return l.dsytrf && l.zhetrf && l.dsytrf_rk && l.dsytrs && l.dsytri;
+  return l.dsytrf && l.zhetrf && l.dsytrf_rk && l.dsytrs && l.dsytri && l.dsytri2;
 }
 
 // Symmetric (Hermitian) indefinite: random entries, both triangles equal.
@@ -122,7 +127,7 @@ void run_factor(int kind, idx n, int thr, Lib &a, Lib *p, double mt) {
 void run_solve_inverse(idx n, int thr, Lib &a, Lib *p, double mt) {
   auto a0 = matrix<double>(n, 5u);
   std::vector<idx> ipiv(static_cast<size_t>(n));
-  idx info = 0, lwork = n * 128;
+  idx info = 0, lwork = (n + 260) * 260;  // room for any block size of the inverses
   std::vector<double> work(static_cast<size_t>(lwork));
   a.dsytrf("L", &n, a0.data(), &n, ipiv.data(), work.data(), &lwork, &info, 1);
   for (idx nrhs : {1, 100}) {
@@ -139,12 +144,16 @@ void run_solve_inverse(idx n, int thr, Lib &a, Lib *p, double mt) {
   double to = time_restoring(w, a0, [&] { call(a); }, mt);
   double tp = p ? time_restoring(w, a0, [&] { call(*p); }, mt) : 0;
   report("dsytri", n, 0, thr, 2.0 * double(n) * n * n / 3.0, to, tp);
+  auto call2 = [&](Lib &l) { l.dsytri2("L", &n, w.data(), &n, ipiv.data(), work.data(), &lwork, &info, 1); };
+  to = time_restoring(w, a0, [&] { call2(a); }, mt);
+  tp = p ? time_restoring(w, a0, [&] { call2(*p); }, mt) : 0;
+  report("dsytri2", n, 0, thr, 2.0 * double(n) * n * n / 3.0, to, tp);
 }
 
 }  // namespace
 
 NXL_BENCH_SUITE(bench_sym, "sym",
-                "dsytrf/dsytrf_rk/zhetrf (n = 2000 and 16..128), dsytrs with 1 and 100 right-hand sides, dsytri") {
+                "dsytrf/dsytrf_rk/zhetrf (n = 2000 and 16..128), dsytrs with 1 and 100 right-hand sides, dsytri, dsytri2") {
   Lib mine = ours(), other;
   Lib *p = nullptr;
   if (!opt.peer.empty() && peer(opt.peer, other)) p = &other;

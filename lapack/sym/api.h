@@ -257,13 +257,15 @@ template <bool H> struct Fam {
   }
   // Classic storage: spread the interchanges, then invert with D read from A.
   template <class T>
+  // With wsize >= n nb + 2n entries of work (nb >= 2) the blocked form runs.
   static void tri_classic(bool rook, const char *uplo, idx n, T *a, idx lda, const idx *ipiv, T *work,
-                          idx *info) {
+                          idx *info, idx wsize = 0, idx nb = 0) {
     if (n == 0) return;
     bool up = same(uplo, 'U');
     if ((*info = singular_block<T, H>(up, n, a, lda, ipiv)) != 0) return;
     spread_swaps<T>(up, n, a, lda, ipiv, rook, true);
-    invert_bounded<T, H>(up, n, a, lda, nullptr, ipiv, rook, work);
+    if (nb >= 2 && wsize >= n * nb + 2 * n) invert_blocked<T, H>(up, n, a, lda, nullptr, ipiv, rook, work, nb);
+    else invert_bounded<T, H>(up, n, a, lda, nullptr, ipiv, rook, work);
   }
   template <class T>
   static void tri(const char *uplo, const idx *n, T *a, const idx *lda, const idx *ipiv, T *work, idx *info) {
@@ -292,20 +294,25 @@ template <bool H> struct Fam {
       work[0] = work_size<T>(minsize);
       return;
     }
-    tri_classic<T>(false, uplo, *n, a, *lda, ipiv, work, info);
+    idx nb = fam_nb<T, H>("TRI2", uplo, *n);
+    if (*lwork < *n * nb + 2 * *n) nb = (*lwork - 2 * *n) / imax(1, *n);
+    tri_classic<T>(false, uplo, *n, a, *lda, ipiv, work, info, *lwork, nb);
   }
   template <class T>
-  static void tri2x(const char *uplo, const idx *n, T *a, const idx *lda, const idx *ipiv, T *work, const idx *,
-                    idx *info) {
-    if (tri_check<T>("TRI2X", uplo, *n, *lda, info)) tri_classic<T>(false, uplo, *n, a, *lda, ipiv, work, info);
+  // work holds (n + nb + 1) (nb + 3) entries.
+  static void tri2x(const char *uplo, const idx *n, T *a, const idx *lda, const idx *ipiv, T *work,
+                    const idx *nb, idx *info) {
+    if (tri_check<T>("TRI2X", uplo, *n, *lda, info))
+      tri_classic<T>(false, uplo, *n, a, *lda, ipiv, work, info, (*n + *nb + 1) * (*nb + 3), *nb);
   }
   template <class T>
   static void tri_bounded(const char *uplo, idx n, T *a, idx lda, const T *e, const idx *ipiv, T *work,
-                          idx *info) {
+                          idx *info, idx wsize, idx nb) {
     if (n == 0) return;
     bool up = same(uplo, 'U');
     if ((*info = singular_block<T, H>(up, n, a, lda, ipiv)) != 0) return;
-    invert_bounded<T, H>(up, n, a, lda, e, ipiv, true, work);
+    if (nb >= 2 && wsize >= n * nb + 2 * n) invert_blocked<T, H>(up, n, a, lda, e, ipiv, true, work, nb);
+    else invert_bounded<T, H>(up, n, a, lda, e, ipiv, true, work);
   }
   template <class T>
   static void tri_3(const char *uplo, const idx *n, T *a, const idx *lda, const T *e, const idx *ipiv, T *work,
@@ -315,13 +322,16 @@ template <bool H> struct Fam {
     if (*lwork < imax(1, *n) && *lwork != -1) return fam_report<T, H>("TRI_3", 8, info);
     work[0] = work_size<T>(lwkopt);
     if (*lwork == -1) return;
-    tri_bounded<T>(uplo, *n, a, *lda, e, ipiv, work, info);
+    idx nb = fam_nb<T, H>("TRI_3", uplo, *n);
+    if (*lwork < *n * nb + 2 * *n) nb = (*lwork - 2 * *n) / imax(1, *n);
+    tri_bounded<T>(uplo, *n, a, *lda, e, ipiv, work, info, *lwork, nb);
     work[0] = work_size<T>(lwkopt);
   }
   template <class T>
   static void tri_3x(const char *uplo, const idx *n, T *a, const idx *lda, const T *e, const idx *ipiv, T *work,
-                     const idx *, idx *info) {
-    if (tri_check<T>("TRI_3X", uplo, *n, *lda, info)) tri_bounded<T>(uplo, *n, a, *lda, e, ipiv, work, info);
+                     const idx *nb, idx *info) {
+    if (tri_check<T>("TRI_3X", uplo, *n, *lda, info))
+      tri_bounded<T>(uplo, *n, a, *lda, e, ipiv, work, info, (*n + *nb + 1) * (*nb + 3), *nb);
   }
 
   // ---- condition estimates ----------------------------------------------

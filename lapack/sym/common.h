@@ -240,9 +240,18 @@ template <class T, bool H> struct FamName {
     s[i] = 0;
   }
 };
+// Reports illegal argument `pos` (names of any length, SYCONVF_ROOK included).
 template <class T, bool H> inline void fam_report(const char *op, idx pos, idx *info) {
   FamName<T, H> nm(op);
-  report<T>(nm.s, pos, info);
+  char full[20];
+  full[0] = prefix<T>();
+  int len = 1;
+  for (; nm.s[len - 1] && len < 19; ++len) full[len] = nm.s[len - 1];
+  for (; len < 6; ++len) full[len] = ' ';
+  full[len] = 0;
+  if (info) *info = -pos;
+  idx p = pos;
+  nxl_serv_xerbla(full, &p, len);
 }
 template <class T, bool H> inline idx fam_nb(const char *op, const char *uplo, idx n) {
   FamName<T, H> nm(op);

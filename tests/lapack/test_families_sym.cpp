@@ -387,7 +387,7 @@ TYPED_TEST(SymTyped, InversesAndConditionEstimates) {
   using R = lt::real_t<T>;
   constexpr bool H = TypeParam::H;
   using F = sy::Fam<H>;
-  for (idx n : {1, 2, 5, 30})
+  for (idx n : {1, 2, 5, 30, 70})
     for (bool up : {false, true})
       for (Piv p : {Piv::BK, Piv::Rook, Piv::RK}) {
         char u = up ? 'U' : 'L';
@@ -407,18 +407,21 @@ TYPED_TEST(SymTyped, InversesAndConditionEstimates) {
         EXPECT_GE(double(rcond), exact * 0.5) << int(p);
         EXPECT_LE(double(rcond), exact * 10.0) << int(p);
         // Every inverse routine of the pivoting.
-        for (int variant = 0; variant < 2; ++variant) {
+        // Level 2 (tri, tri_rook), blocked with the full workspace and with
+        // small blocks (a reduced workspace, or nb given).
+        for (int variant = 0; variant < 3; ++variant) {
           auto ai = a;
-          idx lw = static_cast<idx>(work.size()), nb = 8;
+          idx lw = variant == 1 ? static_cast<idx>(work.size()) : 8 * n + 2 * n, nb = 5;
           if (p == Piv::BK) {
             if (variant == 0) F::template tri<T>(&u, &n, ai.data(), &m.lda, ipiv.data(), work.data(), &info);
-            else F::template tri2<T>(&u, &n, ai.data(), &m.lda, ipiv.data(), work.data(), &lw, &info);
+            else if (variant == 1) F::template tri2<T>(&u, &n, ai.data(), &m.lda, ipiv.data(), work.data(), &lw, &info);
+            else F::template tri2x<T>(&u, &n, ai.data(), &m.lda, ipiv.data(), work.data(), &nb, &info);
           } else if (p == Piv::Rook) {
-            if (variant == 1) continue;
+            if (variant != 0) continue;
             F::template tri_rook<T>(&u, &n, ai.data(), &m.lda, ipiv.data(), work.data(), &info);
           } else {
-            if (variant == 0) F::template tri_3<T>(&u, &n, ai.data(), &m.lda, e.data(), ipiv.data(), work.data(), &lw, &info);
-            else F::template tri_3x<T>(&u, &n, ai.data(), &m.lda, e.data(), ipiv.data(), work.data(), &nb, &info);
+            if (variant == 2) F::template tri_3x<T>(&u, &n, ai.data(), &m.lda, e.data(), ipiv.data(), work.data(), &nb, &info);
+            else F::template tri_3<T>(&u, &n, ai.data(), &m.lda, e.data(), ipiv.data(), work.data(), &lw, &info);
           }
           ASSERT_EQ(info, 0);
           Dense inv(static_cast<size_t>(n * n));
@@ -564,6 +567,12 @@ TYPED_TEST(SymTyped, ArgumentChecksAndQueries) {
     F::template con_3<T>(&lo, &n, a, &n, w, ipiv, &an, &rc, w, ipiv, &info);
     EXPECT_EQ(info, -7);
     EXPECT_EQ(x.calls, 4);
+  }
+  if constexpr (!H) {
+    ft::Xerbla x;
+    sy::Fam<false>::template convf_rook<T>(&lo, &bad, &n, a, &n, w, ipiv, &info);
+    EXPECT_EQ(info, -2);
+    EXPECT_EQ(x.name, std::string(1, pre) + "SYCONVF_ROOK");
   }
   // Workspace queries: nothing touched but work(1).
   {
