@@ -341,29 +341,20 @@ idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<
   };
   if (k > 0 && k < n) trailing(trailing, k, n);
   if constexpr (!RK) {
-    Piv loc = ip;
     // Undo, newest first, the interchanges of each step in the columns
     // before it.
     for (idx s = k - 1; s >= 0;) {
       bool two = s > 0 && ip.neg(off + s);
       idx k0 = two ? s - 1 : s;
-      if (!two) {
-        idx q = ip.get(off + s) - off;
-        if (q != s)
-          for (idx j = 0; j < k0; ++j) std::swap(a(s, j), a(q, j));
-      } else {
-        idx q = ip.get(off + s) - off;
-        if (q != s)
-          for (idx j = 0; j < k0; ++j) std::swap(a(s, j), a(q, j));
-        if (Rook) {
-          idx q0 = ip.get(off + k0) - off;
-          if (q0 != k0)
-            for (idx j = 0; j < k0; ++j) std::swap(a(k0, j), a(q0, j));
-        }
-      }
+      auto unswap = [&](idx r) {
+        idx q = ip.get(off + r) - off;
+        if (q != r)
+          for (idx j = 0; j < k0; ++j) std::swap(a(r, j), a(q, j));
+      };
+      unswap(s);
+      if (two && Rook) unswap(k0);
       s = k0 - 1;
     }
-    (void)loc;
   }
   return info;
 }
@@ -386,7 +377,6 @@ idx factor_blocked(Mat<T> a, idx n, const Piv &ip, Vec<T> e, Mat<T> w, idx nb) {
     if constexpr (RK) {
       // The block's interchanges reach the columns factored before it.
       if (k > 0) {
-        Piv sub{ip.p, ip.n, ip.rev};
         for (idx s = k; s < k + kb;) {
           bool two = s + 1 < k + kb && ip.neg(s);
           idx q = ip.get(s);
@@ -399,7 +389,6 @@ idx factor_blocked(Mat<T> a, idx n, const Piv &ip, Vec<T> e, Mat<T> w, idx nb) {
           }
           s += two ? 2 : 1;
         }
-        (void)sub;
       }
     }
     k += kb;

@@ -4,6 +4,7 @@
 // refinement and the drivers; storage conversions; argument checks.
 #include "families_util.h"
 #include "lapack/sym/api.h"
+#include "nxl_lapack.h"
 
 using ft::C;
 using ft::Dense;
@@ -630,5 +631,74 @@ TYPED_TEST(CsymTyped, SymvAndSyr) {
             C want = m.dense[i + j * n] + ft::wide(alpha) * ft::wide(at(x, i)) * ft::wide(at(x, j));
             EXPECT_LT(std::abs(ft::wide(m.a[i + j * lda]) - want), 1e-4);
           }
+    }
+}
+
+// The exported panel routines reach their forms: with nb >= n a panel
+// factors the whole matrix like the unblocked routine of the same pivoting.
+TEST(SymExported, PanelsWithWideBlockMatchUnblocked) {
+  using Z = std::complex<double>;
+  idx n = 12, nb = 16, ldw = n, kb = -1, info = -1, info2 = -1;
+  for (char u : {'U', 'L'}) {
+    bool up = u == 'U';
+    for (int form = 0; form < 3; ++form) {
+      SymMat<Z, true> h(n, 40u + form, up, 1);
+      SymMat<Z, false> s(n, 50u + form, up, 1);
+      auto h2 = h.a;
+      auto s2 = s.a;
+      std::vector<Z> w(static_cast<size_t>(ldw * nb)), e(n), e2(n);
+      std::vector<idx> p1(n), p2(n), q1(n), q2(n);
+      auto zc = [](std::vector<Z> &v) { return reinterpret_cast<nxl_complex16 *>(v.data()); };
+      if (form == 0) {
+        zlahef(&u, &n, &nb, &kb, zc(h.a), &h.lda, p1.data(), zc(w), &ldw, &info);
+        zhetf2(&u, &n, zc(h2), &h.lda, p2.data(), &info2);
+      } else if (form == 1) {
+        zlahef_rook(&u, &n, &nb, &kb, zc(h.a), &h.lda, p1.data(), zc(w), &ldw, &info);
+        zhetf2_rook(&u, &n, zc(h2), &h.lda, p2.data(), &info2);
+      } else {
+        zlahef_rk(&u, &n, &nb, &kb, zc(h.a), &h.lda, zc(e), p1.data(), zc(w), &ldw, &info);
+        zhetf2_rk(&u, &n, zc(h2), &h.lda, zc(e2), p2.data(), &info2);
+      }
+      EXPECT_EQ(kb, n);
+      EXPECT_EQ(info, info2);
+      EXPECT_EQ(p1, p2) << u << form;
+      if (form == 0) {
+        zlasyf(&u, &n, &nb, &kb, zc(s.a), &s.lda, q1.data(), zc(w), &ldw, &info);
+        zsytf2(&u, &n, zc(s2), &s.lda, q2.data(), &info2);
+      } else if (form == 1) {
+        zlasyf_rook(&u, &n, &nb, &kb, zc(s.a), &s.lda, q1.data(), zc(w), &ldw, &info);
+        zsytf2_rook(&u, &n, zc(s2), &s.lda, q2.data(), &info2);
+      } else {
+        zlasyf_rk(&u, &n, &nb, &kb, zc(s.a), &s.lda, zc(e), q1.data(), zc(w), &ldw, &info);
+        zsytf2_rk(&u, &n, zc(s2), &s.lda, zc(e2), q2.data(), &info2);
+      }
+      EXPECT_EQ(q1, q2) << u << form;
+      double worst = 0;
+      for (idx j = 0; j < n; ++j)
+        for (idx i = 0; i < n; ++i)
+          if (up ? i <= j : i >= j) {
+            worst = std::max(worst, std::abs(h.a[i + j * h.lda] - h2[i + j * h.lda]));
+            worst = std::max(worst, std::abs(s.a[i + j * s.lda] - s2[i + j * s.lda]));
+          }
+      EXPECT_LT(worst, 1e-10) << u << form;
+    }
+  }
+}
+
+// Non-finite entries end the factorization normally (no endless pivot search).
+TEST(SymExported, NonFiniteEntriesTerminate) {
+  idx n = 6, lwork = 64, info = 0;
+  for (double bad : {std::nan(""), HUGE_VAL})
+    for (char u : {'U', 'L'}) {
+      SymMat<double, false> m(n, 3u, u == 'U', 0);
+      m.a[2 + 3 * m.lda] = bad;
+      m.a[3 + 2 * m.lda] = bad;
+      std::vector<double> e(n), work(lwork);
+      std::vector<idx> ipiv(n);
+      auto a1 = m.a, a2 = m.a;
+      dsytrf_rook(&u, &n, a1.data(), &m.lda, ipiv.data(), work.data(), &lwork, &info);
+      dsytrf_rk(&u, &n, a2.data(), &m.lda, e.data(), ipiv.data(), work.data(), &lwork, &info);
+      dsytrf(&u, &n, m.a.data(), &m.lda, ipiv.data(), work.data(), &lwork, &info);
+      for (idx k = 0; k < n; ++k) EXPECT_NE(ipiv[k], 0);
     }
 }
