@@ -636,53 +636,56 @@ TYPED_TEST(CsymTyped, SymvAndSyr) {
 
 // The exported panel routines reach their forms: with nb >= n a panel
 // factors the whole matrix like the unblocked routine of the same pivoting.
-TEST(SymExported, PanelsWithWideBlockMatchUnblocked) {
-  using Z = std::complex<double>;
+namespace {
+using Z = std::complex<double>;
+using nz = nxl_complex16;
+struct PanelSet {
+  void (*laf)(const char *, const idx *, const idx *, idx *, nz *, const idx *, idx *, nz *, const idx *, idx *);
+  void (*laf_rook)(const char *, const idx *, const idx *, idx *, nz *, const idx *, idx *, nz *, const idx *,
+                   idx *);
+  void (*laf_rk)(const char *, const idx *, const idx *, idx *, nz *, const idx *, nz *, idx *, nz *, const idx *,
+                 idx *);
+  void (*tf2)(const char *, const idx *, nz *, const idx *, idx *, idx *);
+  void (*tf2_rook)(const char *, const idx *, nz *, const idx *, idx *, idx *);
+  void (*tf2_rk)(const char *, const idx *, nz *, const idx *, nz *, idx *, idx *);
+};
+template <bool H> void panel_matches(const PanelSet &f, char u, int form) {
   idx n = 12, nb = 16, ldw = n, kb = -1, info = -1, info2 = -1;
-  for (char u : {'U', 'L'}) {
-    bool up = u == 'U';
-    for (int form = 0; form < 3; ++form) {
-      SymMat<Z, true> h(n, 40u + form, up, 1);
-      SymMat<Z, false> s(n, 50u + form, up, 1);
-      auto h2 = h.a;
-      auto s2 = s.a;
-      std::vector<Z> w(static_cast<size_t>(ldw * nb)), e(n), e2(n);
-      std::vector<idx> p1(n), p2(n), q1(n), q2(n);
-      auto zc = [](std::vector<Z> &v) { return reinterpret_cast<nxl_complex16 *>(v.data()); };
-      if (form == 0) {
-        zlahef(&u, &n, &nb, &kb, zc(h.a), &h.lda, p1.data(), zc(w), &ldw, &info);
-        zhetf2(&u, &n, zc(h2), &h.lda, p2.data(), &info2);
-      } else if (form == 1) {
-        zlahef_rook(&u, &n, &nb, &kb, zc(h.a), &h.lda, p1.data(), zc(w), &ldw, &info);
-        zhetf2_rook(&u, &n, zc(h2), &h.lda, p2.data(), &info2);
-      } else {
-        zlahef_rk(&u, &n, &nb, &kb, zc(h.a), &h.lda, zc(e), p1.data(), zc(w), &ldw, &info);
-        zhetf2_rk(&u, &n, zc(h2), &h.lda, zc(e2), p2.data(), &info2);
-      }
-      EXPECT_EQ(kb, n);
-      EXPECT_EQ(info, info2);
-      EXPECT_EQ(p1, p2) << u << form;
-      if (form == 0) {
-        zlasyf(&u, &n, &nb, &kb, zc(s.a), &s.lda, q1.data(), zc(w), &ldw, &info);
-        zsytf2(&u, &n, zc(s2), &s.lda, q2.data(), &info2);
-      } else if (form == 1) {
-        zlasyf_rook(&u, &n, &nb, &kb, zc(s.a), &s.lda, q1.data(), zc(w), &ldw, &info);
-        zsytf2_rook(&u, &n, zc(s2), &s.lda, q2.data(), &info2);
-      } else {
-        zlasyf_rk(&u, &n, &nb, &kb, zc(s.a), &s.lda, zc(e), q1.data(), zc(w), &ldw, &info);
-        zsytf2_rk(&u, &n, zc(s2), &s.lda, zc(e2), q2.data(), &info2);
-      }
-      EXPECT_EQ(q1, q2) << u << form;
-      double worst = 0;
-      for (idx j = 0; j < n; ++j)
-        for (idx i = 0; i < n; ++i)
-          if (up ? i <= j : i >= j) {
-            worst = std::max(worst, std::abs(h.a[i + j * h.lda] - h2[i + j * h.lda]));
-            worst = std::max(worst, std::abs(s.a[i + j * s.lda] - s2[i + j * s.lda]));
-          }
-      EXPECT_LT(worst, 1e-10) << u << form;
-    }
+  bool up = u == 'U';
+  SymMat<Z, H> m(n, 40u + form, up, 1);
+  auto a2 = m.a;
+  std::vector<Z> w(static_cast<size_t>(ldw * nb)), e(n), e2(n);
+  std::vector<idx> p1(n), p2(n);
+  auto zc = [](std::vector<Z> &v) { return reinterpret_cast<nz *>(v.data()); };
+  if (form == 0) {
+    f.laf(&u, &n, &nb, &kb, zc(m.a), &m.lda, p1.data(), zc(w), &ldw, &info);
+    f.tf2(&u, &n, zc(a2), &m.lda, p2.data(), &info2);
+  } else if (form == 1) {
+    f.laf_rook(&u, &n, &nb, &kb, zc(m.a), &m.lda, p1.data(), zc(w), &ldw, &info);
+    f.tf2_rook(&u, &n, zc(a2), &m.lda, p2.data(), &info2);
+  } else {
+    f.laf_rk(&u, &n, &nb, &kb, zc(m.a), &m.lda, zc(e), p1.data(), zc(w), &ldw, &info);
+    f.tf2_rk(&u, &n, zc(a2), &m.lda, zc(e2), p2.data(), &info2);
   }
+  EXPECT_EQ(kb, n);
+  EXPECT_EQ(info, info2);
+  EXPECT_EQ(p1, p2) << u << form << H;
+  double worst = 0;
+  for (idx j = 0; j < n; ++j)
+    for (idx i = 0; i < n; ++i)
+      if (up ? i <= j : i >= j) worst = std::max(worst, std::abs(m.a[i + j * m.lda] - a2[i + j * m.lda]));
+  EXPECT_LT(worst, 1e-10) << u << form << H;
+}
+}  // namespace
+
+TEST(SymExported, PanelsWithWideBlockMatchUnblocked) {
+  const PanelSet he{zlahef, zlahef_rook, zlahef_rk, zhetf2, zhetf2_rook, zhetf2_rk};
+  const PanelSet sy{zlasyf, zlasyf_rook, zlasyf_rk, zsytf2, zsytf2_rook, zsytf2_rk};
+  for (char u : {'U', 'L'})
+    for (int form = 0; form < 3; ++form) {
+      panel_matches<true>(he, u, form);
+      panel_matches<false>(sy, u, form);
+    }
 }
 
 // Non-finite entries end the factorization normally (no endless pivot search).
