@@ -132,10 +132,15 @@ idx factor_unblocked(Mat<T> a, idx n, const Piv &ip, idx off, Vec<T> e) {
         bool tiny = abs1(d) < sfmin;
         T r = recip(d);
         // A(i, j) -= W(i) cj(L(j)) with W the column before scaling.
+        // Rows j..n of a column are one stored run (either direction), so
+        // the loops run over plain arrays.
         for (idx j = k + 1; j < n; ++j) {
           T lj = tiny ? a(j, k) / d : a(j, k) * r;
           T c = O::cj(lj);
-          for (idx i = j; i < n; ++i) a(i, j) -= a(i, k) * c;
+          idx m = n - j;
+          T *y = a.block(j, j, m, 1);
+          const T *x = a.block(j, k, m, 1);
+          for (idx i = 0; i < m; ++i) y[i] -= x[i] * c;
           a(j, k) = lj;
           if constexpr (H) a(j, j) = O::diag(a(j, j));
         }
@@ -150,7 +155,10 @@ idx factor_unblocked(Mat<T> a, idx n, const Piv &ip, idx off, Vec<T> e) {
           T l1, l2;
           d.row(a(j, k), a(j, k + 1), l1, l2);
           T c1 = O::cj(l1), c2 = O::cj(l2);
-          for (idx i = j; i < n; ++i) a(i, j) -= a(i, k) * c1 + a(i, k + 1) * c2;
+          idx m = n - j;
+          T *y = a.block(j, j, m, 1);
+          const T *x1 = a.block(j, k, m, 1), *x2 = a.block(j, k + 1, m, 1);
+          for (idx i = 0; i < m; ++i) y[i] -= x1[i] * c1 + x2[i] * c2;
           a(j, k) = l1;
           a(j, k + 1) = l2;
           if constexpr (H) a(j, j) = O::diag(a(j, j));
@@ -326,7 +334,7 @@ idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<
   const char tr = (H && is_complex_v<T>) ? 'C' : 'T';
   auto trailing = [&](auto &&self, idx j0, idx j1) -> void {
     idx m = j1 - j0;
-    if (m <= imax(nb, 32)) {
+    if (m <= 16) {
       for (idx jj = j0; jj < j1; ++jj) {
         gemv_update(a, jj, jj, j1, jj);
         if constexpr (H) a(jj, jj) = O::diag(a(jj, jj));
