@@ -37,58 +37,11 @@ template <class T> idx potrf_upper_short(idx n, T *a, idx lda) {
 
 // Blocked left-looking A = L L^H on vectors, for n at least one vector of
 // elements: each block of up to four columns first takes the update from all
-// columns left of it (a rank-j0 product held in four vector accumulators per
-// window of rows), then is factored column by column. Windows run from the
-// last row up, so that only the top one is partial.
+// columns left of it (a rank-j0 product held in vector accumulators), then
+// is factored column by column.
 template <class T, int JB> void potrf_lower_update(idx n, T *a, idx lda, idx j0) {
-  using S = simd<T>;
-  using V = typename S::V;
-  constexpr idx E = S::E;
-  for (idx top = n; top > j0;) {
-    const idx ws = top - E > 0 ? top - E : 0, lo = ws > j0 ? ws : j0;
-    V acc[JB];
-    for (int c = 0; c < JB; ++c) acc[c] = S::load(a + ws + (j0 + c) * lda);
-    const V keep0 = acc[0];
-    for (idx k = 0; k < j0; ++k) {
-      const T *ck = a + k * lda;
-      const V x = S::load(ck + ws);
-      for (int c = 0; c < JB; ++c) acc[c] -= typename S::template factor<true>(ck[j0 + c]).times(x);
-    }
-    if (lo == ws && top == ws + E && ws >= j0 + JB) {
-      for (int c = 0; c < JB; ++c) S::store(a + ws + (j0 + c) * lda, acc[c]);
-    } else {
-      // Column j0 + c changes from its diagonal down.
-      for (int c = 0; c < JB; ++c) {
-        T *p = a + ws + (j0 + c) * lda;
-        const idx from = lo > j0 + c ? lo : j0 + c;
-        S::store(p, S::blend(S::mask(from - ws, top - ws), acc[c], c == 0 ? keep0 : S::load(p)));
-      }
-    }
-    top = lo;
-  }
-}
-
-// dst[i] -= src[i] * conj(f) (Conj) or dst[i] *= s, for the rows lo..n-1.
-template <class T> void column_axpy(idx n, idx lo, T *dst, const T *src, T f) {
-  using S = simd<T>;
-  constexpr idx E = S::E;
-  const typename S::template factor<true> ff(f);
-  for (idx top = n; top > lo;) {
-    const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
-    auto v = S::load(dst + ws), r = v - ff.times(S::load(src + ws));
-    S::store(dst + ws, (l == ws && top == ws + E) ? r : S::blend(S::mask(l - ws, top - ws), r, v));
-    top = l;
-  }
-}
-template <class T> void column_scale(idx n, idx lo, T *dst, real_t<T> s) {
-  using S = simd<T>;
-  constexpr idx E = S::E;
-  for (idx top = n; top > lo;) {
-    const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
-    auto v = S::load(dst + ws), r = v * S::splat(s);
-    S::store(dst + ws, (l == ws && top == ws + E) ? r : S::blend(S::mask(l - ws, top - ws), r, v));
-    top = l;
-  }
+  panel_update<T, JB, true, true>(j0, n, a + j0 * lda, lda, a, lda, j0,
+                                  [&](idx k, int c) { return a[j0 + c + k * lda]; });
 }
 
 template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
@@ -106,7 +59,7 @@ template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
     for (idx c = 0; c < jb; ++c) {
       const idx j = j0 + c;
       T *cj = a + j * lda;
-      for (idx p = j0; p < j; ++p) column_axpy<T>(n, j, cj, a + p * lda, a[j + p * lda]);
+      for (idx p = j0; p < j; ++p) column_axpy<T, true>(j, n, cj, a + p * lda, a[j + p * lda]);
       const R d = re(cj[j]);
       if (!(d > R(0))) {
         cj[j] = T(d);
@@ -114,7 +67,7 @@ template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
       }
       const R r = std::sqrt(d);
       cj[j] = T(r);
-      column_scale<T>(n, j + 1, cj, R(1) / r);
+      column_scale<T>(j + 1, n, cj, T(R(1) / r));
     }
   }
   return 0;

@@ -35,6 +35,8 @@ template <> struct vtypes<float> {
   static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1}; }
 };
 
+template <class R> constexpr R R_neg_one() { return R(-1); }
+
 // Vector view of a column of T (real or complex).
 template <class T> struct simd {
   using R = real_t<T>;
@@ -50,7 +52,12 @@ template <class T> struct simd {
     return v;
   }
   static void store(T *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
-  static V splat(R x) { return V{} + x; }
+  static V splat(R x) {
+    V v;
+    for (idx k = 0; k < E * per; ++k) v[k] = x;
+    return v;
+  }
+  static V abs(V x) { return (V)((M)x & ~(M)splat(R(-0.0))); }
   // Lanes of the elements lo..hi-1 of a window.
   using Lane = std::conditional_t<sizeof(R) == 8, int64_t, int32_t>;
   static M mask(idx lo, idx hi) {
@@ -76,6 +83,125 @@ template <class T> struct simd {
     }
   };
 };
+
+
+// Walks the rows [lo, hi) of a column in windows of one vector from the
+// bottom up: f(ws, l, top) gets the window [ws, ws + E) and the rows [l, top)
+// to change in it. Needs hi >= E or a column of at least E rows.
+template <class T, class F> inline void windows(idx lo, idx hi, F f) {
+  constexpr idx E = simd<T>::E;
+  for (idx top = hi; top > lo;) {
+    const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
+    f(ws, l, top);
+    top = l;
+  }
+}
+
+// Stores r over the window at p + ws, keeping v on the lanes outside [l, top).
+template <class T>
+inline void put(T *p, idx ws, idx l, idx top, typename simd<T>::V r, typename simd<T>::V v) {
+  using S = simd<T>;
+  S::store(p + ws, (l == ws && top == ws + S::E) ? r : S::blend(S::mask(l - ws, top - ws), r, v));
+}
+
+// dst[i] -= src[i] * f (or * conj(f)) for the rows [lo, hi).
+template <class T, bool Conj> void column_axpy(idx lo, idx hi, T *dst, const T *src, T f) {
+  using S = simd<T>;
+  const typename S::template factor<Conj> ff(f);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    auto v = S::load(dst + ws);
+    put(dst, ws, l, top, v - ff.times(S::load(src + ws)), v);
+  });
+}
+
+// dst[i] *= s for the rows [lo, hi).
+template <class T> void column_scale(idx lo, idx hi, T *dst, T s) {
+  using S = simd<T>;
+  const typename S::template factor<false> ff(s);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    auto v = S::load(dst + ws);
+    put(dst, ws, l, top, ff.times(v), v);
+  });
+}
+
+// The columns c < JB of dst (rows [lo, hi)) less a rank-K product:
+// dst_c -= sum_k src_k * coef(k, c) (conjugated coefficients when Conj),
+// held in JB vector accumulators per window. With Diag, column c changes
+// only from row lo + c down (a triangle's columns).
+template <class T, int JB, bool Conj, bool Diag, class Coef>
+void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K, Coef coef) {
+  using S = simd<T>;
+  using V = typename S::V;
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V acc[JB], keep[JB];
+    for (int c = 0; c < JB; ++c) acc[c] = keep[c] = S::load(dst + ws + c * ldd);
+    for (idx k = 0; k < K; ++k) {
+      const V x = S::load(src + ws + k * lds);
+      for (int c = 0; c < JB; ++c) acc[c] -= typename S::template factor<Conj>(coef(k, c)).times(x);
+    }
+    for (int c = 0; c < JB; ++c) {
+      const idx from = Diag && l < lo + c ? lo + c : l;
+      put(dst + c * ldd, ws, from, top > from ? top : from, acc[c], keep[c]);
+    }
+  });
+}
+
+// Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
+// largest |re| + |im|, or the first NaN. Windows run from the bottom up, so a
+// lane takes a later window's row on ties; NaNs go to the scalar search.
+template <class T> idx pivot_index(idx lo, idx hi, const T *x) {
+  using S = simd<T>;
+  using V = typename S::V;
+  using M = typename S::M;
+  using Lane = typename S::Lane;
+  V best = S::splat(R_neg_one<real_t<T>>());
+  M row = {};
+  M nan = {};
+  const M lane = vtypes<real_t<T>>::lane() >> (S::cplx ? 1 : 0);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V a = S::abs(S::load(x + ws));
+    if constexpr (S::cplx) a = a + vtypes<real_t<T>>::swap(a);
+    nan |= (a != a);
+    a = S::blend(S::mask(l - ws, top - ws), a, S::splat(R_neg_one<real_t<T>>()));
+    const M take = a >= best;
+    best = S::blend(take, a, best);
+    row = (take & (lane + static_cast<Lane>(ws))) | (~take & row);
+  });
+  bool any_nan = false;
+  for (idx k = 0; k < S::E * S::per; ++k) any_nan |= nan[k] != 0;
+  if (any_nan) {
+    for (idx i = lo; i < hi; ++i)
+      if (abs1(x[i]) != abs1(x[i])) return i;
+  }
+  idx p = row[0];
+  real_t<T> bv = best[0];
+  for (idx k = 1; k < S::E * S::per; ++k)
+    if (best[k] > bv || (best[k] == bv && row[k] < p)) {
+      bv = best[k];
+      p = row[k];
+    }
+  return p;
+}
+
+// dst_j -= sum_{q < K} src_q * coef(q, j) for the columns j < ncols of dst
+// (rows [lo, hi)): a rank-K update with the K source windows held in
+// registers while the destination columns stream through once.
+template <class T, int K, class Coef>
+void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx lds, Coef coef) {
+  using S = simd<T>;
+  using V = typename S::V;
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V x[K];
+    for (int q = 0; q < K; ++q) x[q] = S::load(src + ws + q * lds);
+    for (idx j = 0; j < ncols; ++j) {
+      T *d = dst + j * ldd;
+      const V v = S::load(d + ws);
+      V r = v;
+      for (int q = 0; q < K; ++q) r -= typename S::template factor<false>(coef(q, j)).times(x[q]);
+      put(d, ws, l, top, r, v);
+    }
+  });
+}
 
 }  // namespace ps
 }  // namespace NXL_LOCAL_NS
