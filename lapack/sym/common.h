@@ -18,9 +18,37 @@
 #include <cstring>
 #include "lapack/common.h"
 
+// Rank-1 updates of the BLAS dispatch layer (real symmetric, Hermitian).
+extern "C" void nxl_blas_ssyr(const char *, const nxl_int *, const float *, const float *, const nxl_int *, float *,
+                              const nxl_int *, int);
+extern "C" void nxl_blas_dsyr(const char *, const nxl_int *, const double *, const double *, const nxl_int *,
+                              double *, const nxl_int *, int);
+extern "C" void nxl_blas_cher(const char *, const nxl_int *, const float *, const std::complex<float> *,
+                              const nxl_int *, std::complex<float> *, const nxl_int *, int);
+extern "C" void nxl_blas_zher(const char *, const nxl_int *, const double *, const std::complex<double> *,
+                              const nxl_int *, std::complex<double> *, const nxl_int *, int);
+
 namespace nxl {
 namespace lapack {
 namespace sym {
+
+// A := alpha x x^H + A on one stored triangle (real alpha; Hermitian or real).
+inline void her(char u, idx n, float al, const float *x, float *a, idx lda) {
+  idx one = 1;
+  nxl_blas_ssyr(&u, &n, &al, x, &one, a, &lda, 1);
+}
+inline void her(char u, idx n, double al, const double *x, double *a, idx lda) {
+  idx one = 1;
+  nxl_blas_dsyr(&u, &n, &al, x, &one, a, &lda, 1);
+}
+inline void her(char u, idx n, float al, const std::complex<float> *x, std::complex<float> *a, idx lda) {
+  idx one = 1;
+  nxl_blas_cher(&u, &n, &al, x, &one, a, &lda, 1);
+}
+inline void her(char u, idx n, double al, const std::complex<double> *x, std::complex<double> *a, idx lda) {
+  idx one = 1;
+  nxl_blas_zher(&u, &n, &al, x, &one, a, &lda, 1);
+}
 
 // A matrix view with row stride rs (+1 or -1) and column stride cs.
 template <class T> struct Mat {

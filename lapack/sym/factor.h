@@ -132,6 +132,19 @@ idx factor_unblocked(Mat<T> a, idx n, const Piv &ip, idx off, Vec<T> e) {
         bool tiny = abs1(d) < sfmin;
         T r = recip(d);
         // A(i, j) -= W(i) cj(L(j)) with W the column before scaling.
+        // Real and Hermitian: A -= W W^H / d by the BLAS, then L = W / d.
+        if constexpr (H || !is_complex_v<T>) {
+          if (!tiny) {
+            idx m = n - k - 1;
+            T *x = a.block(k + 1, k, m, 1);
+            her(a.rs > 0 ? 'L' : 'U', m, -nxl::re(r), x, a.block(k + 1, k + 1, m, m), a.ld());
+            for (idx i = 0; i < m; ++i) x[i] *= r;
+            if constexpr (RK) e[k] = T(0);
+            put_pivots<Rook>(ip, off, k, kstep, p, kp);
+            k += kstep;
+            continue;
+          }
+        }
         // Rows j..n of a column are one stored run (either direction), so
         // the loops run over plain arrays.
         for (idx j = k + 1; j < n; ++j) {
