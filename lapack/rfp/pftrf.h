@@ -172,14 +172,20 @@ template <class T> void pftrf_work(const Rfp<T> &f, idx *info) {
   if (*info > 0) *info += f.n1;
 }
 
-template <class T> void pftrf(const char *transr, const char *uplo, const idx *pn, T *a, idx *info) {
+// Entry of the routines of (transr, uplo, n, a, info): checks, then
+// work(layout, info) when n > 0.
+template <class T, class Work>
+void rfp_entry(const char *stem, const char *transr, const char *uplo, const idx *pn, T *a, idx *info, Work work) {
   idx n = *pn;
   *info = 0;
   idx pos = rfp_check<T>(transr, uplo, n);
-  if (pos) return report<T>("PFTRF", pos, info);
+  if (pos) return report<T>(stem, pos, info);
   if (n == 0) return;
-  Rfp<T> f(n, same(uplo, 'L'), same(transr, 'N'), a);
-  pftrf_work<T>(f, info);
+  work(Rfp<T>(n, same(uplo, 'L'), same(transr, 'N'), a), info);
+}
+
+template <class T> void pftrf(const char *transr, const char *uplo, const idx *pn, T *a, idx *info) {
+  rfp_entry<T>("PFTRF", transr, uplo, pn, a, info, pftrf_work<T>);
 }
 
 template <class T>
@@ -217,13 +223,7 @@ template <class T> void pftri_work(const Rfp<T> &f, idx *info) {
 }
 
 template <class T> void pftri(const char *transr, const char *uplo, const idx *pn, T *a, idx *info) {
-  idx n = *pn;
-  *info = 0;
-  idx pos = rfp_check<T>(transr, uplo, n);
-  if (pos) return report<T>("PFTRI", pos, info);
-  if (n == 0) return;
-  Rfp<T> f(n, same(uplo, 'L'), same(transr, 'N'), a);
-  pftri_work<T>(f, info);
+  rfp_entry<T>("PFTRI", transr, uplo, pn, a, info, pftri_work<T>);
 }
 
 // C := alpha op(A) op(A)^H + beta C: two Hermitian rank-k updates of the

@@ -146,6 +146,19 @@ inline idx check_uplo_trans_diag(const char *uplo, const char *trans, const char
   return 0;
 }
 
+// Checks of a band solve's arguments (uplo, trans, diag, n, kd, nrhs, ab,
+// ldab, b, ldb): the 1-based position of the first bad one, or 0.
+inline idx check_band_solve(const char *uplo, const char *trans, const char *diag, idx n, idx kd, idx nrhs,
+                            idx ldab, idx ldb) {
+  idx pos = check_uplo_trans_diag(uplo, trans, diag);
+  if (!pos && n < 0) pos = 4;
+  if (!pos && kd < 0) pos = 5;
+  if (!pos && nrhs < 0) pos = 6;
+  if (!pos && ldab < kd + 1) pos = 8;
+  if (!pos && ldb < imax(1, n)) pos = 10;
+  return pos;
+}
+
 }  // namespace lapack
 }  // namespace nxl
 

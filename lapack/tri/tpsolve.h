@@ -32,12 +32,7 @@ void tbtrs(const char *uplo, const char *trans, const char *diag, const idx *pn,
            const T *ab, const idx *pldab, T *b, const idx *pldb, idx *info) {
   idx n = *pn, kd = *pkd, nrhs = *pnrhs, ldab = *pldab, ldb = *pldb;
   *info = 0;
-  idx pos = check_uplo_trans_diag(uplo, trans, diag);
-  if (!pos && n < 0) pos = 4;
-  if (!pos && kd < 0) pos = 5;
-  if (!pos && nrhs < 0) pos = 6;
-  if (!pos && ldab < kd + 1) pos = 8;
-  if (!pos && ldb < imax(1, n)) pos = 10;
+  idx pos = check_band_solve(uplo, trans, diag, n, kd, nrhs, ldab, ldb);
   if (pos) return report<T>("TBTRS", pos, info);
   if (n == 0) return;
   BandTri<T> v{same(uplo, 'U'), same(diag, 'U'), n, kd, ab, ldab};

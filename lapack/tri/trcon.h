@@ -12,7 +12,7 @@
 #ifndef NXL_LAPACK_TRI_TRCON_H
 #define NXL_LAPACK_TRI_TRCON_H
 
-#include "lapack/aux/lacn2.h"
+#include "lapack/lu/refine.h"
 #include "lapack/tri/latrs.h"
 #include "lapack/tri/tpsolve.h"
 
@@ -159,32 +159,10 @@ void trirfs_work(const S &v, char tr, idx nrhs, const T *b, idx ldb, const T *x,
         w[k] += s;
       }
     }
-    R s = 0;
-    for (idx i = 0; i < n; ++i) {
-      R q = w[i] > safe2 ? abs1(r[i]) / w[i] : (abs1(r[i]) + safe1) / (w[i] + safe1);
-      take_max(s, q);
-    }
-    berr[j] = s;
-    // |inv(op(A))| (|r| + nz eps (|op(A)| |x| + |b|)) in the one-norm.
-    for (idx i = 0; i < n; ++i) {
-      R f = abs1(r[i]) + R(nz) * eps * w[i];
-      w[i] = w[i] > safe2 ? f : f + safe1;
-    }
-    R est = 0;
-    idx kase = 0, isave[3] = {0, 0, 0};
-    for (;;) {
-      lacn2_core<T>(n, est_v, r, isgn, &est, &kase, isave);
-      if (kase == 0) break;
-      if (kase == 1) {
-        v.solve(trh, r);
-        for (idx i = 0; i < n; ++i) r[i] *= w[i];
-      } else {
-        for (idx i = 0; i < n; ++i) r[i] *= w[i];
-        v.solve(tr, r);
-      }
-    }
-    R xmax = max_abs1(n, xj);
-    ferr[j] = xmax != R(0) ? est / xmax : est;
+    berr[j] = backward_error<T>(n, r, w, safe1, safe2);
+    ferr[j] = forward_error<T>(n, xj, r, est_v, w, isgn, nz, [&](T *y, bool transposed) {
+      v.solve(transposed ? trh : tr, y);
+    });
   }
 }
 
@@ -231,12 +209,7 @@ void tbrfs(const char *uplo, const char *trans, const char *diag, const idx *pn,
            real_t<T> *berr, T *work, void *iw, idx *info) {
   idx n = *pn, kd = *pkd, nrhs = *pnrhs, ldab = *pldab, ldb = *pldb, ldx = *pldx;
   *info = 0;
-  idx pos = check_uplo_trans_diag(uplo, trans, diag);
-  if (!pos && n < 0) pos = 4;
-  if (!pos && kd < 0) pos = 5;
-  if (!pos && nrhs < 0) pos = 6;
-  if (!pos && ldab < kd + 1) pos = 8;
-  if (!pos && ldb < imax(1, n)) pos = 10;
+  idx pos = check_band_solve(uplo, trans, diag, n, kd, nrhs, ldab, ldb);
   if (!pos && ldx < imax(1, n)) pos = 12;
   if (pos) return report<T>("TBRFS", pos, info);
   BandTri<T> v{same(uplo, 'U'), same(diag, 'U'), n, kd, ab, ldab};
