@@ -5,11 +5,13 @@
 #include <dlfcn.h>
 #include <algorithm>
 #include <complex>
+#include <functional>
 #include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
 #include "bench.h"
+#include "lapack_bench.h"
 #include "nxl_lapack.h"
 #include "nxl_service.h"
 
@@ -27,23 +29,31 @@ using latrs3_fn = void (*)(const char *, const char *, const char *, const char 
                            const double *, const idx *, double *, const idx *, double *, double *, double *,
                            const idx *, idx *, size_t, size_t, size_t, size_t);
 
+// The routines of one library, looked up by their Fortran names: ours in
+// the running program, the peer in the object that --peer names.
 struct Lib {
   pf_fn<double> dpftrf = nullptr, dpftri = nullptr;
   pf_fn<z16> zpftrf = nullptr;
   pftrs_fn dpftrs = nullptr;
   trcon_fn dtrcon = nullptr;
   latrs3_fn dlatrs3 = nullptr;
-  void (*threads)(int) = nullptr;
+  std::function<void(int)> threads;
+
+  template <class F> static void find(void *h, const char *name, F &f) { f = reinterpret_cast<F>(dlsym(h, name)); }
+  bool load(void *h) {
+    find(h, "dpftrf_", dpftrf);
+    find(h, "dpftri_", dpftri);
+    find(h, "zpftrf_", zpftrf);
+    find(h, "dpftrs_", dpftrs);
+    find(h, "dtrcon_", dtrcon);
+    find(h, "dlatrs3_", dlatrs3);
+    return dpftrf && dpftri && zpftrf && dpftrs && dtrcon && dlatrs3;
+  }
 };
 
 Lib ours() {
   Lib l;
-  l.dpftrf = reinterpret_cast<pf_fn<double>>(&dpftrf_);
-  l.dpftri = reinterpret_cast<pf_fn<double>>(&dpftri_);
-  l.zpftrf = reinterpret_cast<pf_fn<z16>>(&zpftrf_);
-  l.dpftrs = reinterpret_cast<pftrs_fn>(&dpftrs_);
-  l.dtrcon = reinterpret_cast<trcon_fn>(&dtrcon_);
-  l.dlatrs3 = reinterpret_cast<latrs3_fn>(&dlatrs3_);
+  l.load(RTLD_DEFAULT);
   l.threads = [](int n) {
     nxl_int t = n;
     nxl_set_num_threads(&t);
@@ -53,19 +63,12 @@ Lib ours() {
 
 bool peer(const std::string &path, Lib &l) {
   void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!h) {
-    std::printf("lapack-tr: cannot load peer %s: %s\n", path.c_str(), dlerror());
+  if (!h || !l.load(h)) {
+    std::printf("lapack-tr: cannot use peer %s: %s\n", path.c_str(), h ? "routines missing" : dlerror());
     return false;
   }
-  auto sym = [&](const char *n) { return dlsym(h, n); };
-  l.dpftrf = reinterpret_cast<pf_fn<double>>(sym("dpftrf_"));
-  l.dpftri = reinterpret_cast<pf_fn<double>>(sym("dpftri_"));
-  l.zpftrf = reinterpret_cast<pf_fn<z16>>(sym("zpftrf_"));
-  l.dpftrs = reinterpret_cast<pftrs_fn>(sym("dpftrs_"));
-  l.dtrcon = reinterpret_cast<trcon_fn>(sym("dtrcon_"));
-  l.dlatrs3 = reinterpret_cast<latrs3_fn>(sym("dlatrs3_"));
-  l.threads = reinterpret_cast<void (*)(int)>(sym("openblas_set_num_threads"));
-  return l.dpftrf && l.dpftri && l.zpftrf && l.dpftrs && l.dtrcon && l.dlatrs3;
+  if (auto set = reinterpret_cast<void (*)(int)>(dlsym(h, "openblas_set_num_threads"))) l.threads = set;
+  return true;
 }
 
 // A Hermitian positive definite matrix in RFP form (lower, normal): any
@@ -85,20 +88,6 @@ template <class T> std::vector<T> rfp_spd(idx n) {
   return a;
 }
 
-template <class T, class F> double timed(std::vector<T> &w, const std::vector<T> &a0, F f, double mt) {
-  double both = bench::time_call([&] { std::copy(a0.begin(), a0.end(), w.begin()); f(); }, mt);
-  double copy = bench::time_call([&] { std::copy(a0.begin(), a0.end(), w.begin()); }, mt / 4);
-  return std::max(both - copy, both * 0.02);
-}
-
-void report(const char *name, idx n, idx nrhs, int thr, double flops, double t_ours, double t_peer) {
-  std::printf("lapack-tr %-7s n=%5lld nrhs=%3lld threads=%d  nxl %8.2f GF", name, static_cast<long long>(n),
-              static_cast<long long>(nrhs), thr, flops / t_ours * 1e-9);
-  if (t_peer > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / t_peer * 1e-9, t_peer / t_ours);
-  std::printf("\n");
-  std::fflush(stdout);
-}
-
 void run_all(idx n, int thr, Lib &a, Lib *p, double mt) {
   // n is made odd so that the two diagonal blocks differ in order.
   n |= 1;
@@ -108,27 +97,27 @@ void run_all(idx n, int thr, Lib &a, Lib *p, double mt) {
     auto a0 = rfp_spd<double>(n);
     std::vector<double> w(a0.size());
     auto f = [&](Lib &l) { l.dpftrf("N", "L", &n, w.data(), &info, 1, 1); };
-    double to = timed(w, a0, [&] { f(a); }, mt), tp = p ? timed(w, a0, [&] { f(*p); }, mt) : 0;
-    report("dpftrf", n, 0, thr, nd * nd * nd / 3, to, tp);
+    double to = bench::time_restoring(w, a0, [&] { f(a); }, mt), tp = p ? bench::time_restoring(w, a0, [&] { f(*p); }, mt) : 0;
+    bench::report_rate("lapack-tr", "dpftrf", n, 0, thr, nd * nd * nd / 3, to, tp);
     // The inverse and the solve start from the factor.
     a.dpftrf("N", "L", &n, a0.data(), &info, 1, 1);
     auto g = [&](Lib &l) { l.dpftri("N", "L", &n, w.data(), &info, 1, 1); };
-    to = timed(w, a0, [&] { g(a); }, mt);
-    tp = p ? timed(w, a0, [&] { g(*p); }, mt) : 0;
-    report("dpftri", n, 0, thr, 2 * nd * nd * nd / 3, to, tp);
+    to = bench::time_restoring(w, a0, [&] { g(a); }, mt);
+    tp = p ? bench::time_restoring(w, a0, [&] { g(*p); }, mt) : 0;
+    bench::report_rate("lapack-tr", "dpftri", n, 0, thr, 2 * nd * nd * nd / 3, to, tp);
     idx nrhs = 100;
     std::vector<double> b0(static_cast<size_t>(n * nrhs), 1.0), b(b0.size());
     auto h = [&](Lib &l) { l.dpftrs("N", "L", &n, &nrhs, a0.data(), b.data(), &n, &info, 1, 1); };
-    to = timed(b, b0, [&] { h(a); }, mt);
-    tp = p ? timed(b, b0, [&] { h(*p); }, mt) : 0;
-    report("dpftrs", n, nrhs, thr, 2 * nd * nd * double(nrhs), to, tp);
+    to = bench::time_restoring(b, b0, [&] { h(a); }, mt);
+    tp = p ? bench::time_restoring(b, b0, [&] { h(*p); }, mt) : 0;
+    bench::report_rate("lapack-tr", "dpftrs", n, nrhs, thr, 2 * nd * nd * double(nrhs), to, tp);
   }
   {
     auto a0 = rfp_spd<z16>(n);
     std::vector<z16> w(a0.size());
     auto f = [&](Lib &l) { l.zpftrf("N", "L", &n, w.data(), &info, 1, 1); };
-    double to = timed(w, a0, [&] { f(a); }, mt), tp = p ? timed(w, a0, [&] { f(*p); }, mt) : 0;
-    report("zpftrf", n, 0, thr, 4 * nd * nd * nd / 3, to, tp);
+    double to = bench::time_restoring(w, a0, [&] { f(a); }, mt), tp = p ? bench::time_restoring(w, a0, [&] { f(*p); }, mt) : 0;
+    bench::report_rate("lapack-tr", "zpftrf", n, 0, thr, 4 * nd * nd * nd / 3, to, tp);
   }
   {
     // A well-conditioned lower triangle: the condition estimate and the
@@ -145,7 +134,7 @@ void run_all(idx n, int thr, Lib &a, Lib *p, double mt) {
       l.dtrcon("1", "L", "N", &n, t.data(), &n, &rcond, work.data(), iwork.data(), &info, 1, 1, 1);
     };
     double to = bench::time_call([&] { c(a); }, mt), tp = p ? bench::time_call([&] { c(*p); }, mt) : 0;
-    report("dtrcon", n, 0, thr, 2 * 5 * nd * nd, to, tp);
+    bench::report_rate("lapack-tr", "dtrcon", n, 0, thr, 2 * 5 * nd * nd, to, tp);
     idx nrhs = 100, lwork = -1;
     std::vector<double> x0(static_cast<size_t>(n * nrhs), 1.0), x(x0.size()), scale(static_cast<size_t>(nrhs));
     double q = 0;
@@ -157,9 +146,9 @@ void run_all(idx n, int thr, Lib &a, Lib *p, double mt) {
       l.dlatrs3("L", "N", "N", "N", &n, &nrhs, t.data(), &n, x.data(), &n, scale.data(), cnorm.data(), wk.data(),
                 &lwork, &info, 1, 1, 1, 1);
     };
-    to = timed(x, x0, [&] { s(a); }, mt);
-    tp = p ? timed(x, x0, [&] { s(*p); }, mt) : 0;
-    report("dlatrs3", n, nrhs, thr, nd * nd * double(nrhs), to, tp);
+    to = bench::time_restoring(x, x0, [&] { s(a); }, mt);
+    tp = p ? bench::time_restoring(x, x0, [&] { s(*p); }, mt) : 0;
+    bench::report_rate("lapack-tr", "dlatrs3", n, nrhs, thr, nd * nd * double(nrhs), to, tp);
   }
 }
 
