@@ -29,8 +29,10 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
       T piv = cj[j];
       if (abs1(piv) >= sfmin) {
         T r = inv(piv);
+        NXL_PS_SHORT_LOOP
         for (idx i = j + 1; i < m; ++i) cj[i] = mul(cj[i], r);
       } else {
+        NXL_PS_SHORT_LOOP
         for (idx i = j + 1; i < m; ++i) cj[i] = divide(cj[i], piv);
       }
     } else if (*info == 0) {
@@ -41,6 +43,7 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
     for (; c + 2 <= n; c += 2) {
       T *c0 = a + c * lda, *c1 = c0 + lda;
       T f0 = c0[j], f1 = c1[j];
+      NXL_PS_SHORT_LOOP
       for (idx i = j + 1; i < m; ++i) {
         T l = cj[i];
         c0[i] -= mul(l, f0);
@@ -50,6 +53,7 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
     for (; c < n; ++c) {
       T *cc = a + c * lda;
       T f = cc[j];
+      NXL_PS_SHORT_LOOP
       for (idx i = j + 1; i < m; ++i) cc[i] -= mul(cj[i], f);
     }
   }
@@ -82,6 +86,7 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
       for (idx j = 0; j < n; ++j) {
         T xj = x[j];
         const T *c = a + j * lda;
+        NXL_PS_SHORT_LOOP
         for (idx i = j + 1; i < n; ++i) x[i] -= mul(c[i], xj);
       }
       for (idx j = n - 1; j >= 0; --j) {
