@@ -249,10 +249,7 @@ void latrs_core(const S &a, char tr, bool normin, T *x, real_t<T> *scale, real_t
   }
 }
 
-inline char trans_letter(const char *trans) { return upper(trans); }
-
-template <class T>
-idx latrs_flags(const char *uplo, const char *trans, const char *diag, const char *normin) {
+inline idx latrs_flags(const char *uplo, const char *trans, const char *diag, const char *normin) {
   idx pos = check_uplo_trans_diag(uplo, trans, diag);
   if (pos) return pos;
   if (!same(normin, 'Y') && !same(normin, 'N')) return 4;
@@ -264,12 +261,12 @@ void latrs(const char *uplo, const char *trans, const char *diag, const char *no
            const idx *plda, T *x, real_t<T> *scale, real_t<T> *cnorm, idx *info) {
   idx n = *pn, lda = *plda;
   *info = 0;
-  idx pos = latrs_flags<T>(uplo, trans, diag, normin);
+  idx pos = latrs_flags(uplo, trans, diag, normin);
   if (!pos && n < 0) pos = 5;
   if (!pos && lda < imax(1, n)) pos = 7;
   if (pos) return report<T>("LATRS", pos, info);
   FullTri<T> v{same(uplo, 'U'), same(diag, 'U'), n, a, lda};
-  latrs_core<T>(v, trans_letter(trans), same(normin, 'Y'), x, scale, cnorm);
+  latrs_core<T>(v, upper(trans), same(normin, 'Y'), x, scale, cnorm);
 }
 
 template <class T>
@@ -277,11 +274,11 @@ void latps(const char *uplo, const char *trans, const char *diag, const char *no
            T *x, real_t<T> *scale, real_t<T> *cnorm, idx *info) {
   idx n = *pn;
   *info = 0;
-  idx pos = latrs_flags<T>(uplo, trans, diag, normin);
+  idx pos = latrs_flags(uplo, trans, diag, normin);
   if (!pos && n < 0) pos = 5;
   if (pos) return report<T>("LATPS", pos, info);
   PackedTri<T> v{same(uplo, 'U'), same(diag, 'U'), n, ap};
-  latrs_core<T>(v, trans_letter(trans), same(normin, 'Y'), x, scale, cnorm);
+  latrs_core<T>(v, upper(trans), same(normin, 'Y'), x, scale, cnorm);
 }
 
 template <class T>
@@ -289,17 +286,18 @@ void latbs(const char *uplo, const char *trans, const char *diag, const char *no
            const T *ab, const idx *pldab, T *x, real_t<T> *scale, real_t<T> *cnorm, idx *info) {
   idx n = *pn, kd = *pkd, ldab = *pldab;
   *info = 0;
-  idx pos = latrs_flags<T>(uplo, trans, diag, normin);
+  idx pos = latrs_flags(uplo, trans, diag, normin);
   if (!pos && n < 0) pos = 5;
   if (!pos && kd < 0) pos = 6;
   if (!pos && ldab < kd + 1) pos = 8;
   if (pos) return report<T>("LATBS", pos, info);
   BandTri<T> v{same(uplo, 'U'), same(diag, 'U'), n, kd, ab, ldab};
-  latrs_core<T>(v, trans_letter(trans), same(normin, 'Y'), x, scale, cnorm);
+  latrs_core<T>(v, upper(trans), same(normin, 'Y'), x, scale, cnorm);
 }
 
-// Workspace that latrs3 asks for: room for a block-by-block scale table and
-// the norms of the off-diagonal blocks.
+// Workspace size latrs3 reports and requires: a scale table per block row
+// and the norms of the off-diagonal blocks of a 32 x 32 blocking. Callers
+// size their arrays by it; the solve below does not need to touch it.
 inline idx latrs3_lwork(idx n, idx nrhs) {
   const idx nb = 32, nbrhs = 32;
   idx nba = imax(1, (n + nb - 1) / nb);
@@ -320,7 +318,7 @@ void latrs3(const char *uplo, const char *trans, const char *diag, const char *n
   const idx lwmin = latrs3_lwork(n, nrhs);
   const bool query = lwork == -1;
   if (query || lwork >= 1) work[0] = R(lwmin);
-  idx pos = latrs_flags<T>(uplo, trans, diag, normin);
+  idx pos = latrs_flags(uplo, trans, diag, normin);
   if (!pos && n < 0) pos = 5;
   if (!pos && nrhs < 0) pos = 6;
   if (!pos && lda < imax(1, n)) pos = 8;
@@ -331,7 +329,7 @@ void latrs3(const char *uplo, const char *trans, const char *diag, const char *n
   for (idx k = 0; k < nrhs; ++k) scale[k] = 1;
   if (n == 0 || nrhs == 0) return;
   FullTri<T> v{same(uplo, 'U'), same(diag, 'U'), n, a, lda};
-  const char tr = trans_letter(trans);
+  const char tr = upper(trans);
   const LatrsLimits<T> L;
   if (!same(normin, 'Y')) off_diag_norms<T>(v, cnorm);
   R tscal = norm_scaling<T>(v, cnorm);

@@ -166,8 +166,7 @@ void trirfs_work(const S &v, char tr, idx nrhs, const T *b, idx ldb, const T *x,
   }
 }
 
-template <class T>
-idx trirfs_check(const char *uplo, const char *trans, const char *diag, idx n, idx nrhs) {
+inline idx trirfs_check(const char *uplo, const char *trans, const char *diag, idx n, idx nrhs) {
   idx pos = check_uplo_trans_diag(uplo, trans, diag);
   if (!pos && n < 0) pos = 4;
   if (!pos && nrhs < 0) pos = 5;
@@ -180,7 +179,7 @@ void trrfs(const char *uplo, const char *trans, const char *diag, const idx *pn,
            real_t<T> *berr, T *work, void *iw, idx *info) {
   idx n = *pn, nrhs = *pnrhs, lda = *plda, ldb = *pldb, ldx = *pldx;
   *info = 0;
-  idx pos = trirfs_check<T>(uplo, trans, diag, n, nrhs);
+  idx pos = trirfs_check(uplo, trans, diag, n, nrhs);
   if (!pos && lda < imax(1, n)) pos = 7;
   if (!pos && ldb < imax(1, n)) pos = 9;
   if (!pos && ldx < imax(1, n)) pos = 11;
@@ -195,7 +194,7 @@ void tprfs(const char *uplo, const char *trans, const char *diag, const idx *pn,
            void *iw, idx *info) {
   idx n = *pn, nrhs = *pnrhs, ldb = *pldb, ldx = *pldx;
   *info = 0;
-  idx pos = trirfs_check<T>(uplo, trans, diag, n, nrhs);
+  idx pos = trirfs_check(uplo, trans, diag, n, nrhs);
   if (!pos && ldb < imax(1, n)) pos = 8;
   if (!pos && ldx < imax(1, n)) pos = 10;
   if (pos) return report<T>("TPRFS", pos, info);
