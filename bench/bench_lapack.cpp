@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 #include "bench.h"
+#include "lapack_bench.h"
 #include "nxl_lapack.h"
 #include "nxl_service.h"
 
@@ -86,21 +87,6 @@ template <class T> std::vector<T> matrix(idx n, bool spd) {
   return a;
 }
 
-// Seconds per call of a factorization, net of the copy that restores A.
-template <class T, class F> double time_factor(std::vector<T> &work, const std::vector<T> &a0, F f, double mt) {
-  double both = bench::time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); f(); }, mt);
-  double copy = bench::time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); }, mt / 4);
-  return std::max(both - copy, both * 0.02);
-}
-
-void report(const char *name, idx n, idx nrhs, int thr, double flops, double t_ours, double t_peer) {
-  std::printf("lapack %-7s n=%5lld nrhs=%3lld threads=%d  nxl %8.2f GF", name, static_cast<long long>(n),
-              static_cast<long long>(nrhs), thr, flops / t_ours * 1e-9);
-  if (t_peer > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / t_peer * 1e-9, t_peer / t_ours);
-  std::printf("\n");
-  std::fflush(stdout);
-}
-
 template <class T> void run_factor(const char *name, bool chol, idx n, int thr, Lib &a, Lib *p, double mt) {
   auto a0 = matrix<T>(n, chol);
   std::vector<T> w(a0.size());
@@ -116,9 +102,9 @@ template <class T> void run_factor(const char *name, bool chol, idx n, int thr, 
     }
   };
   double flops = (chol ? 1.0 / 3.0 : 2.0 / 3.0) * double(n) * n * n * (std::is_same_v<T, double> ? 1 : 4);
-  double to = time_factor(w, a0, [&] { call(a); }, mt);
-  double tp = p ? time_factor(w, a0, [&] { call(*p); }, mt) : 0;
-  report(name, n, 0, thr, flops, to, tp);
+  double to = bench::time_restoring(w, a0, [&] { call(a); }, mt);
+  double tp = p ? bench::time_restoring(w, a0, [&] { call(*p); }, mt) : 0;
+  bench::report_rate("lapack", name, n, 0, thr, flops, to, tp);
 }
 
 void run_solve(bool chol, idx n, idx nrhs, int thr, Lib &a, Lib *p, double mt) {
@@ -135,9 +121,9 @@ void run_solve(bool chol, idx n, idx nrhs, int thr, Lib &a, Lib *p, double mt) {
     else l.dgetrs("N", &n, &nrhs, a0.data(), &n, ipiv.data(), b.data(), &n, &info, 1);
   };
   double flops = 2.0 * double(n) * n * nrhs;
-  double to = time_factor(b, b0, [&] { call(a); }, mt);
-  double tp = p ? time_factor(b, b0, [&] { call(*p); }, mt) : 0;
-  report(chol ? "dpotrs" : "dgetrs", n, nrhs, thr, flops, to, tp);
+  double to = bench::time_restoring(b, b0, [&] { call(a); }, mt);
+  double tp = p ? bench::time_restoring(b, b0, [&] { call(*p); }, mt) : 0;
+  bench::report_rate("lapack", chol ? "dpotrs" : "dgetrs", n, nrhs, thr, flops, to, tp);
 }
 
 }  // namespace

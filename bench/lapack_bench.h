@@ -1,0 +1,33 @@
+// Timing and report lines shared by the LAPACK suites.
+#ifndef NXL_BENCH_LAPACK_BENCH_H
+#define NXL_BENCH_LAPACK_BENCH_H
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+#include "bench.h"
+#include "nxl_types.h"
+
+namespace bench {
+
+// Seconds per call of f, which overwrites `work`: each call starts from a
+// fresh copy of a0, whose cost is measured apart and taken off.
+template <class T, class F> double time_restoring(std::vector<T> &work, const std::vector<T> &a0, F f, double mt) {
+  double both = time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); f(); }, mt);
+  double copy = time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); }, mt / 4);
+  return std::max(both - copy, both * 0.02);
+}
+
+// "<suite> <name> n= nrhs= threads=  nxl .. GF  peer .. GF  ratio .."
+inline void report_rate(const char *suite, const char *name, nxl_int n, nxl_int nrhs, int thr, double flops,
+                        double t_ours, double t_peer) {
+  std::printf("%s %-7s n=%5lld nrhs=%3lld threads=%d  nxl %8.2f GF", suite, name, static_cast<long long>(n),
+              static_cast<long long>(nrhs), thr, flops / t_ours * 1e-9);
+  if (t_peer > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / t_peer * 1e-9, t_peer / t_ours);
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
+}  // namespace bench
+
+#endif  // NXL_BENCH_LAPACK_BENCH_H
