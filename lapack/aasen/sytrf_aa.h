@@ -149,6 +149,17 @@ idx aasen_solve(bool up, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, 
   return info;
 }
 
+// Checks of uplo (1), n (2), nrhs (3) and lda (5) of the solves and
+// drivers; true when one failed (and was reported).
+template <class T> bool aa_solve_check(const char *stem, const char *uplo, idx n, idx nrhs, idx lda, idx *info) {
+  *info = 0;
+  if (!same(uplo, 'U') && !same(uplo, 'L')) report_long<T>(stem, 1, info);
+  else if (n < 0) report_long<T>(stem, 2, info);
+  else if (nrhs < 0) report_long<T>(stem, 3, info);
+  else if (lda < imax(1, n)) report_long<T>(stem, 5, info);
+  return *info != 0;
+}
+
 template <class T, bool herm>
 void sytrf_aa_t(const char *stem, const char *uplo, const idx *pn, T *a, const idx *plda, idx *ipiv, T *work,
                 const idx *plwork, idx *info) {
@@ -180,13 +191,9 @@ template <class T, bool herm>
 void sytrs_aa_t(const char *stem, const char *uplo, const idx *pn, const idx *pnrhs, const T *a, const idx *plda,
                 const idx *ipiv, T *b, const idx *pldb, T *work, const idx *plwork, idx *info) {
   idx n = *pn, nrhs = *pnrhs, lda = *plda, ldb = *pldb, lwork = *plwork;
-  *info = 0;
+  if (aa_solve_check<T>(stem, uplo, n, nrhs, lda, info)) return;
   bool up = same(uplo, 'U');
   idx need = imax(1, 3 * n - 2);
-  if (!up && !same(uplo, 'L')) return report_long<T>(stem, 1, info);
-  if (n < 0) return report_long<T>(stem, 2, info);
-  if (nrhs < 0) return report_long<T>(stem, 3, info);
-  if (lda < imax(1, n)) return report_long<T>(stem, 5, info);
   if (ldb < imax(1, n)) return report_long<T>(stem, 8, info);
   if (lwork < need && lwork != -1) return report_long<T>(stem, 10, info);
   if (lwork == -1) {
@@ -210,13 +217,9 @@ template <class T, bool herm>
 void sysv_aa_t(const char *stem, const char *uplo, const idx *pn, const idx *pnrhs, T *a, const idx *plda,
                idx *ipiv, T *b, const idx *pldb, T *work, const idx *plwork, idx *info) {
   idx n = *pn, nrhs = *pnrhs, lda = *plda, ldb = *pldb, lwork = *plwork;
-  *info = 0;
+  if (aa_solve_check<T>(stem, uplo, n, nrhs, lda, info)) return;
   bool up = same(uplo, 'U');
   idx need = imax(1, imax(2 * n, 3 * n - 2));
-  if (!up && !same(uplo, 'L')) return report_long<T>(stem, 1, info);
-  if (n < 0) return report_long<T>(stem, 2, info);
-  if (nrhs < 0) return report_long<T>(stem, 3, info);
-  if (lda < imax(1, n)) return report_long<T>(stem, 5, info);
   if (ldb < imax(1, n)) return report_long<T>(stem, 8, info);
   if (lwork < need && lwork != -1) return report_long<T>(stem, 10, info);
   work[0] = work_size<T>(need);

@@ -74,12 +74,8 @@ void sytrs_aa_2stage_t(const char *stem, const char *uplo, const idx *pn, const 
                        const idx *plda, const T *tb, const idx *pltb, const idx *ipiv, const idx *ipiv2, T *b,
                        const idx *pldb, idx *info) {
   idx n = *pn, nrhs = *pnrhs, lda = *plda, ltb = *pltb, ldb = *pldb;
-  *info = 0;
+  if (aa_solve_check<T>(stem, uplo, n, nrhs, lda, info)) return;
   bool up = same(uplo, 'U');
-  if (!up && !same(uplo, 'L')) return report_long<T>(stem, 1, info);
-  if (n < 0) return report_long<T>(stem, 2, info);
-  if (nrhs < 0) return report_long<T>(stem, 3, info);
-  if (lda < imax(1, n)) return report_long<T>(stem, 5, info);
   if (ltb < kTbRows * n) return report_long<T>(stem, 7, info);
   if (ldb < imax(1, n)) return report_long<T>(stem, 11, info);
   aasen_2stage_solve<T, herm>(up, n, nrhs, a, lda, tb, ipiv, ipiv2, b, ldb);
@@ -100,12 +96,8 @@ void sysv_aa_2stage_t(const char *stem, const char *uplo, const idx *pn, const i
                       T *tb, const idx *pltb, idx *ipiv, idx *ipiv2, T *b, const idx *pldb, T *work,
                       const idx *plwork, idx *info) {
   idx n = *pn, nrhs = *pnrhs, lda = *plda, ltb = *pltb, ldb = *pldb, lwork = *plwork;
-  *info = 0;
+  if (aa_solve_check<T>(stem, uplo, n, nrhs, lda, info)) return;
   bool up = same(uplo, 'U');
-  if (!up && !same(uplo, 'L')) return report_long<T>(stem, 1, info);
-  if (n < 0) return report_long<T>(stem, 2, info);
-  if (nrhs < 0) return report_long<T>(stem, 3, info);
-  if (lda < imax(1, n)) return report_long<T>(stem, 5, info);
   if (ltb < kTbRows * n && ltb != -1) return report_long<T>(stem, 7, info);
   if (ldb < imax(1, n)) return report_long<T>(stem, 11, info);
   if (lwork < n && lwork != -1) return report_long<T>(stem, 13, info);

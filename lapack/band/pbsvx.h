@@ -162,7 +162,7 @@ void pbsvx(const char *fact, const char *uplo, const idx *pn, const idx *pkd, co
   char fa = upper(fact);
   bool nofact = fa == 'N', equil = fa == 'E', up = same(uplo, 'U');
   bool rcequ = false;
-  R scond = 1, amax = 0;
+  R scond = 1;
   if (nofact || equil) *equed = 'N';
   else rcequ = upper(equed) == 'Y';
   if (!nofact && !equil && fa != 'F') return report<T>("PBSVX", 1, info);
@@ -177,17 +177,12 @@ void pbsvx(const char *fact, const char *uplo, const idx *pn, const idx *pkd, co
   if (ldb < imax(1, n)) return report<T>("PBSVX", 13, info);
   if (ldx < imax(1, n)) return report<T>("PBSVX", 15, info);
   auto at = band_at<T>(up, kd, ab, ldab);
-  if (equil) {
-    idx infequ = 0;
-    diag_equ<T>(n, [&](idx i) { return at(i, i); }, s, &scond, &amax, &infequ);
-    if (infequ == 0) {
-      laq_sb<T, true>(uplo, &n, &kd, ab, &ldab, s, &scond, &amax, equed);
-      rcequ = *equed == 'Y';
-    }
-  }
-  if (rcequ)
-    for (idx j = 0; j < nrhs; ++j)
-      for (idx i = 0; i < n; ++i) b[i + j * ldb] *= s[i];
+  pd_equilibrate<T>(
+      equil, n, nrhs, [&](idx i) { return at(i, i); },
+      [&](const R *sc, const R *cnd, const R *mx, char *eq) {
+        laq_sb<T, true>(uplo, &n, &kd, ab, &ldab, sc, cnd, mx, eq);
+      },
+      s, &scond, equed, &rcequ, b, ldb);
   if (nofact || equil) {
     auto af = band_at<T>(up, kd, afb, ldafb);
     for (idx j = 0; j < n; ++j) {
@@ -203,16 +198,10 @@ void pbsvx(const char *fact, const char *uplo, const idx *pn, const idx *pkd, co
   R anorm = lan_sb<T, true>("1", uplo, &n, &kd, ab, &ldab, nullptr);
   sym_rcond<T, true>("PBSVX", n, anorm, rcond, work,
                      [&](T *v) { pbtrs_work<T>(up, n, kd, 1, afb, ldafb, v, n); });
-  for (idx j = 0; j < nrhs; ++j)
-    for (idx i = 0; i < n; ++i) x[i + j * ldx] = b[i + j * ldb];
-  pbtrs_work<T>(up, n, kd, nrhs, afb, ldafb, x, ldx);
-  pbrfs_work<T>(up, n, kd, nrhs, ab, ldab, afb, ldafb, b, ldb, x, ldx, ferr, berr, "PBSVX", info);
-  if (rcequ) {
-    for (idx j = 0; j < nrhs; ++j)
-      for (idx i = 0; i < n; ++i) x[i + j * ldx] *= s[i];
-    for (idx j = 0; j < nrhs; ++j) ferr[j] /= scond;
-  }
-  if (*rcond < lamch<R>('E')) *info = n + 1;
+  pd_finish<T>(
+      n, nrhs, b, ldb, x, ldx, rcequ, s, scond, *rcond, ferr, info,
+      [&](T *v, idx ldv, idx k) { pbtrs_work<T>(up, n, kd, k, afb, ldafb, v, ldv); },
+      [&]() { pbrfs_work<T>(up, n, kd, nrhs, ab, ldab, afb, ldafb, b, ldb, x, ldx, ferr, berr, "PBSVX", info); });
 }
 
 }  // namespace lapack

@@ -19,11 +19,31 @@
 namespace nxl {
 namespace lapack {
 
+// One step down the band: the kn entries after the diagonal in row j (upper
+// band) or column j (lower band) are divided by ajj and their outer product
+// is subtracted from the diagonal block that follows.
+template <class T> void band_step(bool up, idx kd, T *ab, idx ldab, idx j, idx kn, real_t<T> ajj) {
+  using R = real_t<T>;
+  if (kn == 0) return;
+  const idx ld1 = ldab - 1;
+  if (up) {
+    // Row j of U; the update takes its conjugate.
+    T *x = ab + kd - 1 + (j + 1) * ldab;
+    blas::rscal(kn, R(1) / ajj, x, ld1);
+    lacgv(kn, x, ld1);
+    blas::her('U', kn, R(-1), x, ld1, ab + kd + (j + 1) * ldab, ld1);
+    lacgv(kn, x, ld1);
+  } else {
+    T *x = ab + 1 + j * ldab;
+    blas::rscal(kn, R(1) / ajj, x, 1);
+    blas::her('L', kn, R(-1), x, 1, ab + (j + 1) * ldab, ld1);
+  }
+}
+
 // Unblocked band Cholesky; returns the order of the first minor that is not
 // positive definite, 0 on success.
 template <class T> idx pbtf2_work(bool up, idx n, idx kd, T *ab, idx ldab) {
   using R = real_t<T>;
-  const idx ld1 = imax(1, ldab - 1);
   for (idx j = 0; j < n; ++j) {
     T *d = up ? ab + kd + j * ldab : ab + j * ldab;
     R ajj = nxl::re(*d);
@@ -33,20 +53,7 @@ template <class T> idx pbtf2_work(bool up, idx n, idx kd, T *ab, idx ldab) {
     }
     ajj = std::sqrt(ajj);
     *d = T(ajj);
-    idx kn = imin(kd, n - j - 1);
-    if (kn == 0) continue;
-    if (up) {
-      // Row j of U to the right of the diagonal; the update takes its conjugate.
-      T *x = ab + kd - 1 + (j + 1) * ldab;
-      blas::rscal(kn, R(1) / ajj, x, ld1);
-      lacgv(kn, x, ld1);
-      blas::her('U', kn, R(-1), x, ld1, ab + kd + (j + 1) * ldab, ld1);
-      lacgv(kn, x, ld1);
-    } else {
-      T *x = d + 1;
-      blas::rscal(kn, R(1) / ajj, x, 1);
-      blas::her('L', kn, R(-1), x, 1, ab + (j + 1) * ldab, ld1);
-    }
+    band_step<T>(up, kd, ab, ldab, j, imin(kd, n - j - 1), ajj);
   }
   return 0;
 }
@@ -165,19 +172,7 @@ template <class T> void pbstf(const char *uplo, const idx *pn, const idx *pkd, T
   // Rows 0..m-1 of S, from the top, within the leading m x m block.
   for (idx j = 0; j < m; ++j) {
     if (!pivot(j, ajj)) return;
-    idx km = imin(kd, m - j - 1);
-    if (km == 0) continue;
-    if (up) {
-      T *x = ab + kd - 1 + (j + 1) * ldab;
-      blas::rscal(km, R(1) / ajj, x, ld1);
-      lacgv(km, x, ld1);
-      blas::her('U', km, R(-1), x, ld1, ab + kd + (j + 1) * ldab, ld1);
-      lacgv(km, x, ld1);
-    } else {
-      T *x = ab + 1 + j * ldab;
-      blas::rscal(km, R(1) / ajj, x, 1);
-      blas::her('L', km, R(-1), x, 1, ab + (j + 1) * ldab, ld1);
-    }
+    band_step<T>(up, kd, ab, ldab, j, imin(kd, m - j - 1), ajj);
   }
 }
 

@@ -246,6 +246,44 @@ void sym_rcond(const char *stem, idx n, real_t<T> anorm, real_t<T> *rcond, T *wo
   });
 }
 
+// The steps shared by the positive definite expert drivers around the
+// factorization. pd_equilibrate: with fact = 'E', scale factors from the
+// diagonal diag(i) applied by scale(s, scond, amax, equed) when worthwhile;
+// then B := diag(s) B when A is (or was given) equilibrated.
+template <class T, class Diag, class Scale>
+void pd_equilibrate(bool equil, idx n, idx nrhs, Diag diag, Scale scale, real_t<T> *s, real_t<T> *scond,
+                    char *equed, bool *rcequ, T *b, idx ldb) {
+  if (equil) {
+    idx infequ = 0;
+    real_t<T> amax = 0;
+    diag_equ<T>(n, diag, s, scond, &amax, &infequ);
+    if (infequ == 0) {
+      scale(s, scond, &amax, equed);
+      *rcequ = *equed == 'Y';
+    }
+  }
+  if (*rcequ)
+    for (idx j = 0; j < nrhs; ++j)
+      for (idx i = 0; i < n; ++i) b[i + j * ldb] *= s[i];
+}
+// pd_finish: X := inv(A) B by solve(x, ldx, nrhs), refined by refine();
+// X := diag(s) X and the error bounds widened when equilibrated; info =
+// n + 1 when the matrix is singular to working precision.
+template <class T, class Solve, class Refine>
+void pd_finish(idx n, idx nrhs, const T *b, idx ldb, T *x, idx ldx, bool rcequ, const real_t<T> *s,
+               real_t<T> scond, real_t<T> rcond, real_t<T> *ferr, idx *info, Solve solve, Refine refine) {
+  for (idx j = 0; j < nrhs; ++j)
+    for (idx i = 0; i < n; ++i) x[i + j * ldx] = b[i + j * ldb];
+  solve(x, ldx, nrhs);
+  refine();
+  if (rcequ) {
+    for (idx j = 0; j < nrhs; ++j)
+      for (idx i = 0; i < n; ++i) x[i + j * ldx] *= s[i];
+    for (idx j = 0; j < nrhs; ++j) ferr[j] /= scond;
+  }
+  if (rcond < lamch<real_t<T>>('E')) *info = n + 1;
+}
+
 // Conjugates n entries x[0], x[inc], ... (no-op for real types).
 template <class T> inline void lacgv(idx n, T *x, idx inc) {
   if constexpr (is_complex_v<T>)

@@ -242,7 +242,7 @@ void ppsvx(const char *fact, const char *uplo, const idx *pn, const idx *pnrhs, 
   char fa = upper(fact);
   bool nofact = fa == 'N', equil = fa == 'E', up = same(uplo, 'U');
   bool rcequ = false;
-  R scond = 1, amax = 0;
+  R scond = 1;
   if (nofact || equil) *equed = 'N';
   else rcequ = upper(equed) == 'Y';
   if (!nofact && !equil && fa != 'F') return report<T>("PPSVX", 1, info);
@@ -254,17 +254,10 @@ void ppsvx(const char *fact, const char *uplo, const idx *pn, const idx *pnrhs, 
   if (ldb < imax(1, n)) return report<T>("PPSVX", 10, info);
   if (ldx < imax(1, n)) return report<T>("PPSVX", 12, info);
   Packed pk{up, n};
-  if (equil) {
-    idx infequ = 0;
-    diag_equ<T>(n, [&](idx i) { return ap[pk(i, i)]; }, s, &scond, &amax, &infequ);
-    if (infequ == 0) {
-      laq_sp<T, true>(uplo, &n, ap, s, &scond, &amax, equed);
-      rcequ = *equed == 'Y';
-    }
-  }
-  if (rcequ)
-    for (idx j = 0; j < nrhs; ++j)
-      for (idx i = 0; i < n; ++i) b[i + j * ldb] *= s[i];
+  pd_equilibrate<T>(
+      equil, n, nrhs, [&](idx i) { return ap[pk(i, i)]; },
+      [&](const R *sc, const R *cnd, const R *mx, char *eq) { laq_sp<T, true>(uplo, &n, ap, sc, cnd, mx, eq); }, s,
+      &scond, equed, &rcequ, b, ldb);
   if (nofact || equil) {
     for (idx i = 0; i < n * (n + 1) / 2; ++i) afp[i] = ap[i];
     *info = pptrf_work<T>(up, n, afp);
@@ -275,16 +268,10 @@ void ppsvx(const char *fact, const char *uplo, const idx *pn, const idx *pnrhs, 
   }
   R anorm = lan_sp<T, true>("I", uplo, &n, ap, nullptr);
   sym_rcond<T, true>("PPSVX", n, anorm, rcond, work, [&](T *v) { pptrs_work<T>(up, n, 1, afp, v, n); });
-  for (idx j = 0; j < nrhs; ++j)
-    for (idx i = 0; i < n; ++i) x[i + j * ldx] = b[i + j * ldb];
-  pptrs_work<T>(up, n, nrhs, afp, x, ldx);
-  pprfs_work<T>(up, n, nrhs, ap, afp, b, ldb, x, ldx, ferr, berr, "PPSVX", info);
-  if (rcequ) {
-    for (idx j = 0; j < nrhs; ++j)
-      for (idx i = 0; i < n; ++i) x[i + j * ldx] *= s[i];
-    for (idx j = 0; j < nrhs; ++j) ferr[j] /= scond;
-  }
-  if (*rcond < lamch<R>('E')) *info = n + 1;
+  pd_finish<T>(
+      n, nrhs, b, ldb, x, ldx, rcequ, s, scond, *rcond, ferr, info,
+      [&](T *v, idx ldv, idx k) { pptrs_work<T>(up, n, k, afp, v, ldv); },
+      [&]() { pprfs_work<T>(up, n, nrhs, ap, afp, b, ldb, x, ldx, ferr, berr, "PPSVX", info); });
 }
 
 }  // namespace lapack

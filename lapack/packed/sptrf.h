@@ -188,7 +188,8 @@ template <class T, bool herm> idx sptrf_work(bool up, idx n, T *ap, idx *ipiv) {
   return bk_factor<T, herm>(up, n, a, ipiv, rank1);
 }
 
-template <class T, bool herm> void sptrf_t(const char *stem, const char *uplo, const idx *pn, T *ap, idx *ipiv, idx *info) {
+template <class T, bool herm>
+void sptrf_t(const char *stem, const char *uplo, const idx *pn, T *ap, idx *ipiv, idx *info) {
   *info = 0;
   bool up = same(uplo, 'U');
   if (!up && !same(uplo, 'L')) return report<T>(stem, 1, info);
@@ -306,18 +307,22 @@ template <class T, bool herm> void sptrs_work(bool up, idx n, idx nrhs, const T 
   bk_solve<T, herm>(up, n, nrhs, [&](idx i, idx j) { return ap[pk(i, j)]; }, ipiv, b, ldb);
 }
 
+// Checks of uplo (1), n (2), nrhs (3) and ldb (position 7) of the packed
+// solves; true when one failed (and was reported).
+template <class T> bool sp_solve_check(const char *stem, const char *uplo, idx n, idx nrhs, idx ldb, idx *info) {
+  *info = 0;
+  if (!same(uplo, 'U') && !same(uplo, 'L')) report<T>(stem, 1, info);
+  else if (n < 0) report<T>(stem, 2, info);
+  else if (nrhs < 0) report<T>(stem, 3, info);
+  else if (ldb < imax(1, n)) report<T>(stem, 7, info);
+  return *info != 0;
+}
+
 template <class T, bool herm>
 void sptrs_t(const char *stem, const char *uplo, const idx *pn, const idx *pnrhs, const T *ap, const idx *ipiv, T *b,
              const idx *pldb, idx *info) {
-  idx n = *pn, nrhs = *pnrhs;
-  *info = 0;
-  bool up = same(uplo, 'U');
-  if (!up && !same(uplo, 'L')) return report<T>(stem, 1, info);
-  if (n < 0) return report<T>(stem, 2, info);
-  if (nrhs < 0) return report<T>(stem, 3, info);
-  if (*pldb < imax(1, n)) return report<T>(stem, 7, info);
-  if (n == 0 || nrhs == 0) return;
-  sptrs_work<T, herm>(up, n, nrhs, ap, ipiv, b, *pldb);
+  if (sp_solve_check<T>(stem, uplo, *pn, *pnrhs, *pldb, info) || *pn == 0 || *pnrhs == 0) return;
+  sptrs_work<T, herm>(same(uplo, 'U'), *pn, *pnrhs, ap, ipiv, b, *pldb);
 }
 template <class T>
 void sptrs(const char *uplo, const idx *n, const idx *nrhs, const T *ap, const idx *ipiv, T *b, const idx *ldb,
@@ -334,12 +339,8 @@ template <class T, bool herm>
 void spsv_t(const char *stem, const char *uplo, const idx *pn, const idx *pnrhs, T *ap, idx *ipiv, T *b,
             const idx *pldb, idx *info) {
   idx n = *pn, nrhs = *pnrhs;
-  *info = 0;
+  if (sp_solve_check<T>(stem, uplo, n, nrhs, *pldb, info)) return;
   bool up = same(uplo, 'U');
-  if (!up && !same(uplo, 'L')) return report<T>(stem, 1, info);
-  if (n < 0) return report<T>(stem, 2, info);
-  if (nrhs < 0) return report<T>(stem, 3, info);
-  if (*pldb < imax(1, n)) return report<T>(stem, 7, info);
   *info = sptrf_work<T, herm>(up, n, ap, ipiv);
   if (*info == 0 && nrhs > 0) sptrs_work<T, herm>(up, n, nrhs, ap, ipiv, b, *pldb);
 }
