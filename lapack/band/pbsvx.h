@@ -159,31 +159,28 @@ void pbsvx(const char *fact, const char *uplo, const idx *pn, const idx *pkd, co
   using R = real_t<T>;
   idx n = *pn, kd = *pkd, nrhs = *pnrhs, ldab = *pldab, ldafb = *pldafb, ldb = *pldb, ldx = *pldx;
   *info = 0;
-  char fa = upper(fact);
-  bool nofact = fa == 'N', equil = fa == 'E', up = same(uplo, 'U');
-  bool rcequ = false;
+  PdFact fa(fact, equed);
+  bool up = same(uplo, 'U'), rcequ = fa.rcequ;
   R scond = 1;
-  if (nofact || equil) *equed = 'N';
-  else rcequ = upper(equed) == 'Y';
-  if (!nofact && !equil && fa != 'F') return report<T>("PBSVX", 1, info);
+  if (!fa.nofact && !fa.equil && !fa.given) return report<T>("PBSVX", 1, info);
   if (!up && !same(uplo, 'L')) return report<T>("PBSVX", 2, info);
   if (n < 0) return report<T>("PBSVX", 3, info);
   if (kd < 0) return report<T>("PBSVX", 4, info);
   if (nrhs < 0) return report<T>("PBSVX", 5, info);
   if (ldab < kd + 1) return report<T>("PBSVX", 7, info);
   if (ldafb < kd + 1) return report<T>("PBSVX", 9, info);
-  if (fa == 'F' && !rcequ && upper(equed) != 'N') return report<T>("PBSVX", 10, info);
+  if (!fa.equed_ok(equed)) return report<T>("PBSVX", 10, info);
   if (rcequ && !scale_ratio<R>(n, s, &scond)) return report<T>("PBSVX", 11, info);
   if (ldb < imax(1, n)) return report<T>("PBSVX", 13, info);
   if (ldx < imax(1, n)) return report<T>("PBSVX", 15, info);
   auto at = band_at<T>(up, kd, ab, ldab);
   pd_equilibrate<T>(
-      equil, n, nrhs, [&](idx i) { return at(i, i); },
+      fa.equil, n, nrhs, [&](idx i) { return at(i, i); },
       [&](const R *sc, const R *cnd, const R *mx, char *eq) {
         laq_sb<T, true>(uplo, &n, &kd, ab, &ldab, sc, cnd, mx, eq);
       },
       s, &scond, equed, &rcequ, b, ldb);
-  if (nofact || equil) {
+  if (fa.nofact || fa.equil) {
     auto af = band_at<T>(up, kd, afb, ldafb);
     for (idx j = 0; j < n; ++j) {
       idx lo = up ? imax(0, j - kd) : j, hi = up ? j + 1 : imin(n, j + kd + 1);

@@ -246,6 +246,22 @@ void sym_rcond(const char *stem, idx n, real_t<T> anorm, real_t<T> *rcond, T *wo
   });
 }
 
+// The fact argument of the positive definite expert drivers: 'N' factor,
+// 'E' equilibrate and factor, 'F' factors given (equed then says whether
+// A was equilibrated, 'Y', or not, 'N'). equed becomes 'N' unless 'F'.
+struct PdFact {
+  bool nofact, equil, given, rcequ;
+  PdFact(const char *fact, char *equed) {
+    char fa = upper(fact);
+    nofact = fa == 'N';
+    equil = fa == 'E';
+    given = fa == 'F';
+    rcequ = given && upper(equed) == 'Y';
+    if (nofact || equil) *equed = 'N';
+  }
+  bool equed_ok(const char *equed) const { return !given || rcequ || upper(equed) == 'N'; }
+};
+
 // The steps shared by the positive definite expert drivers around the
 // factorization. pd_equilibrate: with fact = 'E', scale factors from the
 // diagonal diag(i) applied by scale(s, scond, amax, equed) when worthwhile;

@@ -239,26 +239,23 @@ void ppsvx(const char *fact, const char *uplo, const idx *pn, const idx *pnrhs, 
   using R = real_t<T>;
   idx n = *pn, nrhs = *pnrhs, ldb = *pldb, ldx = *pldx;
   *info = 0;
-  char fa = upper(fact);
-  bool nofact = fa == 'N', equil = fa == 'E', up = same(uplo, 'U');
-  bool rcequ = false;
+  PdFact fa(fact, equed);
+  bool up = same(uplo, 'U'), rcequ = fa.rcequ;
   R scond = 1;
-  if (nofact || equil) *equed = 'N';
-  else rcequ = upper(equed) == 'Y';
-  if (!nofact && !equil && fa != 'F') return report<T>("PPSVX", 1, info);
+  if (!fa.nofact && !fa.equil && !fa.given) return report<T>("PPSVX", 1, info);
   if (!up && !same(uplo, 'L')) return report<T>("PPSVX", 2, info);
   if (n < 0) return report<T>("PPSVX", 3, info);
   if (nrhs < 0) return report<T>("PPSVX", 4, info);
-  if (fa == 'F' && !rcequ && upper(equed) != 'N') return report<T>("PPSVX", 7, info);
+  if (!fa.equed_ok(equed)) return report<T>("PPSVX", 7, info);
   if (rcequ && !scale_ratio<R>(n, s, &scond)) return report<T>("PPSVX", 8, info);
   if (ldb < imax(1, n)) return report<T>("PPSVX", 10, info);
   if (ldx < imax(1, n)) return report<T>("PPSVX", 12, info);
   Packed pk{up, n};
   pd_equilibrate<T>(
-      equil, n, nrhs, [&](idx i) { return ap[pk(i, i)]; },
+      fa.equil, n, nrhs, [&](idx i) { return ap[pk(i, i)]; },
       [&](const R *sc, const R *cnd, const R *mx, char *eq) { laq_sp<T, true>(uplo, &n, ap, sc, cnd, mx, eq); }, s,
       &scond, equed, &rcequ, b, ldb);
-  if (nofact || equil) {
+  if (fa.nofact || fa.equil) {
     for (idx i = 0; i < n * (n + 1) / 2; ++i) afp[i] = ap[i];
     *info = pptrf_work<T>(up, n, afp);
     if (*info > 0) {
