@@ -13,9 +13,12 @@ namespace lapack {
 
 constexpr idx kTbRows = 4;
 
-// Factors A (work: 2n entries, here the band array before it is filled).
-template <class T, bool herm> idx aasen_2stage_factor(bool up, idx n, T *a, idx lda, T *tb, idx *ipiv, idx *ipiv2) {
-  aasen_factor<T, herm>(up, n, a, lda, ipiv, tb);
+// Factors A: blocked in work when it is large enough, else unblocked with
+// the band array (not yet filled) as its 2n entries of work.
+template <class T, bool herm>
+idx aasen_2stage_factor(bool up, idx n, T *a, idx lda, T *tb, idx *ipiv, idx *ipiv2, T *work, idx lwork) {
+  if (lwork >= aasen_best_work(n) && n >= 2 * kAasenNb) aasen_factor<T, herm>(up, n, a, lda, ipiv, work, lwork);
+  else aasen_unblocked<T, herm>(up, n, a, lda, ipiv, tb);
   LowerView<T, herm> m{up, a, lda};
   for (idx i = 0; i < kTbRows * n; ++i) tb[i] = T(0);
   for (idx j = 0; j < n; ++j) {
@@ -51,12 +54,12 @@ void sytrf_aa_2stage_t(const char *stem, const char *uplo, const idx *pn, T *a, 
   if (lwork < n && lwork != -1) return report_long<T>(stem, 10, info);
   if (ltb == -1 || lwork == -1) {
     if (ltb == -1) tb[0] = work_size<T>(imax(1, kTbRows * n));
-    if (lwork == -1) work[0] = work_size<T>(imax(1, n));
+    if (lwork == -1) work[0] = work_size<T>(imax(imax(1, n), aasen_best_work(n)));
     return;
   }
   if (n == 0) return;
-  *info = aasen_2stage_factor<T, herm>(up, n, a, lda, tb, ipiv, ipiv2);
-  work[0] = work_size<T>(imax(1, n));
+  *info = aasen_2stage_factor<T, herm>(up, n, a, lda, tb, ipiv, ipiv2, work, lwork);
+  work[0] = work_size<T>(imax(imax(1, n), aasen_best_work(n)));
 }
 template <class T>
 void sytrf_aa_2stage(const char *uplo, const idx *n, T *a, const idx *lda, T *tb, const idx *ltb, idx *ipiv,
@@ -103,13 +106,13 @@ void sysv_aa_2stage_t(const char *stem, const char *uplo, const idx *pn, const i
   if (lwork < n && lwork != -1) return report_long<T>(stem, 13, info);
   if (ltb == -1 || lwork == -1) {
     if (ltb == -1) tb[0] = work_size<T>(imax(1, kTbRows * n));
-    if (lwork == -1) work[0] = work_size<T>(imax(1, n));
+    if (lwork == -1) work[0] = work_size<T>(imax(imax(1, n), aasen_best_work(n)));
     return;
   }
   if (n == 0) return;
-  *info = aasen_2stage_factor<T, herm>(up, n, a, lda, tb, ipiv, ipiv2);
+  *info = aasen_2stage_factor<T, herm>(up, n, a, lda, tb, ipiv, ipiv2, work, lwork);
   if (*info == 0) aasen_2stage_solve<T, herm>(up, n, nrhs, a, lda, tb, ipiv, ipiv2, b, ldb);
-  work[0] = work_size<T>(imax(1, n));
+  work[0] = work_size<T>(imax(imax(1, n), aasen_best_work(n)));
 }
 template <class T>
 void sysv_aa_2stage(const char *uplo, const idx *n, const idx *nrhs, T *a, const idx *lda, T *tb, const idx *ltb,

@@ -54,7 +54,7 @@ TYPED_TEST(AaTyped, FactorsRebuildAndSolve) {
   using R = R_<T>;
   for (bool herm : {false, true}) {
     if (herm && !lt::cplx<T>) continue;
-    for (idx n : {1, 2, 3, 8, 33, 100}) {
+    for (idx n : {1, 2, 3, 8, 33, 100, 150, 257}) {
       for (bool up : {true, false}) {
         idx lda = n + 3;
         Dense a = st::sym_dense<T>(n, herm, static_cast<unsigned>(5 * n + up + 2 * herm), 0.1);
