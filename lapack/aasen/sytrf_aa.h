@@ -126,7 +126,7 @@ template <class T, bool herm> void aasen_unblocked(bool up, idx n, T *a, idx lda
 // block by column block (matrix products, a work block per diagonal block).
 // work: n (nb + 1) (Wx) + n (v) + nb + 1 (x) + nb nb (diagonal block).
 inline idx aasen_blocked_work(idx n, idx nb) { return n * (nb + 1) + n + nb + 1 + nb * nb; }
-constexpr idx kAasenNb = 64;
+constexpr idx kAasenNb = 96;
 
 template <class T, bool herm> void aasen_blocked(bool up, idx n, T *a, idx lda, idx *ipiv, T *work, idx nb) {
   LowerView<T, herm> m{up, a, lda};
