@@ -17,6 +17,13 @@
 #include "blas/kernels/l3_ukernel.h"
 #include "service/nxl_serv.h"
 
+// Column updates of the triangular solves run over operands that never
+// overlap (B against A, or two columns of B); the loop hints below say so, and
+// where a type cannot be vectorized the hint is dropped without a word.
+#pragma clang diagnostic ignored "-Wpass-failed"
+#define NXL_L3_DISJOINT_LOOP \
+  _Pragma("clang loop vectorize(assume_safety) interleave_count(1)")
+
 namespace nxl {
 inline namespace NXL_CP_NS {
 
@@ -677,10 +684,22 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
 // Left-side columns run in groups so that their independent recurrences
 // overlap.
 template <class T>
-void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *d) {
+void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *dbuf) {
   const bool up = A.upper;
-  for (idx p = 0; p < nb; ++p)
-    for (idx i = 0; i < nb; ++i) d[i + p * nb] = A.at(i, p);
+  // The triangle in place when it is stored as used (no transpose, no
+  // conjugate); otherwise its referenced part copied into the buffer. Only
+  // the strict triangle and, without a unit diagonal, the diagonal are read.
+  const T *d = dbuf;
+  idx ldd = nb;
+  if (!A.trans && !A.cj) {
+    d = A.a + A.r0 + A.c0 * A.ld;
+    ldd = A.ld;
+  } else {
+    for (idx p = 0; p < nb; ++p) {
+      const idx lo = up ? 0 : p, hi = up ? p + 1 : nb;
+      for (idx i = lo; i < hi; ++i) dbuf[i + p * nb] = A.raw(A.r0 + i, A.c0 + p);
+    }
+  }
   if (left) {
     constexpr idx G = 8;
     for (idx j0 = 0; j0 < other; j0 += G) {
@@ -689,13 +708,18 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
       for (idx s = 0; s < nb; ++s) {
         const idx p = up ? nb - 1 - s : s;
         const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
-        const T *dc = d + p * nb;
+        const T *dc = d + p * ldd;
         for (idx jj = 0; jj < g; ++jj) {
           T *x = x0 + jj * ldb;
           const T xp = A.unit ? x[p] : div(x[p], dc[p]);
           x[p] = xp;
           if (xp == T(0)) continue;
-          for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
+          if constexpr (is_complex_v<T>) {
+            for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
+          } else {
+            NXL_L3_DISJOINT_LOOP
+            for (idx i = lo; i < hi; ++i) x[i] -= xp * dc[i];
+          }
         }
       }
     }
@@ -708,13 +732,18 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
         const idx lo = up ? 0 : j + 1, hi = up ? j : nb;
         T *bj = b + r0 + j * ldb;
         for (idx p = lo; p < hi; ++p) {
-          const T dpj = d[p + j * nb];
+          const T dpj = d[p + j * ldd];
           if (dpj == T(0)) continue;
           const T *xp = b + r0 + p * ldb;
-          for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
+          if constexpr (is_complex_v<T>) {
+            for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
+          } else {
+            NXL_L3_DISJOINT_LOOP
+            for (idx i = 0; i < rn; ++i) bj[i] -= dpj * xp[i];
+          }
         }
         if (!A.unit) {
-          const T djj = d[j + j * nb];
+          const T djj = d[j + j * ldd];
           for (idx i = 0; i < rn; ++i) bj[i] = div(bj[i], djj);
         }
       }

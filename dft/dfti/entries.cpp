@@ -3,6 +3,7 @@
 // address, arrays first-dimension fastest).
 #include <stdarg.h>
 #include <string.h>
+#include <type_traits>
 
 #include "dft/dfti/descriptor.h"
 #include "service/fortran.h"
@@ -52,13 +53,22 @@ nxl_int c_create(DFTI_DESCRIPTOR_HANDLE *h, int prec, int dom, int dim, va_list 
 
 }  // namespace
 
+// An enumerated argument as the caller passed it. Callers may pass any
+// integer, so it is read as the enumeration's underlying integer rather than
+// loaded as the enumeration, whose valid range is narrower.
+template <class E> static nxl_int enum_number(const E &e) {
+  std::underlying_type_t<E> v;
+  memcpy(&v, &e, sizeof v);
+  return static_cast<nxl_int>(v);
+}
+
 extern "C" {
 
 NXL_API nxl_int DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *h, enum DFTI_CONFIG_VALUE prec,
                                      enum DFTI_CONFIG_VALUE dom, int dim, ...) {
   va_list ap;
   va_start(ap, dim);
-  nxl_int st = c_create(h, prec, dom, dim, ap);
+  nxl_int st = c_create(h, enum_number(prec), enum_number(dom), dim, ap);
   va_end(ap);
   return st;
 }
@@ -71,12 +81,12 @@ NXL_API nxl_int DftiCreateDescriptor(DFTI_DESCRIPTOR_HANDLE *h, enum DFTI_CONFIG
     va_start(ap, dim);                                                                             \
     nxl_int st;                                                                                    \
     if (ONE_D) {                                                                                   \
-      nxl_int len = va_arg(ap, nxl_int), p = PREC, d = dom, n = dim;                               \
+      nxl_int len = va_arg(ap, nxl_int), p = PREC, d = enum_number(dom), n = dim;                               \
       if (h) *h = nullptr;                                                                         \
       st = PREC == DFTI_DOUBLE ? nxl_dft_dfti_create_descriptor_d_1d(h, &p, &d, &n, &len)           \
                                : nxl_dft_dfti_create_descriptor_s_1d(h, &p, &d, &n, &len);          \
     } else {                                                                                       \
-      st = c_create(h, PREC, dom, dim, ap);                                                        \
+      st = c_create(h, PREC, enum_number(dom), dim, ap);                                                        \
     }                                                                                              \
     va_end(ap);                                                                                    \
     return st;                                                                                     \
@@ -89,7 +99,7 @@ NXL_DFTI_C_TYPED(DftiCreateDescriptor_d_md, DFTI_DOUBLE, false)
 
 NXL_API nxl_int DftiSetValue(DFTI_DESCRIPTOR_HANDLE h, enum DFTI_CONFIG_PARAM param, ...) {
   if (!valid(h)) return DFTI_BAD_DESCRIPTOR;
-  nxl_int p = param;
+  nxl_int p = enum_number(param);
   if (p < 0 || p > kLastParam) return DFTI_INCONSISTENT_CONFIGURATION;
   va_list ap;
   va_start(ap, param);
@@ -137,7 +147,7 @@ NXL_API nxl_int DftiSetValue(DFTI_DESCRIPTOR_HANDLE h, enum DFTI_CONFIG_PARAM pa
 }
 
 NXL_API nxl_int DftiGetValue(DFTI_DESCRIPTOR_HANDLE h, enum DFTI_CONFIG_PARAM param, ...) {
-  nxl_int p = param;
+  nxl_int p = enum_number(param);
   va_list ap;
   va_start(ap, param);
   nxl_int st = DFTI_INCONSISTENT_CONFIGURATION;

@@ -2,7 +2,9 @@
 // factorization for n <= 16 and the unblocked factorization of the upper or
 // lower triangle below the blocked crossover. One source, compiled once per
 // code path.
+#include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
+#include "service/nxl_serv.h"
 
 namespace nxl {
 inline namespace NXL_LOCAL_NS {
@@ -10,7 +12,7 @@ namespace ps {
 
 // A = U^H U, column by column: u(i,j) = (a(i,j) - u(0:i,i)^H u(0:i,j)) / u(i,i).
 // Returns the order of the first leading minor that is not positive.
-template <class T> idx potrf_upper(idx n, T *a, idx lda) {
+template <class T> idx potrf_upper_short(idx n, T *a, idx lda) {
   // The inner products may be summed in any order (vectorized).
 #pragma clang fp reassociate(on)
   using R = real_t<T>;
@@ -33,9 +35,47 @@ template <class T> idx potrf_upper(idx n, T *a, idx lda) {
   return 0;
 }
 
+// Blocked left-looking A = L L^H on vectors, for n at least one vector of
+// elements: each block of up to four columns first takes the update from all
+// columns left of it (a rank-j0 product held in vector accumulators), then
+// is factored column by column.
+template <class T, int JB> void potrf_lower_update(idx n, T *a, idx lda, idx j0) {
+  panel_update<T, JB, true, true>(j0, n, a + j0 * lda, lda, a, lda, j0,
+                                  [&](idx k, int c) { return a[j0 + c + k * lda]; });
+}
+
+template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
+  using R = real_t<T>;
+  for (idx j0 = 0; j0 < n; j0 += 4) {
+    const idx jb = n - j0 < 4 ? n - j0 : 4;
+    if (j0 > 0) {
+      switch (jb) {
+        case 4: potrf_lower_update<T, 4>(n, a, lda, j0); break;
+        case 3: potrf_lower_update<T, 3>(n, a, lda, j0); break;
+        case 2: potrf_lower_update<T, 2>(n, a, lda, j0); break;
+        default: potrf_lower_update<T, 1>(n, a, lda, j0); break;
+      }
+    }
+    for (idx c = 0; c < jb; ++c) {
+      const idx j = j0 + c;
+      T *cj = a + j * lda;
+      for (idx p = j0; p < j; ++p) column_axpy<T, true>(j, n, cj, a + p * lda, a[j + p * lda]);
+      const R d = re(cj[j]);
+      if (!(d > R(0))) {
+        cj[j] = T(d);
+        return j + 1;
+      }
+      const R r = std::sqrt(d);
+      cj[j] = T(r);
+      column_scale<T>(j + 1, n, cj, T(R(1) / r));
+    }
+  }
+  return 0;
+}
+
 // A = L L^H, column by column (left-looking): l(j,j) from the row j of L
-// already computed, then the column below it.
-template <class T> idx potrf_lower(idx n, T *a, idx lda) {
+// already computed, then the column below it. Orders below one vector.
+template <class T> idx potrf_lower_short(idx n, T *a, idx lda) {
 #pragma clang fp reassociate(on)
   using R = real_t<T>;
   for (idx j = 0; j < n; ++j) {
@@ -55,20 +95,58 @@ template <class T> idx potrf_lower(idx n, T *a, idx lda) {
     for (; k + 4 <= j; k += 4) {
       const T *c0 = a + k * lda, *c1 = c0 + lda, *c2 = c1 + lda, *c3 = c2 + lda;
       T f0 = nxl::conj(c0[j]), f1 = nxl::conj(c1[j]), f2 = nxl::conj(c2[j]), f3 = nxl::conj(c3[j]);
+      NXL_PS_SHORT_LOOP
       for (idx i = j + 1; i < n; ++i)
         cj[i] = cj[i] - mul(c0[i], f0) - mul(c1[i], f1) - mul(c2[i], f2) - mul(c3[i], f3);
     }
     for (; k < j; ++k) {
       const T *ck = a + k * lda;
       T f = nxl::conj(ck[j]);
+      NXL_PS_SHORT_LOOP
       for (idx i = j + 1; i < n; ++i) cj[i] -= mul(ck[i], f);
     }
     R r = std::sqrt(d);
     cj[j] = T(r);
     R inv = R(1) / r;
+    NXL_PS_SHORT_LOOP
     for (idx i = j + 1; i < n; ++i) cj[i] *= inv;
   }
   return 0;
+}
+
+template <class T> idx potrf_lower(idx n, T *a, idx lda) {
+  return n >= simd<T>::E ? potrf_lower_blocked(n, a, lda) : potrf_lower_short(n, a, lda);
+}
+
+// The upper triangle as the lower one of U^H in a contiguous buffer, where
+// the columns the blocked kernel walks are contiguous: A = U^H U is
+// A^H = L L^H with L = U^H. The copies cost two passes over the triangle,
+// a small part of the n^3/3 work even at one vector of order.
+template <class T> void upper_to_lower(idx n, const T *a, idx lda, T *b) {
+  for (idx j0 = 0; j0 < n; j0 += 8)
+    for (idx i = j0; i < n; ++i)
+      for (idx j = j0; j < j0 + 8 && j <= i; ++j) b[i + j * n] = nxl::conj(a[j + i * lda]);
+}
+template <class T> void lower_to_upper(idx n, const T *b, T *a, idx lda) {
+  for (idx i0 = 0; i0 < n; i0 += 8)
+    for (idx j = i0; j < n; ++j)
+      for (idx i = i0; i < i0 + 8 && i <= j; ++i) a[i + j * lda] = nxl::conj(b[j + i * n]);
+}
+
+template <class T> idx potrf_upper(idx n, T *a, idx lda) {
+  if (n < simd<T>::E) return potrf_upper_short(n, a, lda);
+  constexpr idx kStack = 64;
+  alignas(64) T local[kStack * kStack];
+  T *b = local;
+  if (n > kStack) {
+    b = static_cast<T *>(nxl_serv_allocate(sizeof(T) * size_t(n) * size_t(n), 64));
+    if (!b) return potrf_upper_short(n, a, lda);
+  }
+  upper_to_lower(n, a, lda, b);
+  const idx info = potrf_lower_blocked(n, b, n);
+  lower_to_upper(n, b, a, lda);
+  if (b != local) nxl_serv_deallocate(b);
+  return info;
 }
 
 }  // namespace ps

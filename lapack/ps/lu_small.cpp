@@ -1,6 +1,7 @@
 // Small-matrix LU kernels (max(m, n) <= 16 for the factorization, n and nrhs
 // <= 8 for the solve): plain loops over the columns, no BLAS calls, no
 // allocation. One source, compiled once per code path.
+#include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
 
 namespace nxl {
@@ -10,7 +11,7 @@ namespace ps {
 // Right-looking LU with partial pivoting (first row of largest magnitude);
 // an exactly zero pivot leaves its column unscaled and records the first one.
 template <class T>
-void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+void getrf_right(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   using R = real_t<T>;
   *info = 0;
   idx k = m < n ? m : n;
@@ -29,8 +30,10 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
       T piv = cj[j];
       if (abs1(piv) >= sfmin) {
         T r = inv(piv);
+        NXL_PS_SHORT_LOOP
         for (idx i = j + 1; i < m; ++i) cj[i] = mul(cj[i], r);
       } else {
+        NXL_PS_SHORT_LOOP
         for (idx i = j + 1; i < m; ++i) cj[i] = divide(cj[i], piv);
       }
     } else if (*info == 0) {
@@ -41,6 +44,7 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
     for (; c + 2 <= n; c += 2) {
       T *c0 = a + c * lda, *c1 = c0 + lda;
       T f0 = c0[j], f1 = c1[j];
+      NXL_PS_SHORT_LOOP
       for (idx i = j + 1; i < m; ++i) {
         T l = cj[i];
         c0[i] -= mul(l, f0);
@@ -50,9 +54,86 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
     for (; c < n; ++c) {
       T *cc = a + c * lda;
       T f = cc[j];
+      NXL_PS_SHORT_LOOP
       for (idx i = j + 1; i < m; ++i) cc[i] -= mul(cj[i], f);
     }
   }
+}
+
+template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, idx p) {
+  for (idx c = c0; c < c1; ++c) {
+    T t = a[r + c * lda];
+    a[r + c * lda] = a[p + c * lda];
+    a[p + c * lda] = t;
+  }
+}
+
+// Right-looking LU by panels of four columns on vectors, for m >= n >= one
+// vector of elements: factor the panel (pivot, interchange within the panel,
+// scale, update the panel's later columns), apply its interchanges to the
+// columns left and right of it, solve for the panel's rows of U, and update
+// the trailing matrix by a rank-4 product that keeps the panel's windows in
+// registers while the trailing columns stream through once.
+template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+  using R = real_t<T>;
+  const R sfmin = safe_min<R>();
+  *info = 0;
+  for (idx j0 = 0; j0 < n; j0 += 4) {
+    const idx jb = n - j0 < 4 ? n - j0 : 4, j1 = j0 + jb;
+    T *blk = a + j0 * lda;
+    for (idx c = 0; c < jb; ++c) {
+      const idx j = j0 + c;
+      T *cj = a + j * lda;
+      const idx p = pivot_index(j, m, cj);
+      ipiv[j] = p + 1;
+      if (cj[p] != T(0)) {
+        if (p != j) swap_rows(blk, lda, 0, jb, j, p);
+        const T piv = cj[j];
+        if (abs1(piv) >= sfmin) column_scale<T>(j + 1, m, cj, inv(piv));
+        else
+          for (idx i = j + 1; i < m; ++i) cj[i] = divide(cj[i], piv);
+      } else if (*info == 0) {
+        *info = j + 1;
+      }
+      for (idx cc = c + 1; cc < jb; ++cc) column_axpy<T, false>(j + 1, m, blk + cc * lda, cj, blk[j + cc * lda]);
+    }
+    for (idx j = j0; j < j1; ++j)
+      if (ipiv[j] - 1 != j) {
+        swap_rows(a, lda, 0, j0, j, ipiv[j] - 1);
+        swap_rows(a, lda, j1, n, j, ipiv[j] - 1);
+      }
+    if (j1 >= n) break;
+    // Rows j0..j1-1 of U right of the panel: unit lower triangular solve.
+    // The multipliers and each column's four entries are held in locals, so
+    // that the columns' short recurrences overlap instead of waiting on
+    // stores to memory the compiler must assume they share.
+    T l[4][4] = {};
+    for (idx r = 1; r < jb; ++r)
+      for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
+    for (idx col = j1; col < n; ++col) {
+      T *u = a + j0 + col * lda;
+      T x[4];
+      for (idx r = 0; r < jb; ++r) x[r] = u[r];
+      for (idx r = 1; r < jb; ++r)
+        for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
+      for (idx r = 1; r < jb; ++r) u[r] = x[r];
+    }
+    if (j1 >= m) continue;
+    T *trail = a + j1 * lda;
+    auto coef = [&](int q, idx col) { return trail[j0 + q + col * lda]; };
+    switch (jb) {
+      case 4: rank_update<T, 4>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 3: rank_update<T, 3>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 2: rank_update<T, 2>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      default: rank_update<T, 1>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+    }
+  }
+}
+
+template <class T>
+void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+  if (m >= n && n >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info);
+  else getrf_right(m, n, a, lda, ipiv, info);
 }
 
 template <class T>
@@ -82,6 +163,7 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
       for (idx j = 0; j < n; ++j) {
         T xj = x[j];
         const T *c = a + j * lda;
+        NXL_PS_SHORT_LOOP
         for (idx i = j + 1; i < n; ++i) x[i] -= mul(c[i], xj);
       }
       for (idx j = n - 1; j >= 0; --j) {

@@ -7,6 +7,15 @@
 #include "service/codepath.h"
 #include "service/scalar.h"
 
+// Loops over the rows of one short column (a few to a hundred elements):
+// one vector per iteration with a masked last one where the instruction set
+// has masks, rather than wide unrolled iterations and a scalar remainder
+// that would take most of the elements.
+// The hint is best effort: where masks or vectors are missing (complex types,
+// the oldest paths) the loop stays as the compiler would build it anyway.
+#pragma clang diagnostic ignored "-Wpass-failed"
+#define NXL_PS_SHORT_LOOP _Pragma("clang loop vectorize(enable) vectorize_predicate(enable) interleave_count(1)")
+
 namespace nxl {
 inline namespace NXL_LOCAL_NS {
 namespace ps {

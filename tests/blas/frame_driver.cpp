@@ -6,7 +6,7 @@
 #include "nxl_cblas.h"
 
 int main() {
-  double x[8] = {1, 2, 3, 4, 5, 6, 7, 8}, y[8] = {1, 1, 1, 1, 1, 1, 1, 1}, a = 2;
+  double x[8] = {1, 2, 3, 4, 5, 6, 7, 8}, y[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1}, a = 2;
   const nxl_int n = 5, one = 1, two = 2, m = 2, k = 4, bad = -1;
   std::printf("ddot=%g\n", ddot_(&n, x, &one, y, &two));
   daxpy(&n, &a, x, &one, y, &one);

@@ -1,0 +1,210 @@
+// Register-width arithmetic for the small-matrix kernels, written once with
+// the compiler's generic vectors: a vector is 64 bytes of reals (one zmm on
+// the 512-bit paths, two ymm or four xmm on the others), and a complex
+// element is a pair of adjacent lanes. Columns are walked in windows of one
+// vector; a window that reaches outside the rows to change is merged lane by
+// lane with what it loaded, so those lanes are written back bit for bit.
+#ifndef NXL_LAPACK_PS_SIMD_H
+#define NXL_LAPACK_PS_SIMD_H
+
+#include <cstdint>
+#include <type_traits>
+#include "service/scalar.h"
+
+// Vectors pass between inline functions of one code path only, never across
+// paths, so their calling convention is private to each build.
+#pragma clang diagnostic ignored "-Wpsabi"
+
+namespace nxl {
+inline namespace NXL_LOCAL_NS {
+namespace ps {
+
+template <class R> struct vtypes;
+template <> struct vtypes<double> {
+  typedef double v __attribute__((vector_size(64)));
+  typedef int64_t m __attribute__((vector_size(64)));
+  static v swap(v x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6); }
+  static m lane() { return m{0, 1, 2, 3, 4, 5, 6, 7}; }
+  static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1}; }
+};
+template <> struct vtypes<float> {
+  typedef float v __attribute__((vector_size(64)));
+  typedef int32_t m __attribute__((vector_size(64)));
+  static v swap(v x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14); }
+  static m lane() { return m{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}; }
+  static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1}; }
+};
+
+template <class R> constexpr R R_neg_one() { return R(-1); }
+
+// Vector view of a column of T (real or complex).
+template <class T> struct simd {
+  using R = real_t<T>;
+  using V = typename vtypes<R>::v;
+  using M = typename vtypes<R>::m;
+  static constexpr bool cplx = is_complex_v<T>;
+  static constexpr idx per = cplx ? 2 : 1;             // reals per element
+  static constexpr idx E = idx(64 / sizeof(R)) / per;  // elements per vector
+
+  static V load(const T *p) {
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+  }
+  static void store(T *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+  static V splat(R x) {
+    V v;
+    for (idx k = 0; k < E * per; ++k) v[k] = x;
+    return v;
+  }
+  static V abs(V x) { return (V)((M)x & ~(M)splat(R(-0.0))); }
+  // Lanes of the elements lo..hi-1 of a window.
+  using Lane = std::conditional_t<sizeof(R) == 8, int64_t, int32_t>;
+  static M mask(idx lo, idx hi) {
+    M l = vtypes<R>::lane();
+    return (l >= static_cast<Lane>(lo * per)) & (l < static_cast<Lane>(hi * per));
+  }
+  static V blend(M m, V yes, V no) { return (V)(((M)yes & m) | ((M)no & ~m)); }
+
+  // x * f, or x * conj(f) when Conj, for every element of x.
+  template <bool Conj> struct factor {
+    V r, i;  // f's real part on every lane; f's imaginary part with the sign pattern of the product
+    explicit factor(T f) {
+      if constexpr (cplx) {
+        r = splat(f.real());
+        i = splat(Conj ? f.imag() : -f.imag()) * vtypes<R>::sign();
+      } else {
+        r = splat(f);
+      }
+    }
+    V times(V x) const {
+      if constexpr (cplx) return x * r + vtypes<R>::swap(x) * i;
+      else return x * r;
+    }
+  };
+};
+
+
+// Walks the rows [lo, hi) of a column in windows of one vector from the
+// bottom up: f(ws, l, top) gets the window [ws, ws + E) and the rows [l, top)
+// to change in it. Needs hi >= E or a column of at least E rows.
+template <class T, class F> inline void windows(idx lo, idx hi, F f) {
+  constexpr idx E = simd<T>::E;
+  for (idx top = hi; top > lo;) {
+    const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
+    f(ws, l, top);
+    top = l;
+  }
+}
+
+// Stores r over the window at p + ws, keeping v on the lanes outside [l, top).
+template <class T>
+inline void put(T *p, idx ws, idx l, idx top, typename simd<T>::V r, typename simd<T>::V v) {
+  using S = simd<T>;
+  S::store(p + ws, (l == ws && top == ws + S::E) ? r : S::blend(S::mask(l - ws, top - ws), r, v));
+}
+
+// dst[i] -= src[i] * f (or * conj(f)) for the rows [lo, hi).
+template <class T, bool Conj> void column_axpy(idx lo, idx hi, T *dst, const T *src, T f) {
+  using S = simd<T>;
+  const typename S::template factor<Conj> ff(f);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    auto v = S::load(dst + ws);
+    put(dst, ws, l, top, v - ff.times(S::load(src + ws)), v);
+  });
+}
+
+// dst[i] *= s for the rows [lo, hi).
+template <class T> void column_scale(idx lo, idx hi, T *dst, T s) {
+  using S = simd<T>;
+  const typename S::template factor<false> ff(s);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    auto v = S::load(dst + ws);
+    put(dst, ws, l, top, ff.times(v), v);
+  });
+}
+
+// The columns c < JB of dst (rows [lo, hi)) less a rank-K product:
+// dst_c -= sum_k src_k * coef(k, c) (conjugated coefficients when Conj),
+// held in JB vector accumulators per window. With Diag, column c changes
+// only from row lo + c down (a triangle's columns).
+template <class T, int JB, bool Conj, bool Diag, class Coef>
+void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K, Coef coef) {
+  using S = simd<T>;
+  using V = typename S::V;
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V acc[JB], keep[JB];
+    for (int c = 0; c < JB; ++c) acc[c] = keep[c] = S::load(dst + ws + c * ldd);
+    for (idx k = 0; k < K; ++k) {
+      const V x = S::load(src + ws + k * lds);
+      for (int c = 0; c < JB; ++c) acc[c] -= typename S::template factor<Conj>(coef(k, c)).times(x);
+    }
+    for (int c = 0; c < JB; ++c) {
+      const idx from = Diag && l < lo + c ? lo + c : l;
+      put(dst + c * ldd, ws, from, top > from ? top : from, acc[c], keep[c]);
+    }
+  });
+}
+
+// Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
+// largest |re| + |im|, or the first NaN. Windows run from the bottom up, so a
+// lane takes a later window's row on ties; NaNs go to the scalar search.
+template <class T> idx pivot_index(idx lo, idx hi, const T *x) {
+  using S = simd<T>;
+  using V = typename S::V;
+  using M = typename S::M;
+  using Lane = typename S::Lane;
+  V best = S::splat(R_neg_one<real_t<T>>());
+  M row = {};
+  M nan = {};
+  const M lane = vtypes<real_t<T>>::lane() >> (S::cplx ? 1 : 0);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V a = S::abs(S::load(x + ws));
+    if constexpr (S::cplx) a = a + vtypes<real_t<T>>::swap(a);
+    nan |= (a != a);
+    a = S::blend(S::mask(l - ws, top - ws), a, S::splat(R_neg_one<real_t<T>>()));
+    const M take = a >= best;
+    best = S::blend(take, a, best);
+    row = (take & (lane + static_cast<Lane>(ws))) | (~take & row);
+  });
+  bool any_nan = false;
+  for (idx k = 0; k < S::E * S::per; ++k) any_nan |= nan[k] != 0;
+  if (any_nan) {
+    for (idx i = lo; i < hi; ++i)
+      if (abs1(x[i]) != abs1(x[i])) return i;
+  }
+  idx p = row[0];
+  real_t<T> bv = best[0];
+  for (idx k = 1; k < S::E * S::per; ++k)
+    if (best[k] > bv || (best[k] == bv && row[k] < p)) {
+      bv = best[k];
+      p = row[k];
+    }
+  return p;
+}
+
+// dst_j -= sum_{q < K} src_q * coef(q, j) for the columns j < ncols of dst
+// (rows [lo, hi)): a rank-K update with the K source windows held in
+// registers while the destination columns stream through once.
+template <class T, int K, class Coef>
+void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx lds, Coef coef) {
+  using S = simd<T>;
+  using V = typename S::V;
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V x[K];
+    for (int q = 0; q < K; ++q) x[q] = S::load(src + ws + q * lds);
+    for (idx j = 0; j < ncols; ++j) {
+      T *d = dst + j * ldd;
+      const V v = S::load(d + ws);
+      V r = v;
+      for (int q = 0; q < K; ++q) r -= typename S::template factor<false>(coef(q, j)).times(x[q]);
+      put(d, ws, l, top, r, v);
+    }
+  });
+}
+
+}  // namespace ps
+}  // namespace NXL_LOCAL_NS
+}  // namespace nxl
+
+#endif  // NXL_LAPACK_PS_SIMD_H
