@@ -57,9 +57,11 @@ void sym_interchange(bool up, idx n, idx kk, idx kp, A a) {
 }
 
 // Bunch-Kaufman factorization of a matrix held as one triangle through
-// a(i, j) (i <= j for 'U', i >= j for 'L'). rank1(m, alpha, x, start) must
-// apply A(s.., s..) -= alpha x x^H (x^T) to the trailing ('L', s = start) or
-// leading ('U', m x m) block. Returns info.
+// a(i, j) (i <= j for 'U', i >= j for 'L'). rank1(m, r, start, k) must
+// subtract r x x^H (x x^T when symmetric), x the m entries of column k off
+// the diagonal, from the leading m x m block ('U') or from the trailing
+// block that starts at row and column `start` ('L'). Returns info: the
+// first exactly zero 1x1 block of D (the factorization is completed).
 template <class T, bool herm, class A, class Rank1> idx bk_factor(bool up, idx n, A a, idx *ipiv, Rank1 rank1) {
   using R = real_t<T>;
   const R alpha = (R(1) + std::sqrt(R(17))) / R(8);
@@ -142,13 +144,13 @@ template <class T, bool herm, class A, class Rank1> idx bk_factor(bool up, idx n
           d11n = a(c1, c1) / d01;
           d01n = T(1);
         }
-        T scale_ = (herm ? T(R(1) / dn) : recip(d01)) * recip(d00n * d11n - T(1));
+        T sc = (herm ? T(R(1) / dn) : recip(d01)) * recip(d00n * d11n - T(1));
         idx lo = up ? 0 : k + 2, hi = up ? k - 1 : n;
         for (idx j = (up ? hi - 1 : lo); up ? j >= lo : j < hi; up ? --j : ++j) {
           T w0 = a(j, c0), w1 = a(j, c1);
           // Row j of W inv(D), D = [d00 d01; conj(d01) d11] (d01 for symmetric).
-          T l0 = scale_ * (d11n * w0 - cjh<herm>(d01n) * w1);
-          T l1 = scale_ * (d00n * w1 - d01n * w0);
+          T l0 = sc * (d11n * w0 - cjh<herm>(d01n) * w1);
+          T l1 = sc * (d00n * w1 - d01n * w0);
           idx ilo = up ? 0 : j, ihi = up ? j + 1 : n;
           for (idx i = ilo; i < ihi; ++i) a(i, j) -= a(i, c0) * cjh<herm>(l0) + a(i, c1) * cjh<herm>(l1);
           a(j, c0) = l0;
