@@ -77,46 +77,45 @@ template <class T> std::vector<T> matrix(idx n, bool spd) {
   return a;
 }
 
-template <class T, class F> double time_factor(std::vector<T> &work, const std::vector<T> &a0, F f, double mt) {
-  double both = bench::time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); f(); }, mt);
-  double copy = bench::time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); }, mt / 4);
-  return std::max(both - copy, both * 0.02);
-}
-
-void report(const char *name, idx n, idx kd, int thr, double flops, double t_ours, double t_peer) {
+// Rate of call(lib) on a fresh copy of a0 in w (the copy's own time taken
+// out) for us and, when given, the peer; prepare(lib) runs before each
+// library's timing. Prints both rates and their ratio.
+template <class T, class Prepare, class Call>
+void measure(const char *name, idx n, idx kd, int thr, double flops, const std::vector<T> &a0, std::vector<T> &w,
+             Lib &ours_lib, Lib *peer_lib, double mt, Prepare prepare, Call call) {
+  auto restore = [&] { std::copy(a0.begin(), a0.end(), w.begin()); };
+  double copy = bench::time_call(restore, mt / 4);
+  auto seconds = [&](Lib &l) {
+    prepare(l);
+    double t = bench::time_call([&] { restore(); call(l); }, mt);
+    return std::max(t - copy, t * 0.02);
+  };
+  double to = seconds(ours_lib), tp = peer_lib ? seconds(*peer_lib) : 0;
   std::printf("lapack-sym %-9s n=%5lld kd=%4lld threads=%d  nxl %8.2f GF", name, static_cast<long long>(n),
-              static_cast<long long>(kd), thr, flops / t_ours * 1e-9);
-  if (t_peer > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / t_peer * 1e-9, t_peer / t_ours);
+              static_cast<long long>(kd), thr, flops / to * 1e-9);
+  if (tp > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / tp * 1e-9, tp / to);
   std::printf("\n");
   std::fflush(stdout);
 }
+const auto no_prepare = [](Lib &) {};
 
 template <class T> void run_aasen(idx n, int thr, Lib &a, Lib *p, double mt) {
   auto a0 = matrix<T>(n, false);
   std::vector<T> w(a0.size()), work;
   std::vector<idx> ipiv(static_cast<size_t>(n));
   idx info = 0, lwork = 0;
-  auto call = [&](Lib &l) {
-    (std::is_same_v<T, double> ? l.dsytrf_aa : l.zhetrf_aa)("L", &n, w.data(), &n, ipiv.data(), work.data(),
-                                                            &lwork, &info, 1);
-  };
+  auto fn = [&](Lib &l) { return std::is_same_v<T, double> ? l.dsytrf_aa : l.zhetrf_aa; };
   // Each library gets the work its query asks for.
   auto query = [&](Lib &l) {
     T q = 0;
     idx m1 = -1;
-    (std::is_same_v<T, double> ? l.dsytrf_aa : l.zhetrf_aa)("L", &n, w.data(), &n, ipiv.data(), &q, &m1, &info, 1);
+    fn(l)("L", &n, w.data(), &n, ipiv.data(), &q, &m1, &info, 1);
     lwork = std::max<idx>(static_cast<idx>(std::real(q)), 2 * n);
     work.assign(static_cast<size_t>(lwork), T(0));
   };
   double flops = double(n) * n * n / 3.0 * (std::is_same_v<T, double> ? 1 : 4);
-  query(a);
-  double to = time_factor(w, a0, [&] { call(a); }, mt);
-  double tp = 0;
-  if (p) {
-    query(*p);
-    tp = time_factor(w, a0, [&] { call(*p); }, mt);
-  }
-  report(std::is_same_v<T, double> ? "dsytrf_aa" : "zhetrf_aa", n, 0, thr, flops, to, tp);
+  measure(std::is_same_v<T, double> ? "dsytrf_aa" : "zhetrf_aa", n, 0, thr, flops, a0, w, a, p, mt, query,
+          [&](Lib &l) { fn(l)("L", &n, w.data(), &n, ipiv.data(), work.data(), &lwork, &info, 1); });
 }
 
 // Packed lower triangle of a full matrix.
@@ -131,14 +130,11 @@ void run_packed(idx n, int thr, Lib &a, Lib *p, double mt) {
   std::vector<idx> ipiv(static_cast<size_t>(n));
   idx info = 0;
   auto s0 = packed(matrix<double>(n, false), n), w = s0;
-  auto sp = [&](Lib &l) { l.dsptrf("L", &n, w.data(), ipiv.data(), &info, 1); };
   double f3 = double(n) * n * n / 3.0;
-  report("dsptrf", n, 0, thr, f3, time_factor(w, s0, [&] { sp(a); }, mt),
-         p ? time_factor(w, s0, [&] { sp(*p); }, mt) : 0);
+  measure("dsptrf", n, 0, thr, f3, s0, w, a, p, mt, no_prepare,
+          [&](Lib &l) { l.dsptrf("L", &n, w.data(), ipiv.data(), &info, 1); });
   auto c0 = packed(matrix<double>(n, true), n);
-  auto pp = [&](Lib &l) { l.dpptrf("L", &n, w.data(), &info, 1); };
-  report("dpptrf", n, 0, thr, f3, time_factor(w, c0, [&] { pp(a); }, mt),
-         p ? time_factor(w, c0, [&] { pp(*p); }, mt) : 0);
+  measure("dpptrf", n, 0, thr, f3, c0, w, a, p, mt, no_prepare, [&](Lib &l) { l.dpptrf("L", &n, w.data(), &info, 1); });
 }
 
 void run_band(idx n, idx kd, int thr, Lib &a, Lib *p, double mt) {
@@ -151,10 +147,8 @@ void run_band(idx n, idx kd, int thr, Lib &a, Lib *p, double mt) {
     for (idx i = 1; i < ldab; ++i) b0[i + j * ldab] = d(g);
   }
   auto w = b0;
-  auto call = [&](Lib &l) { l.dpbtrf("L", &n, &kd, w.data(), &ldab, &info, 1); };
-  double flops = double(n) * kd * kd;
-  report("dpbtrf", n, kd, thr, flops, time_factor(w, b0, [&] { call(a); }, mt),
-         p ? time_factor(w, b0, [&] { call(*p); }, mt) : 0);
+  measure("dpbtrf", n, kd, thr, double(n) * kd * kd, b0, w, a, p, mt, no_prepare,
+          [&](Lib &l) { l.dpbtrf("L", &n, &kd, w.data(), &ldab, &info, 1); });
 }
 
 }  // namespace
