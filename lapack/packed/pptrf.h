@@ -6,7 +6,9 @@
 // The packed factorization works column by column (a triangular solve with
 // the leading factor, or a rank-1 update of the trailing matrix); from order
 // kPackedToFull on, the triangle is unpacked into a full work matrix and
-// factored by the blocked Cholesky, which runs on level-3 BLAS.
+// factored by the blocked Cholesky, which runs on level-3 BLAS, as long as
+// that matrix stays within kFullBytes (packed storage is often chosen to
+// save memory) and the memory manager can supply it.
 #ifndef NXL_LAPACK_PACKED_PPTRF_H
 #define NXL_LAPACK_PACKED_PPTRF_H
 
@@ -19,6 +21,7 @@ namespace nxl {
 namespace lapack {
 
 constexpr idx kPackedToFull = 96;
+constexpr double kFullBytes = 512.0 * 1024 * 1024;
 
 // Copies the packed triangle to (to_full) or from a full n x n matrix.
 template <class T> void pack_copy(bool up, idx n, T *ap, T *a, idx lda, bool to_full) {
@@ -68,7 +71,7 @@ template <class T> idx pptrf_packed(bool up, idx n, T *ap) {
 }
 
 template <class T> idx pptrf_work(bool up, idx n, T *ap) {
-  if (n >= kPackedToFull) {
+  if (n >= kPackedToFull && double(n) * double(n) * sizeof(T) <= kFullBytes) {
     Work<T> full(n * n);
     if (full) {
       pack_copy<T>(up, n, ap, full.get(), n, true);
