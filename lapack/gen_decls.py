@@ -66,9 +66,8 @@ for path in sorted(glob.glob('lapack/interface/*.cpp')):
                 vals = [v.strip() for v in call.group(1).split(',')]
                 g = gbody
                 for p, v in zip(params, vals):
-                    g = re.sub(r'\b' + p + r'##', v, g)
-                    g = re.sub(r'\b' + p + r'\b', v, g)
-                expanded += '\n' + g
+                    g = re.sub(r'(?<!\w)' + p + r'(?!\w)', v, g)
+                expanded += '\n' + g.replace('##', '')
         for ret, up, low, types in rows_in(expanded):
             if '##' in up or '##' in low:
                 continue

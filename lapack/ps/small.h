@@ -14,6 +14,7 @@
 // The hint is best effort: where masks or vectors are missing (complex types,
 // the oldest paths) the loop stays as the compiler would build it anyway.
 #pragma clang diagnostic ignored "-Wpass-failed"
+#define NXL_PS_UNROLL _Pragma("clang loop unroll(full)")
 #define NXL_PS_SHORT_LOOP _Pragma("clang loop vectorize(enable) vectorize_predicate(enable) interleave_count(1)")
 
 namespace nxl {
