@@ -18,6 +18,8 @@ void cgbcon(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const n
 void cgbcon_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, const nxl_int*, const float*, float*, nxl_complex8*, float*, nxl_int*);
 void cgbequ(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
 void cgbequ_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
+void cgbequb(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
+void cgbequb_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
 void cgbrfs(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, const nxl_complex8*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, nxl_complex8*, const nxl_int*, float*, float*, nxl_complex8*, float*, nxl_int*);
 void cgbrfs_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, const nxl_complex8*, const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, nxl_complex8*, const nxl_int*, float*, float*, nxl_complex8*, float*, nxl_int*);
 void cgbsv(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
@@ -436,6 +438,8 @@ void dgbcon(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const d
 void dgbcon_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, const nxl_int*, const double*, double*, double*, nxl_int*, nxl_int*);
 void dgbequ(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
 void dgbequ_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
+void dgbequb(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
+void dgbequb_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
 void dgbrfs(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, const double*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, double*, const nxl_int*, double*, double*, double*, nxl_int*, nxl_int*);
 void dgbrfs_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, const double*, const nxl_int*, const nxl_int*, const double*, const nxl_int*, double*, const nxl_int*, double*, double*, double*, nxl_int*, nxl_int*);
 void dgbsv(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, double*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*);
@@ -768,6 +772,8 @@ void sgbcon(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const f
 void sgbcon_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, const nxl_int*, const float*, float*, float*, nxl_int*, nxl_int*);
 void sgbequ(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
 void sgbequ_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
+void sgbequb(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
+void sgbequb_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, float*, float*, float*, float*, float*, nxl_int*);
 void sgbrfs(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, const float*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, float*, const nxl_int*, float*, float*, float*, nxl_int*, nxl_int*);
 void sgbrfs_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, const float*, const nxl_int*, const nxl_int*, const float*, const nxl_int*, float*, const nxl_int*, float*, float*, float*, nxl_int*, nxl_int*);
 void sgbsv(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, float*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*);
@@ -1098,6 +1104,8 @@ void zgbcon(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const n
 void zgbcon_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, const nxl_int*, const double*, double*, nxl_complex16*, double*, nxl_int*);
 void zgbequ(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
 void zgbequ_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
+void zgbequb(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
+void zgbequb_(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, double*, double*, double*, double*, double*, nxl_int*);
 void zgbrfs(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, const nxl_complex16*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, nxl_complex16*, const nxl_int*, double*, double*, nxl_complex16*, double*, nxl_int*);
 void zgbrfs_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, const nxl_complex16*, const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, nxl_complex16*, const nxl_int*, double*, double*, nxl_complex16*, double*, nxl_int*);
 void zgbsv(const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);

@@ -19,6 +19,8 @@ using Ch = char *;
   NXL_LAPACK_ROW(void, P##GBSV, p##gbsv, gbsv, kNone, nullptr, cI, cI, cI, cI, T *, cI, I, T *, cI, I)    \
   NXL_LAPACK_ROW(void, P##GBEQU, p##gbequ, gbequ, kNone, nullptr, cI, cI, cI, cI, const T *, cI, R *,     \
                  R *, R *, R *, R *, I)                                                                   \
+  NXL_LAPACK_ROW(void, P##GBEQUB, p##gbequb, gbequb, kNone, nullptr, cI, cI, cI, cI, const T *, cI, R *,  \
+                 R *, R *, R *, R *, I)                                                                   \
   NXL_LAPACK_ROW(void, P##LAQGB, p##laqgb, laqgb, kNone, nullptr, cI, cI, cI, cI, T *, cI, const R *,     \
                  const R *, const R *, const R *, const R *, Ch)                                          \
   NXL_LAPACK_ROW(R, P##LANGB, p##langb, langb, kNone, nullptr, cC, cI, cI, cI, const T *, cI, R *)

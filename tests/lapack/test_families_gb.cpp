@@ -193,6 +193,20 @@ TYPED_TEST(GbTyped, EquilibrationScalesRowsAndColumns) {
     EXPECT_NEAR(cm, 1.0, 1e-5);
   }
   for (idx i = 0; i < m; ++i) EXPECT_LE(rowmax[i], 1.0 + 1e-5);
+  // gbequb: powers of two only, every column's largest scaled entry within a
+  // factor of two of one, no row above it by more than that.
+  std::vector<R> rb(r.size()), cb(c.size());
+  lp::gbequb<T>(&m, &n, &kl, &ku, a.ab.data(), &a.ld, rb.data(), cb.data(), &rowcnd, &colcnd, &amax, &info);
+  ASSERT_EQ(info, 0);
+  for (R v : rb) EXPECT_EQ(std::log2(double(v)), std::round(std::log2(double(v))));
+  for (R v : cb) EXPECT_EQ(std::log2(double(v)), std::round(std::log2(double(v))));
+  for (idx j = 0; j < n; ++j) {
+    double cm = 0;
+    for (idx i = std::max<idx>(0, j - ku); i <= std::min(m - 1, j + kl); ++i)
+      cm = std::max(cm, double(nxl::abs1(a.at(i, j))) * double(rb[i]) * double(cb[j]));
+    EXPECT_GT(cm, 0.25);
+    EXPECT_LE(cm, 4.0);
+  }
   char equed = '?';
   lp::laqgb<T>(&m, &n, &kl, &ku, a.ab.data(), &a.ld, r.data(), c.data(), &rowcnd, &colcnd, &amax, &equed);
   EXPECT_TRUE(equed == 'R' || equed == 'B');
