@@ -4,8 +4,10 @@
 // Each MR x NR block of C is accumulated in vector registers over the whole
 // depth: per step of the depth, MR rows of a column of op(A) are loaded as
 // vectors straight from A (the last one with a lane mask, so no row is read
-// or written outside the matrix) and NR elements of op(B) are broadcast
-// straight from B, whatever its transposition. Only a transposed A is first
+// outside the matrix) and NR elements of op(B) are broadcast straight from
+// B, whatever its transposition. A partial vector of C is stored element by
+// element: masked stores are slow on some processors, and a later call
+// reading that C would wait for them. Only a transposed A is first
 // copied into a column-major stack block, so that its columns are contiguous.
 //
 // Complex elements use two accumulators per vector: one collects A times the
@@ -48,7 +50,6 @@ template <> struct simd<double> {
   static V load(const double *p) { return _mm512_loadu_pd(p); }
   static V loadm(const double *p, M m) { return _mm512_maskz_loadu_pd(m, p); }
   static void store(double *p, V v) { _mm512_storeu_pd(p, v); }
-  static void storem(double *p, V v, M m) { _mm512_mask_storeu_pd(p, m, v); }
   static V set1(double x) { return _mm512_set1_pd(x); }
   static V fma(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
   static V mul(V a, V b) { return _mm512_mul_pd(a, b); }
@@ -67,7 +68,6 @@ template <> struct simd<float> {
   static V load(const float *p) { return _mm512_loadu_ps(p); }
   static V loadm(const float *p, M m) { return _mm512_maskz_loadu_ps(m, p); }
   static void store(float *p, V v) { _mm512_storeu_ps(p, v); }
-  static void storem(float *p, V v, M m) { _mm512_mask_storeu_ps(p, m, v); }
   static V set1(float x) { return _mm512_set1_ps(x); }
   static V fma(V a, V b, V c) { return _mm512_fmadd_ps(a, b, c); }
   static V mul(V a, V b) { return _mm512_mul_ps(a, b); }
@@ -90,7 +90,6 @@ template <> struct simd<double> {
   static V load(const double *p) { return _mm256_loadu_pd(p); }
   static V loadm(const double *p, M m) { return _mm256_maskload_pd(p, m); }
   static void store(double *p, V v) { _mm256_storeu_pd(p, v); }
-  static void storem(double *p, V v, M m) { _mm256_maskstore_pd(p, m, v); }
   static V set1(double x) { return _mm256_set1_pd(x); }
 #if defined(__FMA__)
   static V fma(V a, V b, V c) { return _mm256_fmadd_pd(a, b, c); }
@@ -111,7 +110,6 @@ template <> struct simd<float> {
   static V load(const float *p) { return _mm256_loadu_ps(p); }
   static V loadm(const float *p, M m) { return _mm256_maskload_ps(p, m); }
   static void store(float *p, V v) { _mm256_storeu_ps(p, v); }
-  static void storem(float *p, V v, M m) { _mm256_maskstore_ps(p, m, v); }
   static V set1(float x) { return _mm256_set1_ps(x); }
 #if defined(__FMA__)
   static V fma(V a, V b, V c) { return _mm256_fmadd_ps(a, b, c); }
@@ -134,10 +132,6 @@ template <> struct simd<double> {
   static V load(const double *p) { return _mm_loadu_pd(p); }
   static V loadm(const double *p, M m) { return m == 2 ? _mm_loadu_pd(p) : _mm_load_sd(p); }
   static void store(double *p, V v) { _mm_storeu_pd(p, v); }
-  static void storem(double *p, V v, M m) {
-    if (m == 2) _mm_storeu_pd(p, v);
-    else _mm_store_sd(p, v);
-  }
   static V set1(double x) { return _mm_set1_pd(x); }
   static V fma(V a, V b, V c) { return _mm_add_pd(_mm_mul_pd(a, b), c); }
   static V mul(V a, V b) { return _mm_mul_pd(a, b); }
@@ -162,17 +156,6 @@ template <> struct simd<float> {
     }
   }
   static void store(float *p, V v) { _mm_storeu_ps(p, v); }
-  static void storem(float *p, V v, M m) {
-    switch (m) {
-      case 1: _mm_store_ss(p, v); break;
-      case 2: _mm_store_sd(reinterpret_cast<double *>(p), _mm_castps_pd(v)); break;
-      case 3:
-        _mm_store_sd(reinterpret_cast<double *>(p), _mm_castps_pd(v));
-        _mm_store_ss(p + 2, _mm_movehl_ps(v, v));
-        break;
-      default: _mm_storeu_ps(p, v); break;
-    }
-  }
   static V set1(float x) { return _mm_set1_ps(x); }
   static V fma(V a, V b, V c) { return _mm_add_ps(_mm_mul_ps(a, b), c); }
   static V mul(V a, V b) { return _mm_mul_ps(a, b); }
@@ -214,7 +197,7 @@ template <class T> struct args {
 };
 
 template <class T, int MV, int NR, bool MK>
-inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M mk) {
+inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M mk, int nrem) {
   using R = real_t<T>;
   using S = simd<R>;
   using V = typename S::V;
@@ -285,8 +268,13 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
 #pragma clang loop unroll(full)
     for (int v = 0; v < MV; ++v) {
       R *c = c0 + j * ldc + v * W;
-      if (MK && v == MV - 1) S::storem(c, t[j][v], mk);
-      else S::store(c, t[j][v]);
+      if (MK && v == MV - 1) {
+        alignas(64) R tmp[W];
+        S::store(tmp, t[j][v]);
+        for (int i = 0; i < nrem; ++i) c[i] = tmp[i];
+      } else {
+        S::store(c, t[j][v]);
+      }
     }
 }
 
@@ -300,16 +288,17 @@ inline void col_block(const args<T> &g, idx j0) {
   constexpr int MV = regs<T>::MV, RW = S::W / CF;  // rows per vector
   const typename S::M full = S::mask(S::W);
   idx i0 = 0;
-  for (; i0 + MV * RW <= g.m; i0 += MV * RW) block<T, MV, NR, false>(g, i0, j0, full);
+  for (; i0 + MV * RW <= g.m; i0 += MV * RW) block<T, MV, NR, false>(g, i0, j0, full, S::W);
   const idx rem = g.m - i0;
   if (rem <= 0) return;
   const int nv = int((rem + RW - 1) / RW);
-  const typename S::M mk = S::mask(int(rem - (nv - 1) * RW) * CF);
+  const int nrem = int(rem - (nv - 1) * RW) * CF;
+  const typename S::M mk = S::mask(nrem);
   if constexpr (MV >= 2) {
-    if (nv == 2) return block<T, 2, NR, true>(g, i0, j0, mk);
+    if (nv == 2) return block<T, 2, NR, true>(g, i0, j0, mk, nrem);
   }
   static_assert(MV <= 2, "row remainders handle up to two vectors");
-  block<T, 1, NR, true>(g, i0, j0, mk);
+  block<T, 1, NR, true>(g, i0, j0, mk, nrem);
 }
 
 template <class T, int... J>

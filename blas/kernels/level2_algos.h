@@ -35,6 +35,7 @@ struct Seg {
 
 template <class P>
 struct FullSt {
+  static constexpr idx group = 8;
   P a;
   idx lda;
   bool upper;
@@ -46,6 +47,9 @@ struct FullSt {
 
 template <class P>
 struct BandSt {
+  // Columns per group of the grouped algorithms: the rows that only some
+  // columns of a group store grow with the group, so band groups are small.
+  static constexpr idx group = 8;
   P a;
   idx lda, k;
   bool upper;
@@ -62,6 +66,7 @@ struct BandSt {
 
 template <class P>
 struct PackSt {
+  static constexpr idx group = 8;
   P ap;
   bool upper;
   idx n;
@@ -139,10 +144,9 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
 // group. What remains of each column is its diagonal, its rows inside the
 // group (the group's triangle) and, for band storage, the few rows that only
 // some columns of the group store (outside(c)); those go element by element.
-inline constexpr idx kG = 8;
-
 template <class T, class S>
 struct Group {
+  static constexpr idx kG = S::group;
   const S &st;
   idx j0, g, lo, hi;
   Seg<const T *> seg[kG];
@@ -184,6 +188,7 @@ inline T seg_dot(const G &gr, idx c, idx r0, idx r1, const T *x, idx incx) {
 
 template <class T, bool Herm, class S>
 void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy) {
+  constexpr idx kG = S::group;
   T t[kG], out[kG];
   for (idx j0 = 0; j0 < n; j0 += kG) {
     const idx g = n - j0 < kG ? n - j0 : kG;
@@ -241,6 +246,7 @@ template <class T, bool Conj, bool Solve, class S>
 void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
   const bool upper = st.upper;
   const bool ascending = Solve ? (upper == trans) : (upper != trans);
+  constexpr idx kG = S::group;
   const idx ng = (n + kG - 1) / kG;
   T t[kG], dot[kG];
   for (idx gi = 0; gi < ng; ++gi) {
