@@ -306,13 +306,19 @@ inline void col_rest(const args<T> &g, idx j0, int nr, std::integer_sequence<int
   ((nr == J + 1 ? col_block<T, J + 1>(g, j0) : void()), ...);
 }
 
-// Sign vector: -0 in the lanes where `lane_odd` matches, +0 elsewhere.
-template <class R> inline typename simd<R>::V sign_lanes(bool even, bool odd) {
-  using S = simd<R>;
-  alignas(64) R s[S::W];
-  for (int i = 0; i < S::W; ++i) s[i] = ((i & 1) ? odd : even) ? R(-0.0) : R(0);
-  return S::load(s);
-}
+// Sign patterns for the complex combination, as constants (a loop filling
+// a small array may be turned into masked loads, which some processors run
+// slowly): -0 in the lanes to flip, +0 elsewhere; 16 lanes cover every width.
+template <class R> struct signs {
+  alignas(64) static constexpr R none[16] = {};
+  alignas(64) static constexpr R even[16] = {R(-0.0), 0, R(-0.0), 0, R(-0.0), 0, R(-0.0), 0,
+                                             R(-0.0), 0, R(-0.0), 0, R(-0.0), 0, R(-0.0), 0};
+  alignas(64) static constexpr R odd[16] = {0, R(-0.0), 0, R(-0.0), 0, R(-0.0), 0, R(-0.0),
+                                            0, R(-0.0), 0, R(-0.0), 0, R(-0.0), 0, R(-0.0)};
+  alignas(64) static constexpr R all[16] = {R(-0.0), R(-0.0), R(-0.0), R(-0.0), R(-0.0), R(-0.0),
+                                            R(-0.0), R(-0.0), R(-0.0), R(-0.0), R(-0.0), R(-0.0),
+                                            R(-0.0), R(-0.0), R(-0.0), R(-0.0)};
+};
 
 // The product on this code path. k >= 1 and alpha != 0; ta, tb: op is a
 // transposition; ca, cb: op conjugates (complex only).
@@ -330,7 +336,18 @@ void gemm(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, cons
   if (ta) {
     // op(A) (m x k) copied column by column.
     const R *ar = g.a;
-    for (idx i = 0; i < m; ++i)
+    const idx ldr = lda * CF, mr = m * CF;
+    idx i = 0;
+    // Four rows of op(A) at a time: four reads along the depth, four
+    // neighbouring writes.
+    for (; i + 4 <= m; i += 4) {
+      const R *s0 = ar + i * ldr;
+      R *d = at + i * CF;
+      for (idx p = 0; p < k; ++p)
+        for (int r = 0; r < 4; ++r)
+          for (int h = 0; h < CF; ++h) d[p * mr + r * CF + h] = s0[r * ldr + p * CF + h];
+    }
+    for (; i < m; ++i)
       for (idx p = 0; p < k; ++p)
         for (int h = 0; h < CF; ++h) at[(i + p * m) * CF + h] = ar[(p + i * lda) * CF + h];
     g.a = at;
@@ -349,10 +366,12 @@ void gemm(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, cons
   g.ali = S::set1(im(alpha));
   g.ber = S::set1(re(beta));
   g.bei = S::set1(im(beta));
-  g.se = sign_lanes<R>(true, false);
-  g.sa = sign_lanes<R>(false, ca);
-  if (ca) g.sb = sign_lanes<R>(cb, cb);
-  else g.sb = sign_lanes<R>(!cb, cb);
+  if constexpr (is_complex_v<T>) {
+    using K = signs<R>;
+    g.se = S::load(K::even);
+    g.sa = S::load(ca ? K::odd : K::none);
+    g.sb = S::load(ca ? (cb ? K::all : K::none) : (cb ? K::odd : K::even));
+  }
   constexpr int NR = regs<T>::NR;
   idx j0 = 0;
   for (; j0 + NR <= n; j0 += NR) col_block<T, NR>(g, j0);
