@@ -18,14 +18,18 @@ double time_call(const std::function<void()> &fn, double min_time) {
   using clk = std::chrono::steady_clock;
   fn();  // warm-up
   double best = 1e300;
+  // Calls run in batches between two readings of the clock, so that the
+  // clock's own cost (tens of ns) does not weigh on calls of similar length.
+  long batch = 1;
   for (int round = 0; round < 3; ++round) {
     long reps = 0;
     auto t0 = clk::now();
     double el = 0;
     do {
-      fn();
-      ++reps;
+      for (long i = 0; i < batch; ++i) fn();
+      reps += batch;
       el = std::chrono::duration<double>(clk::now() - t0).count();
+      if (el < min_time / 300) batch *= 2;
     } while (el < min_time / 3);
     best = std::min(best, el / reps);
   }

@@ -65,7 +65,9 @@ using idx = nxl_int;
   NXL_CP_ENTRY(void, nxl_blas_x##P##trsm, nxl_blas_, _x##P##trsm, NXL_L3_TRXM_PARAMS(T),         \
                NXL_L3_TRXM_ARGS)                                                                 \
   NXL_CP_ENTRY(void, nxl_blas_x##P##rankk_cols, nxl_blas_, _x##P##rankk_cols,                   \
-               NXL_L3_RANKK_PARAMS(T), NXL_L3_RANKK_ARGS)
+               NXL_L3_RANKK_PARAMS(T), NXL_L3_RANKK_ARGS)                                        \
+  NXL_CP_ENTRY(void, nxl_blas_x##P##gemm_small, nxl_blas_, _x##P##gemm_small,                   \
+               NXL_L3_GEMM_PARAMS(T), NXL_L3_GEMM_ARGS)
 
 #define NXL_L3_ENTRIES_HERM(P, T, R)                                                            \
   NXL_CP_ENTRY(void, nxl_blas_x##P##hemm, nxl_blas_, _x##P##hemm, NXL_L3_SYMM_PARAMS(T),         \
@@ -110,6 +112,7 @@ template <class T> struct l3;
   template <> struct l3<T> {                                                          \
     static constexpr int prec = PREC;                                                 \
     static constexpr auto gemm = nxl_blas_x##P##gemm;                                 \
+    static constexpr auto gemm_small = nxl_blas_x##P##gemm_small;                     \
     static constexpr auto rankk = nxl_blas_x##P##rankk_cols;                          \
     static constexpr auto gemv = nxl_blas_##P##gemv;                                  \
   };
@@ -124,6 +127,9 @@ inline char up(const char *f) {
   char c = *f;
   return (c >= 'a' && c <= 'z') ? char(c - 32) : c;
 }
+
+// Largest m, n and k of the small-product kernels (blas/kernels/l3_small.h).
+constexpr idx kSmallMax = 64;
 
 // Products below this many multiply-adds per thread stay on one thread.
 constexpr double kMinWorkPerThread = 96.0 * 96.0 * 96.0;
@@ -195,6 +201,9 @@ void gemm_dispatch(const char *ta, const char *tb, const idx *m, const idx *n, c
                    const T *alpha, const T *a, const idx *lda, const T *b, const idx *ldb,
                    const T *beta, T *c, const idx *ldc) {
   if (*m <= 0 || *n <= 0) return;
+  // Small products: one thread, registers only, straight to the kernel.
+  if (*m <= kSmallMax && *n <= kSmallMax && *k <= kSmallMax && *k > 0 && *alpha != T(0))
+    return l3<T>::gemm_small(ta, tb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc, 1, 1);
   if ((*k <= 0 || *alpha == T(0)) && *beta == T(1)) return;
   if (nxl_serv_cbwr_get(-1) & NXL_CBWR_STRICT) (void)nxl_blas_get_kernel_api_version();
   const char fa = up(ta), fb = up(tb);

@@ -52,6 +52,46 @@ template <> struct vec<__m256> {
   static __m256 fma(__m256 a, __m256 b, __m256 c) { return _mm256_fmadd_ps(a, b, c); }
   static void store(float *p, __m256 v) { _mm256_store_ps(p, v); }
 };
+#elif defined(__AVX__)
+// AVX without FMA: a product and a sum per step.
+template <> struct vec<__m256d> {
+  using R = double;
+  static constexpr int W = 4;
+  static __m256d zero() { return _mm256_setzero_pd(); }
+  static __m256d load(const double *p) { return _mm256_load_pd(p); }
+  static __m256d bcast(const double *p) { return _mm256_broadcast_sd(p); }
+  static __m256d fma(__m256d a, __m256d b, __m256d c) { return _mm256_add_pd(_mm256_mul_pd(a, b), c); }
+  static void store(double *p, __m256d v) { _mm256_store_pd(p, v); }
+};
+template <> struct vec<__m256> {
+  using R = float;
+  static constexpr int W = 8;
+  static __m256 zero() { return _mm256_setzero_ps(); }
+  static __m256 load(const float *p) { return _mm256_load_ps(p); }
+  static __m256 bcast(const float *p) { return _mm256_broadcast_ss(p); }
+  static __m256 fma(__m256 a, __m256 b, __m256 c) { return _mm256_add_ps(_mm256_mul_ps(a, b), c); }
+  static void store(float *p, __m256 v) { _mm256_store_ps(p, v); }
+};
+#else
+// SSE2: 128-bit vectors, a product and a sum per step.
+template <> struct vec<__m128d> {
+  using R = double;
+  static constexpr int W = 2;
+  static __m128d zero() { return _mm_setzero_pd(); }
+  static __m128d load(const double *p) { return _mm_load_pd(p); }
+  static __m128d bcast(const double *p) { return _mm_load1_pd(p); }
+  static __m128d fma(__m128d a, __m128d b, __m128d c) { return _mm_add_pd(_mm_mul_pd(a, b), c); }
+  static void store(double *p, __m128d v) { _mm_store_pd(p, v); }
+};
+template <> struct vec<__m128> {
+  using R = float;
+  static constexpr int W = 4;
+  static __m128 zero() { return _mm_setzero_ps(); }
+  static __m128 load(const float *p) { return _mm_load_ps(p); }
+  static __m128 bcast(const float *p) { return _mm_load1_ps(p); }
+  static __m128 fma(__m128 a, __m128 b, __m128 c) { return _mm_add_ps(_mm_mul_ps(a, b), c); }
+  static void store(float *p, __m128 v) { _mm_store_ps(p, v); }
+};
 #endif
 
 // Packed panels are 64-byte aligned (block starts are, and panel strides are
@@ -89,5 +129,19 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
 
 }  // namespace NXL_CP_NS
 }  // namespace nxl
+
+// Defines the hand-written kernels of a path (declared in l3_ukernel.h):
+// MV vectors of type VD (double) or VS (float) by NR columns.
+#define NXL_L3_HAND_KERNELS(VD, VS, MV, NR)                                     \
+  namespace nxl {                                                                \
+  inline namespace NXL_CP_NS {                                                   \
+  void ukr_hand_d(idx kc, const double *a, const double *b, double *t) {         \
+    ukr_simd<VD, MV, NR>(kc, a, b, t);                                           \
+  }                                                                              \
+  void ukr_hand_s(idx kc, const float *a, const float *b, float *t) {            \
+    ukr_simd<VS, MV, NR>(kc, a, b, t);                                           \
+  }                                                                              \
+  }                                                                              \
+  }
 
 #endif  // NXL_BLAS_L3_SIMD_UKR_H

@@ -76,14 +76,26 @@ template <> struct ukernel<float> {
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 4;
   static constexpr idx KC = 256, MC = 96, NC = 4096;
-  static void run(idx kc, const double *a, const double *b, double *t) { ukr_generic<double, 8, 4>(kc, a, b, t); }
+  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 4;
   static constexpr idx KC = 256, MC = 192, NC = 4096;
-  static void run(idx kc, const float *a, const float *b, float *t) { ukr_generic<float, 16, 4>(kc, a, b, t); }
+  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+};
+#elif NXL_CP == 0 || NXL_CP == 2 || NXL_CP == 3
+template <> struct ukernel<double> {
+  static constexpr int MR = 4, NR = 4;
+  static constexpr idx KC = 256, MC = 96, NC = 4096;
+  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+};
+template <> struct ukernel<float> {
+  static constexpr int MR = 8, NR = 4;
+  static constexpr idx KC = 256, MC = 192, NC = 4096;
+  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
 };
 #else
+// The reproducible build: the portable kernel, compiled without contraction.
 template <> struct ukernel<double> {
   static constexpr int MR = 4, NR = 4;
   static constexpr idx KC = 256, MC = 96, NC = 4096;

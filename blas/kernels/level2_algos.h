@@ -35,6 +35,7 @@ struct Seg {
 
 template <class P>
 struct FullSt {
+  static constexpr idx group = 8;
   P a;
   idx lda;
   bool upper;
@@ -46,6 +47,9 @@ struct FullSt {
 
 template <class P>
 struct BandSt {
+  // Columns per group of the grouped algorithms: the rows that only some
+  // columns of a group store grow with the group, so band groups are small.
+  static constexpr idx group = 8;
   P a;
   idx lda, k;
   bool upper;
@@ -62,6 +66,7 @@ struct BandSt {
 
 template <class P>
 struct PackSt {
+  static constexpr idx group = 8;
   P ap;
   bool upper;
   idx n;
@@ -133,24 +138,76 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
 // ---------------------------------------------------------------------------
 // Symmetric (Herm = false) and Hermitian (Herm = true) products y += alpha*A*x.
 
+// Columns [j0, j0 + g) of a triangle taken together. The rows that every
+// column of the group stores, outside the group's own rows, form a
+// rectangle [lo, hi) that the column primitives sweep once for the whole
+// group. What remains of each column is its diagonal, its rows inside the
+// group (the group's triangle) and, for band storage, the few rows that only
+// some columns of the group store (outside(c)); those go element by element.
+template <class T, class S>
+struct Group {
+  static constexpr idx kG = S::group;
+  const S &st;
+  idx j0, g, lo, hi;
+  Seg<const T *> seg[kG];
+  const T *rect[kG];
+  Group(const S &s, idx first, idx count) : st(s), j0(first), g(count) {
+    for (idx c = 0; c < g; ++c) seg[c] = st.col(j0 + c);
+    if (st.upper) {
+      lo = seg[g - 1].r0 < j0 ? seg[g - 1].r0 : j0;
+      hi = j0;
+    } else {
+      lo = j0 + g;
+      hi = seg[0].r1 > lo ? seg[0].r1 : lo;
+    }
+    for (idx c = 0; c < g; ++c) rect[c] = seg[c].p + (lo - seg[c].r0);
+  }
+  T at(idx i, idx c) const { return seg[c].p[i - seg[c].r0]; }
+  T diag(idx c) const { return at(j0 + c, c); }
+  // Rows of column c outside the rectangle and outside the group.
+  idx out_lo(idx c) const { return st.upper ? seg[c].r0 : hi; }
+  idx out_hi(idx c) const { return st.upper ? lo : seg[c].r1; }
+  // Rows of column c inside the group, diagonal excluded.
+  idx in_lo(idx c) const { return st.upper ? (seg[c].r0 > j0 ? seg[c].r0 : j0) : j0 + c + 1; }
+  idx in_hi(idx c) const { return st.upper ? j0 + c : (seg[c].r1 < j0 + g ? seg[c].r1 : j0 + g); }
+};
+
+// y[i] += A(i, c) t over rows [r0, r1) of column c of the group.
+template <class T, class G>
+inline void seg_axpy(const G &gr, idx c, idx r0, idx r1, T t, T *y, idx incy) {
+  for (idx i = r0; i < r1; ++i) y[i * incy] = y[i * incy] + mul(gr.at(i, c), t);
+}
+
+// Sum of op(A(i, c)) x[i] over rows [r0, r1) of column c of the group.
+template <class T, bool Conj, class G>
+inline T seg_dot(const G &gr, idx c, idx r0, idx r1, const T *x, idx incx) {
+  T s = T(0);
+  for (idx i = r0; i < r1; ++i) s = s + mul(opc<Conj>(gr.at(i, c)), x[i * incx]);
+  return s;
+}
+
 template <class T, bool Herm, class S>
 void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy) {
-  for (idx j = 0; j < n; ++j) {
-    Seg<const T *> s = st.col(j);
-    T t = mul(alpha, x[j * incx]);
-    T acc;
-    T d;
-    if (st.upper) {
-      idx cnt = j - s.r0;
-      fused_cols<T, Herm>(cnt, 1, s.p, 0, &t, y + s.r0 * incy, incy, x + s.r0 * incx, incx, &acc);
-      d = s.p[cnt];
-    } else {
-      fused_cols<T, Herm>(s.r1 - j - 1, 1, s.p + 1, 0, &t, y + (j + 1) * incy, incy,
-                          x + (j + 1) * incx, incx, &acc);
-      d = s.p[0];
+  constexpr idx kG = S::group;
+  T t[kG], out[kG];
+  for (idx j0 = 0; j0 < n; j0 += kG) {
+    const idx g = n - j0 < kG ? n - j0 : kG;
+    Group<T, S> gr(st, j0, g);
+    for (idx c = 0; c < g; ++c) t[c] = mul(alpha, x[(j0 + c) * incx]);
+    fused_cols_p<T, Herm>(gr.hi - gr.lo, g, gr.rect, t, y + gr.lo * incy, incy, x + gr.lo * incx,
+                          incx, out);
+    for (idx c = 0; c < g; ++c) {
+      T acc = out[c];
+      for (int part = 0; part < 2; ++part) {
+        const idx r0 = part ? gr.in_lo(c) : gr.out_lo(c), r1 = part ? gr.in_hi(c) : gr.out_hi(c);
+        seg_axpy(gr, c, r0, r1, t[c], y, incy);
+        acc = acc + seg_dot<T, Herm>(gr, c, r0, r1, x, incx);
+      }
+      T d = gr.diag(c);
+      if constexpr (Herm) d = T(re(d));
+      const idx j = j0 + c;
+      y[j * incy] = y[j * incy] + (mul(t[c], d) + mul(alpha, acc));
     }
-    if constexpr (Herm) d = T(re(d));
-    y[j * incy] = y[j * incy] + (mul(t, d) + mul(alpha, acc));
   }
 }
 
@@ -180,90 +237,81 @@ void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, 
 // ---------------------------------------------------------------------------
 // Triangular products x := op(A) x and solves op(A) x = b.
 
-template <class T, bool Conj, class S>
-void trmv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
-  if (!trans) {
-    if (st.upper) {
-      for (idx j = 0; j < n; ++j) {
-        Seg<const T *> s = st.col(j);
-        idx cnt = j - s.r0;
-        T tj = x[j * incx];
-        axpy_cols(cnt, 1, s.p, 0, &tj, x + s.r0 * incx, incx);
-        if (!unit) x[j * incx] = mul(s.p[cnt], tj);
+// Triangular product (Solve = false) or solve in groups of kG columns, in
+// the order that leaves every element of x read before it is overwritten:
+// the rectangle and the rows outside the group with the values of x[group]
+// they need (before a product changes them, after a solve has found them),
+// the group's own triangle column by column.
+template <class T, bool Conj, bool Solve, class S>
+void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
+  const bool upper = st.upper;
+  const bool ascending = Solve ? (upper == trans) : (upper != trans);
+  constexpr idx kG = S::group;
+  const idx ng = (n + kG - 1) / kG;
+  T t[kG], dot[kG];
+  for (idx gi = 0; gi < ng; ++gi) {
+    const idx j0 = (ascending ? gi : ng - 1 - gi) * kG, g = n - j0 < kG ? n - j0 : kG;
+    Group<T, S> gr(st, j0, g);
+    T *xr = x + gr.lo * incx;
+    const idx rm = gr.hi - gr.lo;
+    // Columns of the group's triangle in the order the column algorithm
+    // takes them (forward when the group's own rows come first).
+    const bool fwd = ascending;
+    auto own = [&](auto step) {
+      for (idx s = 0; s < g; ++s) step(fwd ? s : g - 1 - s);
+    };
+    auto outer_axpy = [&] {
+      axpy_cols_p(rm, g, gr.rect, t, xr, incx);
+      for (idx c = 0; c < g; ++c) seg_axpy(gr, c, gr.out_lo(c), gr.out_hi(c), t[c], x, incx);
+    };
+    auto outer_dot = [&] {
+      dot_cols_p<T, Conj>(rm, g, gr.rect, xr, incx, dot);
+      for (idx c = 0; c < g; ++c)
+        dot[c] = dot[c] + seg_dot<T, Conj>(gr, c, gr.out_lo(c), gr.out_hi(c), x, incx);
+    };
+    if (!trans) {
+      if constexpr (Solve) {
+        own([&](idx c) {
+          T &xj = x[(j0 + c) * incx];
+          if (!unit) xj = div(xj, gr.diag(c));
+          seg_axpy(gr, c, gr.in_lo(c), gr.in_hi(c), T(-xj), x, incx);
+        });
+        for (idx c = 0; c < g; ++c) t[c] = -x[(j0 + c) * incx];
+        outer_axpy();
+      } else {
+        for (idx c = 0; c < g; ++c) t[c] = x[(j0 + c) * incx];
+        outer_axpy();
+        own([&](idx c) {
+          T &xj = x[(j0 + c) * incx];
+          seg_axpy(gr, c, gr.in_lo(c), gr.in_hi(c), xj, x, incx);
+          if (!unit) xj = mul(gr.diag(c), xj);
+        });
       }
     } else {
-      for (idx j = n - 1; j >= 0; --j) {
-        Seg<const T *> s = st.col(j);
-        T tj = x[j * incx];
-        axpy_cols(s.r1 - j - 1, 1, s.p + 1, 0, &tj, x + (j + 1) * incx, incx);
-        if (!unit) x[j * incx] = mul(s.p[0], tj);
-      }
-    }
-    return;
-  }
-  if (st.upper) {
-    for (idx j = n - 1; j >= 0; --j) {
-      Seg<const T *> s = st.col(j);
-      idx cnt = j - s.r0;
-      T acc;
-      dot_cols<T, Conj>(cnt, 1, s.p, 0, x + s.r0 * incx, incx, &acc);
-      T v = x[j * incx];
-      if (!unit) v = mul(opc<Conj>(s.p[cnt]), v);
-      x[j * incx] = v + acc;
-    }
-  } else {
-    for (idx j = 0; j < n; ++j) {
-      Seg<const T *> s = st.col(j);
-      T acc;
-      dot_cols<T, Conj>(s.r1 - j - 1, 1, s.p + 1, 0, x + (j + 1) * incx, incx, &acc);
-      T v = x[j * incx];
-      if (!unit) v = mul(opc<Conj>(s.p[0]), v);
-      x[j * incx] = v + acc;
+      outer_dot();
+      own([&](idx c) {
+        T &xj = x[(j0 + c) * incx];
+        const T in = seg_dot<T, Conj>(gr, c, gr.in_lo(c), gr.in_hi(c), x, incx);
+        if constexpr (Solve) {
+          const T v = xj - (dot[c] + in);
+          xj = unit ? v : div(v, opc<Conj>(gr.diag(c)));
+        } else {
+          const T v = unit ? xj : mul(opc<Conj>(gr.diag(c)), xj);
+          xj = v + (dot[c] + in);
+        }
+      });
     }
   }
 }
 
 template <class T, bool Conj, class S>
+void trmv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
+  tr_groups<T, Conj, false>(trans, unit, n, st, x, incx);
+}
+
+template <class T, bool Conj, class S>
 void trsv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
-  if (!trans) {
-    if (st.upper) {
-      for (idx j = n - 1; j >= 0; --j) {
-        Seg<const T *> s = st.col(j);
-        idx cnt = j - s.r0;
-        if (!unit) x[j * incx] = x[j * incx] / s.p[cnt];
-        T tj = -x[j * incx];
-        axpy_cols(cnt, 1, s.p, 0, &tj, x + s.r0 * incx, incx);
-      }
-    } else {
-      for (idx j = 0; j < n; ++j) {
-        Seg<const T *> s = st.col(j);
-        if (!unit) x[j * incx] = x[j * incx] / s.p[0];
-        T tj = -x[j * incx];
-        axpy_cols(s.r1 - j - 1, 1, s.p + 1, 0, &tj, x + (j + 1) * incx, incx);
-      }
-    }
-    return;
-  }
-  if (st.upper) {
-    for (idx j = 0; j < n; ++j) {
-      Seg<const T *> s = st.col(j);
-      idx cnt = j - s.r0;
-      T acc;
-      dot_cols<T, Conj>(cnt, 1, s.p, 0, x + s.r0 * incx, incx, &acc);
-      T v = x[j * incx] - acc;
-      if (!unit) v = v / opc<Conj>(s.p[cnt]);
-      x[j * incx] = v;
-    }
-  } else {
-    for (idx j = n - 1; j >= 0; --j) {
-      Seg<const T *> s = st.col(j);
-      T acc;
-      dot_cols<T, Conj>(s.r1 - j - 1, 1, s.p + 1, 0, x + (j + 1) * incx, incx, &acc);
-      T v = x[j * incx] - acc;
-      if (!unit) v = v / opc<Conj>(s.p[0]);
-      x[j * incx] = v;
-    }
-  }
+  tr_groups<T, Conj, true>(trans, unit, n, st, x, incx);
 }
 
 // Blocked full-storage triangular product (Solve = false) or solve

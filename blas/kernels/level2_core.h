@@ -31,81 +31,115 @@ inline T opc(T a) {
   else return a;
 }
 
-// Sum of the lanes of an accumulator by halving, down to `keep` lanes.
-template <class R, int L>
-inline void fold_lanes(R (&s)[L], int keep) {
-  for (int w = L / 2; w >= keep; w /= 2)
-    for (int k = 0; k < w; ++k) s[k] = s[k] + s[k + w];
-}
-
-// One pass over `len` reals of NC columns a[c] (unit stride). With Axpy,
-// y[p] += a[c][p] * t[c] (complex product when Cx); with Dot, the lane
-// accumulators P (a*x) and, for complex, Q (a * swapped x) collect the dot
-// products. Lanes of the tail continue the parity of the main loop.
-template <class R, int NC, bool Cx, bool Axpy, bool Dot>
-struct ColBlock {
-  static constexpr int L = kVecBytes / int(sizeof(R)) < 4 ? 4 : kVecBytes / int(sizeof(R));
-  R P[NC][L];
-  R Q[NC][L];
-
-  __attribute__((always_inline)) inline void step(const R *const *a, const R *tr, const R *ti,
-                                                  R *__restrict y, const R *__restrict x,
-                                                  idx base, int lane, idx p) {
-    (void)base;
-    R yv = Axpy ? y[p] : R(0);
-    R xv = Dot ? x[p] : R(0);
-    R xs = (Dot && Cx) ? x[p ^ 1] : R(0);
-    for (int c = 0; c < NC; ++c) {
-      R av = a[c][p];
-      if constexpr (Axpy) {
-        yv = yv + av * tr[c];
-        if constexpr (Cx) yv = yv + a[c][p ^ 1] * ((p & 1) ? ti[c] : -ti[c]);
-      }
-      if constexpr (Dot) {
-        P[c][lane] = P[c][lane] + av * xv;
-        if constexpr (Cx) Q[c][lane] = Q[c][lane] + av * xs;
-      }
-    }
-    if constexpr (Axpy) y[p] = yv;
+// A vector of the code path's width, as a compiler vector type, and the
+// exchange of neighbouring lanes (real and imaginary parts).
+template <class R> struct lanes {
+  static constexpr int VL = kVecBytes / int(sizeof(R));
+  typedef R V __attribute__((vector_size(kVecBytes)));
+  static V load(const R *p) {
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
   }
-
-  __attribute__((always_inline)) inline void run(idx len, const R *const *a, const R *tr,
-                                                 const R *ti, R *__restrict y,
-                                                 const R *__restrict x) {
-    for (int c = 0; c < NC; ++c)
-      for (int k = 0; k < L; ++k) P[c][k] = Q[c][k] = R(0);
-    idx b = 0;
-    for (; b + L <= len; b += L)
-      for (int k = 0; k < L; ++k) step(a, tr, ti, y, x, b, k, b + k);
-    for (idx p = b; p < len; ++p) step(a, tr, ti, y, x, b, int(p - b), p);
+  static void store(R *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+  static V swap(V v) {
+    if constexpr (VL == 2) return __builtin_shufflevector(v, v, 1, 0);
+    else if constexpr (VL == 4) return __builtin_shufflevector(v, v, 1, 0, 3, 2);
+    else if constexpr (VL == 8) return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);
+    else return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
   }
 };
 
-// Combines the lane accumulators of column c into the dot product.
-template <class T, bool Conj, class Blk>
-inline T finish_dot(Blk &blk, int c) {
-  using R = real_t<T>;
-  if constexpr (is_complex_v<T>) {
-    fold_lanes(blk.P[c], 2);
-    fold_lanes(blk.Q[c], 2);
-    R pe = blk.P[c][0], po = blk.P[c][1], qe = blk.Q[c][0], qo = blk.Q[c][1];
-    if constexpr (Conj) return T(pe + po, qe - qo);
-    else return T(pe - po, qe + qo);
-  } else {
-    fold_lanes(blk.P[c], 1);
-    return blk.P[c][0];
+// Dot products of NC columns ac[c] with x over `len` reals (complex: re/im
+// interleaved), and with Axpy also y += sum_c ac[c] * tr[c] (real only).
+// Two vector accumulators per column collect a * x (P) and, for complex,
+// a * swapped x (Q), so that consecutive multiply-adds are independent; the
+// tail (fewer than two vectors) goes into per-parity sums. The result for
+// column c: real, the sum of its lanes; complex, the even and odd lanes
+// combined by finish().
+template <class R, int NC, bool Cx, bool Axpy>
+struct DotBlock {
+  using X = lanes<R>;
+  using V = typename X::V;
+  static constexpr int VL = X::VL;
+  R pe[NC], po[NC], qe[NC], qo[NC];  // sums by lane parity
+
+  __attribute__((always_inline)) inline void run(idx len, const R *const *ac, const R *tr,
+                                                 R *__restrict y, const R *__restrict x) {
+    V P[NC][2], Q[NC][2];
+    const V zero = V{} * R(0);
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) P[c][0] = P[c][1] = Q[c][0] = Q[c][1] = zero;
+    idx b = 0;
+    for (; b + 2 * VL <= len; b += 2 * VL) {
+#pragma clang loop unroll(full)
+      for (int h = 0; h < 2; ++h) {
+        const V xv = X::load(x + b + h * VL);
+        const V xs = Cx ? X::swap(xv) : zero;
+        V yv = Axpy ? X::load(y + b + h * VL) : zero;
+#pragma clang loop unroll(full)
+        for (int c = 0; c < NC; ++c) {
+          const V av = X::load(ac[c] + b + h * VL);
+          P[c][h] = P[c][h] + av * xv;
+          if constexpr (Cx) Q[c][h] = Q[c][h] + av * xs;
+          if constexpr (Axpy) yv = yv + av * tr[c];
+        }
+        if constexpr (Axpy) X::store(y + b + h * VL, yv);
+      }
+    }
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) {
+      const V p = P[c][0] + P[c][1], q = Q[c][0] + Q[c][1];
+      R e = 0, o = 0, f = 0, g = 0;
+      for (int k = 0; k < VL; k += 2) {
+        e = e + p[k];
+        o = o + p[k + 1];
+        f = f + q[k];
+        g = g + q[k + 1];
+      }
+      pe[c] = e;
+      po[c] = o;
+      qe[c] = f;
+      qo[c] = g;
+    }
+    // Tail: complex lengths are even, so lane parities carry on.
+    for (idx p = b; p < len; ++p) {
+      const bool odd = (p - b) & 1;
+      R yv = Axpy ? y[p] : R(0);
+      for (int c = 0; c < NC; ++c) {
+        const R av = ac[c][p];
+        if (odd) {
+          po[c] = po[c] + av * x[p];
+          if constexpr (Cx) qo[c] = qo[c] + av * x[p - 1];
+        } else {
+          pe[c] = pe[c] + av * x[p];
+          if constexpr (Cx) qe[c] = qe[c] + av * x[p + 1];
+        }
+        if constexpr (Axpy) yv = yv + av * tr[c];
+      }
+      if constexpr (Axpy) y[p] = yv;
+    }
   }
-}
+
+  template <class T, bool Conj> T finish(int c) const {
+    if constexpr (is_complex_v<T>) {
+      if constexpr (Conj) return T(pe[c] + po[c], qe[c] - qo[c]);
+      else return T(pe[c] - po[c], qe[c] + qo[c]);
+    } else {
+      return pe[c] + po[c];
+    }
+  }
+};
 
 // y += A t over NC columns, unit stride: a plain column sweep that the
 // compiler vectorises (complex: re/im pairs).
 template <class T, int NC>
-inline void axpy_unit(idx m, const T *a, idx lda, const T *t, T *__restrict y) {
+inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
   using R = real_t<T>;
   const R *ac[NC];
   R tr[NC], ti[NC];
   for (int c = 0; c < NC; ++c) {
-    ac[c] = reinterpret_cast<const R *>(a + c * lda);
+    ac[c] = reinterpret_cast<const R *>(a[c]);
     tr[c] = re(t[c]);
     ti[c] = im(t[c]);
   }
@@ -130,47 +164,42 @@ inline void axpy_unit(idx m, const T *a, idx lda, const T *t, T *__restrict y) {
   }
 }
 
-// NC columns of A starting at a (leading dimension lda), unit-stride vectors.
+// NC columns of A (a[c] points at the first row of column c), unit-stride
+// vectors.
 template <class T, int NC, bool Conj, bool Axpy, bool Dot>
-inline void cols_unit(idx m, const T *a, idx lda, const T *t, T *y, const T *x, T *out) {
+inline void cols_unit(idx m, const T *const *a, const T *t, T *y, const T *x, T *out) {
   if constexpr (Axpy && !Dot) {
-    axpy_unit<T, NC>(m, a, lda, t, y);
+    axpy_unit<T, NC>(m, a, t, y);
     return;
   }
   if constexpr (Axpy && Dot && is_complex_v<T>) {
     // Complex columns: the dot products, then the sweep over the same
     // columns while they are still in cache; one fused loop needs more
     // shuffles per element than the two separate ones.
-    cols_unit<T, NC, Conj, false, true>(m, a, lda, t, y, x, out);
-    axpy_unit<T, NC>(m, a, lda, t, y);
+    cols_unit<T, NC, Conj, false, true>(m, a, t, y, x, out);
+    axpy_unit<T, NC>(m, a, t, y);
     return;
   }
   using R = real_t<T>;
   constexpr bool Cx = is_complex_v<T>;
   constexpr int W = Cx ? 2 : 1;
   const R *ac[NC];
-  R tr[NC], ti[NC];
+  R tr[NC];
   for (int c = 0; c < NC; ++c) {
-    ac[c] = reinterpret_cast<const R *>(a + c * lda);
-    if constexpr (Axpy) {
-      tr[c] = re(t[c]);
-      ti[c] = im(t[c]);
-    } else {
-      tr[c] = ti[c] = R(0);
-    }
+    ac[c] = reinterpret_cast<const R *>(a[c]);
+    tr[c] = Axpy ? re(t[c]) : R(0);
   }
-  ColBlock<R, NC, Cx, Axpy, Dot> blk;
-  blk.run(m * W, ac, tr, ti, reinterpret_cast<R *>(y), reinterpret_cast<const R *>(x));
-  if constexpr (Dot)
-    for (int c = 0; c < NC; ++c) out[c] = finish_dot<T, Conj>(blk, c);
+  DotBlock<R, NC, Cx, Axpy> blk;
+  blk.run(m * W, ac, tr, reinterpret_cast<R *>(y), reinterpret_cast<const R *>(x));
+  for (int c = 0; c < NC; ++c) out[c] = blk.template finish<T, Conj>(c);
 }
 
 // Strided vectors: one column at a time, single accumulator.
 template <class T, bool Conj, bool Axpy, bool Dot>
-inline void cols_strided(idx m, idx n, const T *a, idx lda, const T *t, T *y, idx incy,
+inline void cols_strided(idx m, idx n, const T *const *a, const T *t, T *y, idx incy,
                          const T *x, idx incx, T *out) {
   for (idx j = 0; j < n; ++j) {
-    const T *col = a + j * lda;
+    const T *col = a[j];
     T s = T(0);
     T tj = Axpy ? t[j] : T(0);
     for (idx i = 0; i < m; ++i) {
@@ -181,28 +210,43 @@ inline void cols_strided(idx m, idx n, const T *a, idx lda, const T *t, T *y, id
   }
 }
 
+// Columns a[0], ..., a[n-1] (any addresses, m rows each), in groups of up
+// to four.
 template <class T, bool Conj, bool Axpy, bool Dot>
-inline void cols(idx m, idx n, const T *a, idx lda, const T *t, T *y, idx incy, const T *x,
-                 idx incx, T *out) {
+inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, const T *x,
+                   idx incx, T *out) {
   if (m <= 0 || n <= 0) {
     if constexpr (Dot)
       for (idx j = 0; j < n; ++j) out[j] = T(0);
     return;
   }
   if ((Axpy && incy != 1) || (Dot && incx != 1)) {
-    cols_strided<T, Conj, Axpy, Dot>(m, n, a, lda, t, y, incy, x, incx, out);
+    cols_strided<T, Conj, Axpy, Dot>(m, n, a, t, y, incy, x, incx, out);
     return;
   }
   idx j = 0;
   for (; j + 4 <= n; j += 4)
-    cols_unit<T, 4, Conj, Axpy, Dot>(m, a + j * lda, lda, Axpy ? t + j : t, y, x, Dot ? out + j : out);
+    cols_unit<T, 4, Conj, Axpy, Dot>(m, a + j, Axpy ? t + j : t, y, x, Dot ? out + j : out);
   const T *tj = Axpy ? t + j : t;
   T *oj = Dot ? out + j : out;
   switch (n - j) {
-    case 3: cols_unit<T, 3, Conj, Axpy, Dot>(m, a + j * lda, lda, tj, y, x, oj); break;
-    case 2: cols_unit<T, 2, Conj, Axpy, Dot>(m, a + j * lda, lda, tj, y, x, oj); break;
-    case 1: cols_unit<T, 1, Conj, Axpy, Dot>(m, a + j * lda, lda, tj, y, x, oj); break;
+    case 3: cols_unit<T, 3, Conj, Axpy, Dot>(m, a + j, tj, y, x, oj); break;
+    case 2: cols_unit<T, 2, Conj, Axpy, Dot>(m, a + j, tj, y, x, oj); break;
+    case 1: cols_unit<T, 1, Conj, Axpy, Dot>(m, a + j, tj, y, x, oj); break;
     default: break;
+  }
+}
+
+// The same for n columns at a fixed distance lda.
+template <class T, bool Conj, bool Axpy, bool Dot>
+inline void cols(idx m, idx n, const T *a, idx lda, const T *t, T *y, idx incy, const T *x,
+                 idx incx, T *out) {
+  constexpr idx G = 64;
+  const T *p[G];
+  for (idx j0 = 0; j0 < n; j0 += G) {
+    const idx g = n - j0 < G ? n - j0 : G;
+    for (idx c = 0; c < g; ++c) p[c] = a + (j0 + c) * lda;
+    cols_p<T, Conj, Axpy, Dot>(m, g, p, Axpy ? t + j0 : t, y, incy, x, incx, Dot ? out + j0 : out);
   }
 }
 
@@ -223,6 +267,21 @@ template <class T, bool Conj>
 inline void fused_cols(idx m, idx n, const T *a, idx lda, const T *t, T *y, idx incy,
                        const T *x, idx incx, T *out) {
   cols<T, Conj, true, true>(m, n, a, lda, t, y, incy, x, incx, out);
+}
+
+// The three primitives on columns given by their addresses.
+template <class T>
+inline void axpy_cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy) {
+  cols_p<T, false, true, false>(m, n, a, t, y, incy, nullptr, 1, nullptr);
+}
+template <class T, bool Conj>
+inline void dot_cols_p(idx m, idx n, const T *const *a, const T *x, idx incx, T *out) {
+  cols_p<T, Conj, false, true>(m, n, a, nullptr, nullptr, 1, x, incx, out);
+}
+template <class T, bool Conj>
+inline void fused_cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy,
+                         const T *x, idx incx, T *out) {
+  cols_p<T, Conj, true, true>(m, n, a, t, y, incy, x, incx, out);
 }
 
 // y[i*incy] += x[i*incx] * t (+ w[i*incw] * u): the column update of the

@@ -22,11 +22,6 @@ void gemm_k(const char *ta, const char *tb, const idx *m, const idx *n, const id
   if (*m <= 0 || *n <= 0) return;
   const char fa = up(ta), fb = up(tb);
   const bool ca = fa == 'C' && is_complex_v<T>, cb = fb == 'C' && is_complex_v<T>;
-  // Small real products skip the panels; complex ones are faster on the
-  // engine's real kernels.
-  if (!is_complex_v<T> && *m <= small_max && *n <= small_max && *k <= small_max && *k > 0 &&
-      *alpha != T(0))
-    return gemm_small(fa != 'N', ca, fb != 'N', cb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
   workspace<T> ws;
   gemm(ws, fa != 'N', ca, fb != 'N', cb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
 }

@@ -444,6 +444,22 @@ TYPED_TEST(Level3, GemmAllTransposesEdgesAndScalars) {
     run_gemm_case<T>('T', 'N', m, 15, 33, 3, 2);
 }
 
+// Products up to 64 in every dimension run on register blocks that read A
+// and B in place: every row remainder (masked vectors), every column
+// remainder, both layouts of each operand, conjugation of either, the
+// scalar modes, and padding around each matrix that must stay untouched.
+TYPED_TEST(Level3, SmallProductsEveryRemainder) {
+  using T = TypeParam;
+  for (char ta : kTrans)
+    for (char tb : kTrans) {
+      for (idx m = 1; m <= 34; ++m) run_gemm_case<T>(ta, tb, m, (m * 5) % 17 + 1, m % 7 + 1, m % 5, m % 3);
+      for (idx n = 1; n <= 16; ++n) run_gemm_case<T>(ta, tb, 19, n, 64, n % 5, 1);
+      for (idx m : {47, 48, 49, 63, 64}) run_gemm_case<T>(ta, tb, m, 64, 33, m % 5, 2);
+      run_gemm_case<T>(ta, tb, 64, 64, 64, 2, 0);
+      run_gemm_case<T>(ta, tb, 64, 65, 64, 0, 1);  // just outside the small path
+    }
+}
+
 TYPED_TEST(Level3, SymmHemmSidesTrianglesAndScalars) {
   using T = TypeParam;
   for (int herm = 0; herm <= (cplx<T> ? 1 : 0); ++herm)
