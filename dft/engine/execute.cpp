@@ -179,6 +179,19 @@ template <class R> int team_size(const PlanBase<R> *pl, long units) {
   return static_cast<int>(std::min<long>(pl->threads, units));
 }
 
+// Width of the blocks a batch of hm transforms runs in (1: one at a time).
+// Short transforms use the plan's block width; column-like batches, whose
+// neighbouring transforms lie closer together than the elements of one
+// transform, use the column width, so that gathering a block reads
+// contiguous runs instead of single elements far apart.
+template <class R> long batch_width(const PlanBase<R> *pl, long hm, long is, long id, long os, long od) {
+  if (hm < 2) return 1;
+  if (pl->block > 1) return pl->block;
+  auto mag = [](long v) { return v < 0 ? -v : v; };
+  if (pl->cblock > 1 && (mag(id) < mag(is) || mag(od) < mag(os))) return pl->cblock;
+  return 1;
+}
+
 // Unit-stride views the passes can read or write directly: step 2 for
 // interleaved pairs, step 1 for split arrays.
 template <class R> int direct_step(const R *re, const R *im, long stride) {
@@ -228,8 +241,9 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const Node<R> *root = pl->root;
 
-  if (pl->block > 1 && hm > 1) {
-    const long B = pl->block, nb = (hm + B - 1) / B;
+  const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist);
+  if (B > 1) {
+    const long nb = (hm + B - 1) / B;
     const int nt = team_size(pl, nb);
     team(nt, nb, [&](int th, long lo, long hi) {
       R *w = base + static_cast<long>(th) * pl->per_thread;
@@ -298,7 +312,7 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const Node<R> *root = pl->root;
   const bool inner = root->kind == Node<R>::kFourStep;
-  const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
+  const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   team(nt, nb, [&](int th, long lo, long hi) {
@@ -339,7 +353,7 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const Node<R> *root = pl->root;
   const bool inner = root->kind == Node<R>::kFourStep;
-  const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
+  const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   team(nt, nb, [&](int th, long lo, long hi) {

@@ -366,12 +366,27 @@ template <class R> bool setup_plan(PlanBase<R> *pl, long n, long len, long howma
   // transform, no transposing gather/scatter) are faster.
   if (howmany < 2 || b < 4 || len >= 32 || pl->root->kind == Node<R>::kFourStep) b = 1;
   pl->block = b;
+  // Column-like batches (neighbouring transforms closer in memory than the
+  // elements of one transform, e.g. the columns of a matrix) always go in
+  // blocks: a block's rows are contiguous runs of the caller's data and every
+  // pass is vectorised across the block. The width is a whole number of
+  // vectors, smaller for longer transforms so that a block stays in L2.
+  long cb = 1;
+  if (pl->root->kind != Node<R>::kFourStep && eff <= 16384) {
+    const long lanes = pl->k->lanes;
+    cb = (512L * 1024 / (8 * 2 * static_cast<long>(sizeof(R)))) / (eff > 0 ? eff : 1);
+    cb = cb / lanes * lanes;
+    if (cb < lanes) cb = lanes;
+    if (cb > 4 * lanes) cb = 4 * lanes;
+  }
+  pl->cblock = cb;
+  const long bw = b > cb ? b : cb;
   const long gy = len + 1;
   if (pl->root->kind == Node<R>::kFourStep) {
     pl->per_thread = 0;
     pl->shared = 4 * pad16(gy) + node_work(pl->root, 1, pl->threads);
   } else {
-    pl->per_thread = 4 * pad16(gy * b) + node_work(pl->root, b, 1);
+    pl->per_thread = 4 * pad16(gy * bw) + node_work(pl->root, bw, 1);
     pl->shared = 0;
   }
   const long total = pl->users * (pl->shared + pl->threads * pl->per_thread);

@@ -59,6 +59,7 @@ template <class R> struct PlanBase {
   int threads = 1;
   int users = 1;
   long block = 1;            // batch width of the block mode (1 = per transform)
+  long cblock = 1;           // batch width for column-like batches (1 = none)
   long per_thread = 0;       // reals of work per thread
   long shared = 0;           // reals of work shared by the threads of one call
   R *work = nullptr;         // users * (shared + threads * per_thread) reals
