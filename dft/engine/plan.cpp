@@ -149,9 +149,15 @@ template <class R> void free_node(Node<R> *nd) {
   delete nd;
 }
 
-// Four-step split when n is at least this many complex values (about a
-// quarter of L2 for the data and its work copy).
-template <class R> constexpr long kFourStepMin = 65536L * 8 / static_cast<long>(sizeof(R)) / 2;
+// Four-step split when n is at least this many complex values and the plan
+// may use more than one thread (its row and column phases divide among the
+// team). On one thread the Stockham passes, which stream through the data,
+// are faster at every length.
+// Four-step split from this many complex values: there the Stockham passes'
+// work copies (four times the data) become the larger cost. Below it the
+// passes, which stream through the data (shared among threads pass by pass),
+// are faster at every length measured.
+template <class R> constexpr long kFourStepMin = 1L << 21;
 
 template <class R> Node<R> *make_node(long n, bool top, const KernelTable<R> *k, std::size_t &bytes);
 
@@ -292,10 +298,11 @@ template <class R> Node<R> *make_fourstep(long n, long n1, const KernelTable<R> 
   nd->ar = nd->sub2 ? arena_alloc<R>(n, bytes) : nullptr;
   if (!nd->ar) { free_node(nd); return nullptr; }
   nd->ai = nd->ar + pad16(n);
-  for (long k1 = 0; k1 < n1; ++k1)
-    for (long j2 = 0; j2 < nd->n2; ++j2)
+  nd->n1p = n1 + 64 / static_cast<long>(sizeof(R));
+  for (long j2 = 0; j2 < nd->n2; ++j2)
+    for (long k1 = 0; k1 < n1; ++k1)
       root<R>(static_cast<long>((static_cast<unsigned __int128>(j2) * k1) % static_cast<unsigned long long>(n)), n,
-              nd->ar[k1 * nd->n2 + j2], nd->ai[k1 * nd->n2 + j2]);
+              nd->ar[j2 * n1 + k1], nd->ai[j2 * n1 + k1]);
   return nd;
 }
 
@@ -325,7 +332,7 @@ template <class R> long node_work(const Node<R> *nd, long s0, int threads) {
     case Node<R>::kFourStep: {
       const long B = nd->fs_block, mx = nd->n1 > nd->n2 ? nd->n1 : nd->n2;
       long sub = node_work(nd->sub, B, 1), sub2 = node_work(nd->sub2, B, 1);
-      return 2 * pad16(nd->n) + threads * (8 * pad16(mx * B) + (sub > sub2 ? sub : sub2));
+      return 2 * pad16(nd->n2 * nd->n1p) + threads * (8 * pad16(mx * B) + (sub > sub2 ? sub : sub2));
     }
   }
   return 0;

@@ -43,8 +43,10 @@ template <class R> struct Node {
   long arena = 0;   // complex values held
   // Bluestein: chirp c_j = exp(-i pi j^2 / n) at offset 0, kernel at offset n.
   long M = 0;
-  // FourStep: n = n1 * n2, twiddles w_n^(j2 k1) at offset 0 in [k1][j2] layout.
-  long n1 = 0, n2 = 0, fs_block = 0;
+  // FourStep: n = n1 * n2, twiddles w_n^(j2 k1) at offset 0 in [j2][k1]
+  // layout; the intermediate array holds n2 rows of n1 values, row length
+  // n1p (padded so that a column of it does not fall into one cache set).
+  long n1 = 0, n2 = 0, n1p = 0, fs_block = 0;
   Node *sub = nullptr;   // Bluestein: length M; FourStep: length n1
   Node *sub2 = nullptr;  // FourStep: length n2
 };

@@ -77,7 +77,7 @@ template <class R> void check_large(long n) {
 }
 
 TEST(EngineC2C, AccuracyLargeLengths) {
-  for (long n : {1L << 20, 65537L, 3L * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3, 6L * 65536L})
+  for (long n : {1L << 20, 65537L, 3L * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3, 6L * 65536L, 1L << 21})
     check_large<double>(n);
   for (long n : {1L << 18, 100000L, 65537L}) check_large<float>(n);
 }
@@ -347,6 +347,8 @@ TEST(EngineThreads, BitwiseIdenticalAcrossThreadCounts) {
   check_threads<float>(64, 1000);
   check_threads<double>(1000, 37);
   check_threads<double>(1L << 20, 1);
+  check_threads<double>(3L * 5 * 7 * 11 * 13 * 17, 1);   // generic odd-radix pass shared
+  check_threads<double>(1L << 21, 1);                    // four-step
   check_threads<float>(1L << 18, 2);
   check_threads<double>(1009, 9);
 }
@@ -358,8 +360,11 @@ TEST(EngineInfo, DescribesPlans) {
   EXPECT_EQ(in.largest_prime, 1009);
   EXPECT_TRUE(in.bluestein);
   E::destroy(p);
-  auto *q = E::c2c_create<float>(1L << 20, 1, 1);
+  auto *q = E::c2c_create<float>(1L << 21, 1, 1);
   EXPECT_TRUE(E::info(q).four_step);
+  E::destroy(q);
+  q = E::c2c_create<float>(1L << 20, 1, 2);   // passes shared by threads, not split
+  EXPECT_FALSE(E::info(q).four_step);
   E::destroy(q);
   EXPECT_EQ(E::largest_prime_factor(1), 1);
   EXPECT_EQ(E::largest_prime_factor(2L * 3 * 65537), 65537);
