@@ -48,8 +48,8 @@ long g_block_span = 8L << 20;
 
 // The caller's slot of the plan (set after acquire, and by each thread of a
 // team that runs whole transforms).
-thread_local int g_slot = 0;
-thread_local int g_tid = 0;   // the thread's number within the slot's workers
+__attribute__((tls_model("initial-exec"))) thread_local int g_slot = 0;
+__attribute__((tls_model("initial-exec"))) thread_local int g_tid = 0;   // the thread's number within the slot's workers
 
 Pass make_pass(int kind, Loop t, const Loop *others, int nothers, int prefer) {
   Pass p{};
