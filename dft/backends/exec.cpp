@@ -309,11 +309,14 @@ template <class R> nxl_int complex_compute(DFTI_DESCRIPTOR *d, void *a1, void *a
     ore = (P->inplace ? static_cast<R *>(a1) : static_cast<R *>(a2)) + P->ooff;
     oim = ore + 1;
   }
+  const R scale = sign < 0 ? P->fscale : P->bscale;
+  // The slots guard the column-block buffers; without those the engine's
+  // own work slots suffice.
+  if (!P->blk) return run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, scale, P->T, P->split_loops);
   int slot = P->acquire();
   g_slot = slot;
   g_tid = 0;
-  int st = run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, sign < 0 ? P->fscale : P->bscale, P->T,
-                         P->split_loops);
+  int st = run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, scale, P->T, P->split_loops);
   P->release(slot);
   return st;
 }

@@ -37,6 +37,9 @@ template <class R> inline SBuf<const R> cst(SBuf<R> b) { return {b.r, b.i, b.ste
 // among threads.
 constexpr long kStockhamThreadMin = 1L << 15;
 
+// Longest single transform whose pass buffers go on the stack.
+constexpr long kStackMax = 512;
+
 // Split buffer of c complex values at w: real half then imaginary half.
 template <class R> inline SBuf<R> carve(R *&w, long c) {
   SBuf<R> b{w, w + pad16(c), 1};
@@ -277,9 +280,25 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   }
   const KernelTable<R> *k = pl->k;
   const long n = pl->n;
+  const Node<R> *root = pl->root;
+  // One short transform between unit-stride arrays: straight to the passes,
+  // with their work on the stack (no work slot to take). With two passes or
+  // more the first reads all of x before the last writes y, so x and y may
+  // be the same.
+  if (hm == 1 && n <= kStackMax && root->kind == Node<R>::kStockham && root->nst >= 2) {
+    const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
+    if (xs && ys) {
+      alignas(64) R w[4 * pad16(kStackMax)];
+      exec_stockham<R>(root, k, 1, SBuf<const R>{in.re, in.im, xs}, SBuf<R>{out.re, out.im, ys}, w, 1);
+      if (scale != R(1)) {
+        k->scale(n, 1, out.re, out.stride, 0, scale);
+        k->scale(n, 1, out.im, out.stride, 0, scale);
+      }
+      return 0;
+    }
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
-  const Node<R> *root = pl->root;
 
   const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist);
   if (B > 1) {
@@ -348,9 +367,19 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   const KernelTable<R> *k = pl->k;
   const long n = pl->n, len = pl->root->n, h = n / 2;
   const bool even = n % 2 == 0;
+  const Node<R> *root = pl->root;
+  // One short transform of unit-stride real data: its half-length transform
+  // and the untangling pass with their work on the stack.
+  if (hm == 1 && even && in.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
+    alignas(64) R w[6 * pad16(kStackMax + 1)];
+    R *wp = w;
+    SBuf<R> Y = carve(wp, len + 1);
+    exec_node<R>(root, k, 1, SBuf<const R>{in.p, in.p + 1, 2}, Y, wp, 1);
+    k->r2c_post(h, 1, Y.r, Y.i, pl->ur, pl->ui, out.re, out.im, out.stride, out.dist, scale);
+    return 0;
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
-  const Node<R> *root = pl->root;
   const bool inner = inner_parallel(pl, 1);
   const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);

@@ -53,7 +53,7 @@ template <class R> struct Node {
 
 // Work areas are counted in complex values; each is split into a real and an
 // imaginary half, every half padded to a multiple of 16 reals.
-inline long pad16(long c) { return (c + 15) & ~15L; }
+constexpr long pad16(long c) { return (c + 15) & ~15L; }
 
 template <class R> struct PlanBase {
   long n = 0;
