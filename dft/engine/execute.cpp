@@ -72,6 +72,64 @@ inline void share(long tot, int t, int nt, long &lo, long &hi) {
   hi = t == nt - 1 ? tot : (tot * (t + 1) / nt) & ~63L;
 }
 
+// The passes of a Stockham node for thread t of nt (Sync: a team shares the
+// passes, with a barrier after each; without it no OpenMP call is made).
+template <bool Sync, class R>
+void stockham_passes(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, SBuf<R> A,
+                     SBuf<R> B, bool alias, bool first_p, int t, int nt) {
+  const long n = nd->n, tot = n * s0;
+  long lo, hi;
+  SBuf<const R> src = x;
+  if (x.step != 1 && !first_p) {
+    // Interleaved input the first pass cannot read: split it into B first.
+    if (t == 0) k->gather(n * s0, 1, 1, x.r, x.i, 2, 0, B.r, B.i);
+    src = cst(B);
+    if constexpr (Sync) {
+#pragma omp barrier
+    }
+  }
+  long s = s0;
+  for (int i = 0; i < nd->nst; ++i) {
+    const Stage &st = nd->st[i];
+    const bool last = i == nd->nst - 1;
+    const bool use_p = i == 0 && first_p;
+    const bool q_pass = st.slot >= 0 && !use_p;
+    // The last pass writes y itself unless it cannot produce y's layout.
+    const bool to_y = last && !alias && (y.step == 1 || q_pass);
+    SBuf<R> dst = to_y ? y : (i % 2 == 0 ? A : B);
+    const int im = use_p ? mode_of(src.r, src.i, src.step) : 0;
+    const R *sr = use_p ? base_of(src.r, src.i, src.step) : src.r;
+    const int om = to_y ? mode_of<R>(dst.r, dst.i, dst.step) : 0;
+    R *dr = to_y ? const_cast<R *>(base_of<R>(dst.r, dst.i, dst.step)) : dst.r;
+    if constexpr (Sync) {
+      share(tot / st.r, t, nt, lo, hi);
+    } else {
+      lo = 0;
+      hi = tot / st.r;
+    }
+    if (st.slot >= 0) {
+      const typename KernelTable<R>::Pass f = use_p ? (st.vec ? k->passv[im] : k->pass1[st.slot][im])
+                                              : (s & (k->lanes - 1)) == 0 ? k->passqv[st.slot][om]
+                                              : k->lanes >= 8 && (s & (k->lanes / 2 - 1)) == 0
+                                                  ? k->passqh[st.slot][om]
+                                              : s == 4 ? k->pass4[st.slot][om]
+                                              : s == 8 ? k->pass8[st.slot][om]
+                                                       : k->pass[st.slot][om];
+      const long tw = use_p ? st.tw1 : st.tw;
+      f(st.m, s, lo, hi, nd->ar + tw, nd->ai + tw, sr, src.i, dr, dst.i);
+    } else {
+      k->gen(st.r, st.m, s, lo, hi, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r,
+             src.i, dst.r, dst.i);
+    }
+    if constexpr (Sync) {
+#pragma omp barrier
+    }
+    src = SBuf<const R>{dst.r, dst.i, to_y ? y.step : 1};
+    s *= st.r;
+    if (last && !to_y && t == 0) k->scatter(n * s0, 1, 1, dst.r, dst.i, y.r, y.i, y.step, 0, R(1), nullptr, nullptr, 0);
+  }
+}
+
 // Stockham passes. With threads > 1 every pass is shared among the team
 // (each thread a range of butterflies, a barrier between passes); the
 // arithmetic is the same for every thread count.
@@ -89,54 +147,12 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
                                       static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
   const Stage &first = nd->st[0];
   const bool first_p = s0 == 1 && first.slot >= 0 && first.tw1 >= 0;
-  const long tot = n * s0;
-  const int nt = threads > 1 && tot >= kStockhamThreadMin ? threads : 1;
-  team(nt, nt, [&](int t, long, long) {
-    long lo, hi;
-    SBuf<const R> src = x;
-    if (x.step != 1 && !first_p) {
-      // Interleaved input the first pass cannot read: split it into B first.
-      if (t == 0) k->gather(n * s0, 1, 1, x.r, x.i, 2, 0, B.r, B.i);
-      src = cst(B);
-      if (nt > 1) {
-#pragma omp barrier
-      }
-    }
-    long s = s0;
-    for (int i = 0; i < nd->nst; ++i) {
-      const Stage &st = nd->st[i];
-      const bool last = i == nd->nst - 1;
-      const bool use_p = i == 0 && first_p;
-      const bool q_pass = st.slot >= 0 && !use_p;
-      // The last pass writes y itself unless it cannot produce y's layout.
-      const bool to_y = last && !alias && (y.step == 1 || q_pass);
-      SBuf<R> dst = to_y ? y : (i % 2 == 0 ? A : B);
-      const int im = use_p ? mode_of(src.r, src.i, src.step) : 0;
-      const R *sr = use_p ? base_of(src.r, src.i, src.step) : src.r;
-      const int om = to_y ? mode_of<R>(dst.r, dst.i, dst.step) : 0;
-      R *dr = to_y ? const_cast<R *>(base_of<R>(dst.r, dst.i, dst.step)) : dst.r;
-      share(tot / st.r, t, nt, lo, hi);
-      if (st.slot >= 0) {
-        const typename KernelTable<R>::Pass f = use_p   ? (st.vec ? k->passv[im] : k->pass1[st.slot][im])
-                                                : s % k->lanes == 0 ? k->passqv[st.slot][om]
-                                                : s == 4 ? k->pass4[st.slot][om]
-                                                : s == 8 ? k->pass8[st.slot][om]
-                                                         : k->pass[st.slot][om];
-        const long tw = use_p ? st.tw1 : st.tw;
-        f(st.m, s, lo, hi, nd->ar + tw, nd->ai + tw, sr, src.i, dr, dst.i);
-      } else {
-        k->gen(st.r, st.m, s, lo, hi, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r,
-               src.i, dst.r, dst.i);
-      }
-      if (nt > 1) {
-#pragma omp barrier
-      }
-      src = SBuf<const R>{dst.r, dst.i, to_y ? y.step : 1};
-      s *= st.r;
-      if (last && !to_y && t == 0)
-        k->scatter(n * s0, 1, 1, dst.r, dst.i, y.r, y.i, y.step, 0, R(1), nullptr, nullptr, 0);
-    }
-  });
+  const int nt = threads > 1 && n * s0 >= kStockhamThreadMin ? threads : 1;
+  if (nt == 1) {
+    stockham_passes<false, R>(nd, k, s0, x, y, A, B, alias, first_p, 0, 1);
+    return;
+  }
+  team(nt, nt, [&](int t, long, long) { stockham_passes<true, R>(nd, k, s0, x, y, A, B, alias, first_p, t, nt); });
 }
 
 template <class R>

@@ -42,6 +42,7 @@ template <class R> struct KernelTable {
   Pass pass8[kNumRadix][3];  // s == 8; [output mode]
   Pass pass1[kNumRadix][3];  // s == 1; [input mode]
   Pass passqv[kNumRadix][3]; // s % lanes == 0, hand-vectorised; [output mode]
+  Pass passqh[kNumRadix][3]; // s % (lanes/2) == 0, the same with half vectors
   GenPass gen;
   // First pass (s == 1) of radix `lanes` (the vector length: 2, 4, 8 or 16),
   // vectorised with in-register transposes; needs m % lanes == 0. [input mode]

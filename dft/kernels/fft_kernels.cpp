@@ -403,10 +403,9 @@ template <int OM, int W, class V, class T> NXL_AI void vst(T *r, T *i, long e, V
   }
 }
 
-template <int R, int OM, class T>
+template <int R, int OM, class T, int W = kVBytes / static_cast<int>(sizeof(T))>
 void pass_qv(long m, long s, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
              const T *__restrict xr, const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
-  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
   using V = typename Vec<T, W>::type;
   const long xj = s * m;
   for (long p = lo / s; p < m && p * s < hi; ++p) {
@@ -836,6 +835,10 @@ template <int R, class T> constexpr void fill_radix(KernelTable<T> &t, int slot)
   t.passqv[slot][0] = pass_qv<R, 0, T>;
   t.passqv[slot][1] = pass_qv<R, 1, T>;
   t.passqv[slot][2] = pass_qv<R, 2, T>;
+  constexpr int H = kVBytes / static_cast<int>(sizeof(T)) / 2;
+  t.passqh[slot][0] = pass_qv<R, 0, T, H>;
+  t.passqh[slot][1] = pass_qv<R, 1, T, H>;
+  t.passqh[slot][2] = pass_qv<R, 2, T, H>;
   t.pass1[slot][0] = pass_p<R, 0, T>;
   t.pass1[slot][1] = pass_p<R, 1, T>;
   t.pass1[slot][2] = pass_p<R, 2, T>;
