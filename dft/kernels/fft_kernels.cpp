@@ -553,11 +553,89 @@ void scatter_rows(long n, long b, long ld, const T *__restrict yr, const T *__re
     }
 }
 
+// Whole transforms (unit stride, split or interleaved in either order) moved
+// between their own layout and the [j][q] layout of a block by squares of
+// W x W values transposed in registers; needs b and n multiples of W.
+template <class T> NXL_AI bool squares_vectorisable(long n, long b, const T *re, const T *im, long stride) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  return W >= 4 && b % W == 0 && n % W == 0 &&
+         (stride == 1 || (stride == 2 && (im == re + 1 || re == im + 1)));
+}
+
+template <class T>
+void gather_squares(long n, long b, long ld, const T *re, const T *im, long stride, long dist, T *__restrict yr,
+                    T *__restrict yi) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  const bool swapped = stride == 2 && re == im + 1;
+  const T *base = swapped ? im : re;
+  for (long q0 = 0; q0 < b; q0 += W)
+    for (long j0 = 0; j0 < n; j0 += W) {
+      V vr[W], vi[W];
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        if (stride == 1) {
+          vr[i] = vload<V>(re + (q0 + i) * dist + j0);
+          vi[i] = vload<V>(im + (q0 + i) * dist + j0);
+        } else {
+          const T *p = base + (q0 + i) * dist + 2 * j0;
+          const V a = vload<V>(p), c = vload<V>(p + W);
+          const V e = even(a, c, std::make_index_sequence<W>{}), o = odd(a, c, std::make_index_sequence<W>{});
+          vr[i] = swapped ? o : e;
+          vi[i] = swapped ? e : o;
+        }
+      }
+      transpose<W, 1>(vr);
+      transpose<W, 1>(vi);
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        vstore(yr + (j0 + i) * ld + q0, vr[i]);
+        vstore(yi + (j0 + i) * ld + q0, vi[i]);
+      }
+    }
+}
+
+template <class T>
+void scatter_squares(long n, long b, long ld, const T *__restrict yr, const T *__restrict yi, T *re, T *im,
+                     long stride, long dist, T scale) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  const bool swapped = stride == 2 && re == im + 1;
+  T *base = swapped ? im : re;
+  for (long q0 = 0; q0 < b; q0 += W)
+    for (long k0 = 0; k0 < n; k0 += W) {
+      V vr[W], vi[W];
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        vr[i] = vload<V>(yr + (k0 + i) * ld + q0) * scale;
+        vi[i] = vload<V>(yi + (k0 + i) * ld + q0) * scale;
+      }
+      transpose<W, 1>(vr);
+      transpose<W, 1>(vi);
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        if (stride == 1) {
+          vstore(re + (q0 + i) * dist + k0, vr[i]);
+          vstore(im + (q0 + i) * dist + k0, vi[i]);
+        } else {
+          const V x = swapped ? vi[i] : vr[i], y = swapped ? vr[i] : vi[i];
+          T *p = base + (q0 + i) * dist + 2 * k0;
+          vstore(p, zip_lo(x, y, std::make_index_sequence<W>{}));
+          vstore(p + W, zip_hi(x, y, std::make_index_sequence<W>{}));
+        }
+      }
+    }
+}
+
 template <class T>
 void gather(long n, long b, long ld, const T *re, const T *im, long stride, long dist, T *__restrict yr,
             T *__restrict yi) {
   if (b > 1 && rows_vectorisable(b, re, im, dist)) {
     gather_rows(n, b, ld, re, im, stride, dist, yr, yi);
+    return;
+  }
+  if (b > 1 && squares_vectorisable(n, b, re, im, stride)) {
+    gather_squares(n, b, ld, re, im, stride, dist, yr, yi);
     return;
   }
   if (b == 1) {
@@ -637,6 +715,10 @@ void scatter(long n, long b, long ld, const T *__restrict yr, const T *__restric
   }
   if (b > 1 && rows_vectorisable<T>(b, re, im, dist)) {
     scatter_rows(n, b, ld, yr, yi, re, im, stride, dist, scale);
+    return;
+  }
+  if (b > 1 && squares_vectorisable(n, b, re, im, stride)) {
+    scatter_squares(n, b, ld, yr, yi, re, im, stride, dist, scale);
     return;
   }
   if (b == 1) {
