@@ -150,8 +150,16 @@ double time_peer(const Peer &P, const FftCase &c, double min_time) {
   return t;
 }
 
+// NXL_BENCH_FFT_ONLY=text limits the suite to the cases whose name contains
+// the text (for quick comparisons while tuning one shape).
+bool selected(const FftCase &c) {
+  const char *only = std::getenv("NXL_BENCH_FFT_ONLY");
+  return !only || !*only || c.name.find(only) != std::string::npos;
+}
+
 template <class R> void run_cases(const std::vector<FftCase> &cases, const Peer &P, const bench::Options &opt) {
   for (const FftCase &c : cases) {
+    if (!selected(c)) continue;
     long n = 1;
     for (long d : c.dims) n *= d;
     double flops = 5.0 * n * std::log2(static_cast<double>(n)) * c.howmany * (c.real ? 0.5 : 1.0);

@@ -48,8 +48,8 @@ long g_block_span = 8L << 20;
 
 // The caller's slot of the plan (set after acquire, and by each thread of a
 // team that runs whole transforms).
-thread_local int g_slot = 0;
-thread_local int g_tid = 0;   // the thread's number within the slot's workers
+__attribute__((tls_model("initial-exec"))) thread_local int g_slot = 0;
+__attribute__((tls_model("initial-exec"))) thread_local int g_tid = 0;   // the thread's number within the slot's workers
 
 Pass make_pass(int kind, Loop t, const Loop *others, int nothers, int prefer) {
   Pass p{};
@@ -93,8 +93,8 @@ Pass make_pass(int kind, Loop t, const Loop *others, int nothers, int prefer) {
 
 // ---- Plan ------------------------------------------------------------------
 
-enum RealFwd { kFwdDirect, kFwdRow, kFwdStaged };
-enum RealBwd { kBwdDirect, kBwdRow, kBwdPerTransform };
+enum RealFwd { kFwdDirect, kFwdRow, kFwdStaged, kFwdPacked2 };
+enum RealBwd { kBwdDirect, kBwdRow, kBwdPerTransform, kBwdPacked2 };
 
 template <class R> struct Plan {
   // Engine plans, one per (kind, length), shared by the passes.
@@ -136,6 +136,12 @@ template <class R> struct Plan {
   long f_ri_s = 1, f_ce_s = 2, f_ce_im = 1;
   long b_ri_s = 1, b_ce_s = 2, b_ce_im = 1;
   Pass row{};                // row mode: one r2c/c2r transform into the buffer
+  // Two-dimensional CCS/PACK/PERM: real strides along dimensions 0 and 1
+  // (f: forward input, b: backward output) and the format's strides (fp:
+  // forward output, bp: backward input); engine plans r2c of n0 and c2c of n1.
+  long n1 = 1;
+  long f_ri_s1 = 0, b_ri_s1 = 0, fp_s0 = 1, fp_s1 = 0, bp_s0 = 1, bp_s1 = 0;
+  Pass p2r{}, p2c{};
   Pass stage{};              // staged forward: the input geometry of one transform
   long fin_off = 0, fout_off = 0, bin_off = 0, bout_off = 0;
   long fidist = 0, fodist = 0, bidist = 0, bodist = 0;
@@ -303,11 +309,14 @@ template <class R> nxl_int complex_compute(DFTI_DESCRIPTOR *d, void *a1, void *a
     ore = (P->inplace ? static_cast<R *>(a1) : static_cast<R *>(a2)) + P->ooff;
     oim = ore + 1;
   }
+  const R scale = sign < 0 ? P->fscale : P->bscale;
+  // The slots guard the column-block buffers; without those the engine's
+  // own work slots suffice.
+  if (!P->blk) return run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, scale, P->T, P->split_loops);
   int slot = P->acquire();
   g_slot = slot;
   g_tid = 0;
-  int st = run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, sign < 0 ? P->fscale : P->bscale, P->T,
-                         P->split_loops);
+  int st = run_passes<R>(P->fwd, P->nfwd, sign, ire, iim, ore, oim, scale, P->T, P->split_loops);
   P->release(slot);
   return st;
 }
@@ -494,6 +503,67 @@ template <class R> struct Formats {
   }
 };
 
+// Two-dimensional conjugate-even storage in the CCS, PACK and PERM formats:
+// along dimension 0 every column holds its values in the 1-D format; the
+// rows of X[0][*] and (n0 even) X[n0/2][*], which are conjugate-even along
+// dimension 1, hold those values in the 1-D format along dimension 1, and
+// the other rows hold the real or imaginary parts of X[k0][k1] for every k1.
+// CCS keeps the zero imaginary rows (and the two spare columns of the other
+// rows, written as zeros), so it spans (n0+2) x (n1+2) reals.
+// The dense buffer w holds X[k0][k1] (k0 <= n0/2, every k1) as
+// interleaved pairs at w[2*(k1*h0 + k0)].
+template <class R> struct Formats2 {
+  static bool real_row(long n0, long k0) { return k0 == 0 || 2 * k0 == n0; }
+  static long spare_cols(int format, long n1) { return format == DFTI_CCS_FORMAT ? 2 * (n1 / 2 + 1) : n1; }
+  static void scatter(int format, long n0, long n1, const R *w, R *out, long s0, long s1) {
+    const long h0 = n0 / 2 + 1, h1 = n1 / 2 + 1;
+    for (long k0 = 0; k0 < h0; ++k0) {
+      long r0, i0;
+      Formats<R>::where(format, n0, k0, s0, 0, &r0, &i0);
+      if (real_row(n0, k0)) {
+        for (long k1 = 0; k1 < h1; ++k1) {
+          long r1, i1;
+          if (Formats<R>::where(format, n1, k1, s1, 0, &r1, &i1)) out[r0 + i1] = w[2 * (k1 * h0 + k0) + 1];
+          out[r0 + r1] = w[2 * (k1 * h0 + k0)];
+        }
+        if (format == DFTI_CCS_FORMAT)
+          for (long c = 0; c < spare_cols(format, n1); ++c) out[i0 + c * s1] = R(0);
+        continue;
+      }
+      for (long k1 = 0; k1 < n1; ++k1) {
+        out[r0 + k1 * s1] = w[2 * (k1 * h0 + k0)];
+        out[i0 + k1 * s1] = w[2 * (k1 * h0 + k0) + 1];
+      }
+      for (long c = n1; c < spare_cols(format, n1); ++c) out[r0 + c * s1] = out[i0 + c * s1] = R(0);
+    }
+  }
+  static void gather(int format, long n0, long n1, const R *in, R *w, long s0, long s1) {
+    const long h0 = n0 / 2 + 1, h1 = n1 / 2 + 1;
+    for (long k0 = 0; k0 < h0; ++k0) {
+      long r0, i0;
+      Formats<R>::where(format, n0, k0, s0, 0, &r0, &i0);
+      if (real_row(n0, k0)) {
+        for (long k1 = 0; k1 < h1; ++k1) {
+          long r1, i1;
+          const bool has = Formats<R>::where(format, n1, k1, s1, 0, &r1, &i1);
+          const R re = in[r0 + r1], im = has ? in[r0 + i1] : R(0);
+          w[2 * (k1 * h0 + k0)] = re;
+          w[2 * (k1 * h0 + k0) + 1] = im;
+          if (k1 > 0 && 2 * k1 != n1) {   // X[k0][n1-k1] = conj X[k0][k1]
+            w[2 * ((n1 - k1) * h0 + k0)] = re;
+            w[2 * ((n1 - k1) * h0 + k0) + 1] = -im;
+          }
+        }
+        continue;
+      }
+      for (long k1 = 0; k1 < n1; ++k1) {
+        w[2 * (k1 * h0 + k0)] = in[r0 + k1 * s1];
+        w[2 * (k1 * h0 + k0) + 1] = in[i0 + k1 * s1];
+      }
+    }
+  }
+};
+
 template <class R> int for_transforms(Plan<R> *P, int slot, long count, int (*fn)(Plan<R> *, R *, long, void *),
                                       void *arg) {
   if (P->T > 1 && P->split_loops && count >= P->T && !omp_in_parallel()) {
@@ -542,6 +612,37 @@ template <class R> int row_backward(Plan<R> *P, R *w, long b, void *arg) {
   Formats<R>::gather(P->format, P->n0, in, w, P->b_ce_s, P->b_ce_im);
   return c2r_execute<R>(static_cast<const R2CPlan<R> *>(P->row.plan), CView<const R>{w, w + 1, 2, 0},
                         RView<R>{out, P->b_ri_s, 0}, P->bscale, 1);
+}
+
+// One two-dimensional transform in a packed format: r2c along dimension 0
+// and c2c along dimension 1 in the dense buffer, then into the format; the
+// backward transform the other way round.
+template <class R> int packed2_forward(Plan<R> *P, R *w, long b, void *arg) {
+  auto *a = static_cast<RealArgs *>(arg);
+  const R *in = static_cast<const R *>(a->in) + P->fin_off + b * P->fidist;
+  R *out = static_cast<R *>(a->out) + P->fout_off + b * P->fodist;
+  const long h0 = P->n0 / 2 + 1;
+  int st = r2c_execute<R>(static_cast<const R2CPlan<R> *>(P->p2r.plan), RView<const R>{in, P->f_ri_s, P->f_ri_s1},
+                          CView<R>{w, w + 1, 2, 2 * h0}, P->fscale, P->n1);
+  if (!st)
+    st = c2c_execute<R>(static_cast<const C2CPlan<R> *>(P->p2c.plan), -1, CView<const R>{w, w + 1, 2 * h0, 2},
+                        CView<R>{w, w + 1, 2 * h0, 2}, R(1), h0);
+  if (!st) Formats2<R>::scatter(P->format, P->n0, P->n1, w, out, P->fp_s0, P->fp_s1);
+  return st;
+}
+
+template <class R> int packed2_backward(Plan<R> *P, R *w, long b, void *arg) {
+  auto *a = static_cast<RealArgs *>(arg);
+  const R *in = static_cast<const R *>(a->in) + P->bin_off + b * P->bidist;
+  R *out = static_cast<R *>(a->out) + P->bout_off + b * P->bodist;
+  const long h0 = P->n0 / 2 + 1;
+  Formats2<R>::gather(P->format, P->n0, P->n1, in, w, P->bp_s0, P->bp_s1);
+  int st = c2c_execute<R>(static_cast<const C2CPlan<R> *>(P->p2c.plan), +1, CView<const R>{w, w + 1, 2 * h0, 2},
+                          CView<R>{w, w + 1, 2 * h0, 2}, R(1), h0);
+  if (!st)
+    st = c2r_execute<R>(static_cast<const R2CPlan<R> *>(P->p2r.plan), CView<const R>{w, w + 1, 2, 2 * h0},
+                        RView<R>{out, P->b_ri_s, P->b_ri_s1}, P->bscale, P->n1);
+  return st;
 }
 
 // One transform of rank >= 2, forward, from a staged dense copy of its input.
@@ -593,6 +694,8 @@ template <class R> nxl_int real_forward(DFTI_DESCRIPTOR *d, void *a1, void *a2, 
     st = run_passes<R>(P->fwd, P->nfwd, -1, in, nullptr, o, o + P->f_ce_im, P->fscale, P->T, P->split_loops);
   } else if (P->fmode == kFwdRow) {
     st = for_transforms<R>(P, slot, P->howmany, row_forward<R>, &args);
+  } else if (P->fmode == kFwdPacked2) {
+    st = for_transforms<R>(P, slot, P->howmany, packed2_forward<R>, &args);
   } else {
     st = for_transforms<R>(P, slot, P->howmany, staged_forward<R>, &args);
   }
@@ -614,6 +717,8 @@ template <class R> nxl_int real_backward(DFTI_DESCRIPTOR *d, void *a1, void *a2,
     st = run_pass<R>(P->bwd[0], +1, in, in + P->b_ce_im, o, nullptr, P->bscale, P->T, P->split_loops);
   } else if (P->bmode == kBwdRow) {
     st = for_transforms<R>(P, slot, P->howmany, row_backward<R>, &args);
+  } else if (P->bmode == kBwdPacked2) {
+    st = for_transforms<R>(P, slot, P->howmany, packed2_backward<R>, &args);
   } else {
     st = for_transforms<R>(P, slot, P->howmany, per_transform_backward<R>, &args);
   }
@@ -626,7 +731,7 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
   const int r = L.rank;
   int format = d->packed;
   if (d->cestorage == DFTI_COMPLEX_COMPLEX) format = DFTI_CCE_FORMAT;
-  if (r > 1 && format != DFTI_CCE_FORMAT) return DFTI_INCONSISTENT_CONFIGURATION;
+  if (r > 2 && format != DFTI_CCE_FORMAT) return DFTI_INCONSISTENT_CONFIGURATION;
   Plan<R> *P = new_plan<R>(d, o);
   if (!P) return DFTI_MEMORY_ERROR;
   P->real = true;
@@ -678,6 +783,9 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
   if (r == 1) {
     P->fmode = (rowfmt || !canon_f) ? kFwdRow : kFwdDirect;
     P->bmode = (rowfmt || !canon_b) ? kBwdRow : kBwdDirect;
+  } else if (!cce) {
+    P->fmode = kFwdPacked2;
+    P->bmode = kBwdPacked2;
   } else {
     P->fmode = canon_f ? kFwdDirect : kFwdStaged;
     P->bmode = kBwdPerTransform;
@@ -700,8 +808,24 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
     per_worker = 2 * h0;
   }
 
+  if (P->fmode == kFwdPacked2) {
+    // The format counts real units along both dimensions.
+    P->n1 = L.n[1];
+    P->f_ri_s1 = L.is[1];
+    P->b_ri_s1 = L.os[1];
+    P->fp_s0 = L.os[0];
+    P->fp_s1 = L.os[1];
+    P->bp_s0 = L.is[0];
+    P->bp_s1 = L.is[1];
+    P->p2r = make_pass(kR2C, Loop{L.n[0], 1, 2}, nullptr, 0, -1);
+    P->p2r.cnt = L.n[1];
+    P->p2c = make_pass(kC2C, Loop{L.n[1], 2 * h0, 2 * h0}, nullptr, 0, -1);
+    P->p2c.cnt = h0;
+    per_worker = 2 * h0 * L.n[1];
+  }
+
   // Forward passes.
-  if (P->fmode != kFwdRow) {
+  if (P->fmode != kFwdRow && P->fmode != kFwdPacked2) {
     bool staged = P->fmode == kFwdStaged;
     // Conjugate-even loops of dimensions 1.. and the batch, real units.
     Loop oloops[kMaxRank + 1];
@@ -778,6 +902,8 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
   if (!st && cce && P->fmode != kFwdRow) st = attach_blocks(P, P->fwd, P->nfwd, 2);
   if (!st) st = attach_plans(P, P->bwd, P->nbwd);
   if (!st && (P->fmode == kFwdRow || P->bmode == kBwdRow)) st = attach_plans(P, &P->row, 1);
+  if (!st && P->fmode == kFwdPacked2) st = attach_plans(P, &P->p2r, 1);
+  if (!st && P->fmode == kFwdPacked2) st = attach_plans(P, &P->p2c, 1);
   if (!st && per_worker > 0) {
     P->per_worker = (per_worker + 15) & ~15L;
     size_t bytes = sizeof(R) * static_cast<size_t>(P->per_worker) * P->T * P->slots;

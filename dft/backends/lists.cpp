@@ -99,7 +99,7 @@ int backend_commit(const BackendRecord *self, DFTI_DESCRIPTOR *d) {
     case kR3d: ok = !cplx && L.rank == 3 && cce(d); break;
     case kR2d: ok = !cplx && L.rank == 2 && cce(d); break;
     case kR2dDnnSmall: ok = !cplx && L.rank == 2 && cce(d) && total <= 4096 && L.howmany >= 8; break;
-    case kRMdDefault: ok = !cplx && (L.rank == 1 || cce(d)); break;
+    case kRMdDefault: ok = !cplx && (L.rank <= 2 || cce(d)); break;
   }
   if (!ok) return kNotApplicable;
   return cplx ? commit_complex(d, self, L, o) : commit_real(d, self, L, o);

@@ -33,6 +33,13 @@ template <class F> void team(int nt, long units, F &&body) {
 
 template <class R> inline SBuf<const R> cst(SBuf<R> b) { return {b.r, b.i, b.step}; }
 
+// Butterflies per pass (n * s0) from which one transform's passes are shared
+// among threads.
+constexpr long kStockhamThreadMin = 1L << 15;
+
+// Longest single transform whose pass buffers go on the stack.
+constexpr long kStackMax = 512;
+
 // Split buffer of c complex values at w: real half then imaginary half.
 template <class R> inline SBuf<R> carve(R *&w, long c) {
   SBuf<R> b{w, w + pad16(c), 1};
@@ -59,24 +66,27 @@ template <class R> inline const R *base_of(const R *r, const R *i, int step) {
   return step == 2 ? (r < i ? r : i) : r;
 }
 
-template <class R>
-void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work) {
-  const long n = nd->n;
-  if (nd->nst == 0) {
-    copy_seq<R>(n * s0, x, y);
-    return;
-  }
-  R *w = work;
-  SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
-  const bool alias = nd->nst == 1 && (static_cast<const void *>(x.r) == y.r || static_cast<const void *>(x.i) == y.i ||
-                                      static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
-  const Stage &first = nd->st[0];
-  const bool first_p = s0 == 1 && first.slot >= 0 && first.tw1 >= 0;
+// Part of [0, tot) of thread t of nt, cut at multiples of 64.
+inline void share(long tot, int t, int nt, long &lo, long &hi) {
+  lo = t == 0 ? 0 : (tot * t / nt) & ~63L;
+  hi = t == nt - 1 ? tot : (tot * (t + 1) / nt) & ~63L;
+}
+
+// The passes of a Stockham node for thread t of nt (Sync: a team shares the
+// passes, with a barrier after each; without it no OpenMP call is made).
+template <bool Sync, class R>
+void stockham_passes(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, SBuf<R> A,
+                     SBuf<R> B, bool alias, bool first_p, int t, int nt) {
+  const long n = nd->n, tot = n * s0;
+  long lo, hi;
   SBuf<const R> src = x;
   if (x.step != 1 && !first_p) {
     // Interleaved input the first pass cannot read: split it into B first.
-    k->gather(n * s0, 1, 1, x.r, x.i, 2, 0, B.r, B.i);
+    if (t == 0) k->gather(n * s0, 1, 1, x.r, x.i, 2, 0, B.r, B.i);
     src = cst(B);
+    if constexpr (Sync) {
+#pragma omp barrier
+    }
   }
   long s = s0;
   for (int i = 0; i < nd->nst; ++i) {
@@ -91,26 +101,63 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
     const R *sr = use_p ? base_of(src.r, src.i, src.step) : src.r;
     const int om = to_y ? mode_of<R>(dst.r, dst.i, dst.step) : 0;
     R *dr = to_y ? const_cast<R *>(base_of<R>(dst.r, dst.i, dst.step)) : dst.r;
+    if constexpr (Sync) {
+      share(tot / st.r, t, nt, lo, hi);
+    } else {
+      lo = 0;
+      hi = tot / st.r;
+    }
     if (st.slot >= 0) {
-      const typename KernelTable<R>::Pass f = use_p   ? (st.vec ? k->passv[im] : k->pass1[st.slot][im])
-                                              : s % k->lanes == 0 ? k->passqv[st.slot][om]
+      const typename KernelTable<R>::Pass f = use_p ? (st.vec ? k->passv[im] : k->pass1[st.slot][im])
+                                              : (s & (k->lanes - 1)) == 0 ? k->passqv[st.slot][om]
+                                              : k->lanes >= 8 && (s & (k->lanes / 2 - 1)) == 0
+                                                  ? k->passqh[st.slot][om]
                                               : s == 4 ? k->pass4[st.slot][om]
                                               : s == 8 ? k->pass8[st.slot][om]
                                                        : k->pass[st.slot][om];
-      const long t = use_p ? st.tw1 : st.tw;
-      f(st.m, s, nd->ar + t, nd->ai + t, sr, src.i, dr, dst.i);
+      const long tw = use_p ? st.tw1 : st.tw;
+      f(st.m, s, lo, hi, nd->ar + tw, nd->ai + tw, sr, src.i, dr, dst.i);
     } else {
-      k->gen(st.r, st.m, s, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r, src.i,
-             dst.r, dst.i);
+      k->gen(st.r, st.m, s, lo, hi, nd->ar + st.tw, nd->ai + st.tw, nd->ar + st.roots, nd->ai + st.roots, src.r,
+             src.i, dst.r, dst.i);
+    }
+    if constexpr (Sync) {
+#pragma omp barrier
     }
     src = SBuf<const R>{dst.r, dst.i, to_y ? y.step : 1};
     s *= st.r;
-    if (last && !to_y) k->scatter(n * s0, 1, 1, dst.r, dst.i, y.r, y.i, y.step, 0, R(1), nullptr, nullptr, 0);
+    if (last && !to_y && t == 0) k->scatter(n * s0, 1, 1, dst.r, dst.i, y.r, y.i, y.step, 0, R(1), nullptr, nullptr, 0);
   }
 }
 
+// Stockham passes. With threads > 1 every pass is shared among the team
+// (each thread a range of butterflies, a barrier between passes); the
+// arithmetic is the same for every thread count.
 template <class R>
-void exec_bluestein(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work) {
+void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
+                   int threads) {
+  const long n = nd->n;
+  if (nd->nst == 0) {
+    copy_seq<R>(n * s0, x, y);
+    return;
+  }
+  R *w = work;
+  SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
+  const bool alias = nd->nst == 1 && (static_cast<const void *>(x.r) == y.r || static_cast<const void *>(x.i) == y.i ||
+                                      static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
+  const Stage &first = nd->st[0];
+  const bool first_p = s0 == 1 && first.slot >= 0 && first.tw1 >= 0;
+  const int nt = threads > 1 && n * s0 >= kStockhamThreadMin ? threads : 1;
+  if (nt == 1) {
+    stockham_passes<false, R>(nd, k, s0, x, y, A, B, alias, first_p, 0, 1);
+    return;
+  }
+  team(nt, nt, [&](int t, long, long) { stockham_passes<true, R>(nd, k, s0, x, y, A, B, alias, first_p, t, nt); });
+}
+
+template <class R>
+void exec_bluestein(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
+                    int threads) {
   const long n = nd->n, M = nd->M;
   R *w = work;
   SBuf<R> a = carve(w, M * s0);
@@ -118,24 +165,26 @@ void exec_bluestein(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<co
   k->bmul[io_of<R>(x.step, 1)](n, s0, cr, ci, x.r, x.i, a.r, a.i);
   std::memset(a.r + n * s0, 0, sizeof(R) * static_cast<std::size_t>((M - n) * s0));
   std::memset(a.i + n * s0, 0, sizeof(R) * static_cast<std::size_t>((M - n) * s0));
-  exec_node<R>(nd->sub, k, s0, cst(a), a, w, 1);
+  exec_node<R>(nd->sub, k, s0, cst(a), a, w, threads);
   k->bmul[0](M, s0, kr, ki, a.r, a.i, a.r, a.i);
   // Inverse transform by exchanging real and imaginary parts.
   SBuf<R> sw{a.i, a.r, 1};
-  exec_node<R>(nd->sub, k, s0, cst(sw), sw, w, 1);
+  exec_node<R>(nd->sub, k, s0, cst(sw), sw, w, threads);
   k->bmul[io_of<R>(1, y.step)](n, s0, cr, ci, a.r, a.i, y.r, y.i);
 }
 
 template <class R>
 void exec_fourstep(const Node<R> *nd, const KernelTable<R> *k, SBuf<const R> x, SBuf<R> y, R *work, int threads) {
-  const long n1 = nd->n1, n2 = nd->n2, B = nd->fs_block, mx = std::max(n1, n2);
+  const long n1 = nd->n1, n2 = nd->n2, n1p = nd->n1p, B = nd->fs_block, mx = std::max(n1, n2);
   R *w = work;
-  SBuf<R> W = carve(w, nd->n);
-  const long per = (node_work(nd, 1, 1) - 2 * pad16(nd->n));
+  SBuf<R> W = carve(w, n2 * n1p);
+  const long per = node_work(nd, 1, 1) - 2 * pad16(n2 * n1p);
   R *tbase = w;
   const long nb1 = (n2 + B - 1) / B, nb2 = (n1 + B - 1) / B;
   const int nt = static_cast<int>(std::min<long>(threads, std::max(nb1, nb2)));
-  // Columns: n2 transforms of length n1, element j1 of column j2 at j1*n2 + j2.
+  // Columns: n2 transforms of length n1, element j1 of column j2 at j1*n2 + j2,
+  // B adjacent columns at a time; their results, times the twiddles, go to
+  // rows j2 of W (W[j2][k1]), transposed in registers.
   team(nt, nb1, [&](int t, long lo, long hi) {
     R *tw = tbase + static_cast<long>(t) * per;
     SBuf<R> G = carve(tw, mx * B), Y = carve(tw, mx * B);
@@ -143,16 +192,17 @@ void exec_fourstep(const Node<R> *nd, const KernelTable<R> *k, SBuf<const R> x, 
       const long q0 = bl * B, b = std::min(B, n2 - q0);
       k->gather(n1, b, b, x.r + x.step * q0, x.i + x.step * q0, x.step * n2, x.step, G.r, G.i);
       exec_node<R>(nd->sub, k, b, cst(G), Y, tw, 1);
-      k->scatter(n1, b, b, Y.r, Y.i, W.r + q0, W.i + q0, n2, 1, R(1), nd->ar + q0, nd->ai + q0, n2);
+      k->tscatter(n1, b, b, Y.r, Y.i, W.r + q0 * n1p, W.i + q0 * n1p, n1p, nd->ar + q0 * n1, nd->ai + q0 * n1, n1);
     }
   });
-  // Rows: n1 transforms of length n2; X[k1 + n1*k2] from row k1.
+  // Rows: n1 transforms of length n2 over j2, B adjacent k1 at a time (the
+  // columns of W); X[k1 + n1*k2] from transform k1.
   team(nt, nb2, [&](int t, long lo, long hi) {
     R *tw = tbase + static_cast<long>(t) * per;
     SBuf<R> G = carve(tw, mx * B), Y = carve(tw, mx * B);
     for (long bl = lo; bl < hi; ++bl) {
       const long k0 = bl * B, b = std::min(B, n1 - k0);
-      k->gather(n2, b, b, W.r + k0 * n2, W.i + k0 * n2, 1, n2, G.r, G.i);
+      k->gather(n2, b, b, W.r + k0, W.i + k0, n1p, 1, G.r, G.i);
       exec_node<R>(nd->sub2, k, b, cst(G), Y, tw, 1);
       k->scatter(n2, b, b, Y.r, Y.i, y.r + y.step * k0, y.i + y.step * k0, y.step * n1, y.step, R(1), nullptr,
                  nullptr, 0);
@@ -177,6 +227,28 @@ template <class R> void release(const PlanBase<R> *pl, int slot) { pl->busy[slot
 template <class R> int team_size(const PlanBase<R> *pl, long units) {
   if (pl->threads <= 1 || units <= 1 || omp_in_parallel()) return 1;
   return static_cast<int>(std::min<long>(pl->threads, units));
+}
+
+// Width of the blocks a batch of hm transforms runs in (1: one at a time).
+// Short transforms use the plan's block width; column-like batches, whose
+// neighbouring transforms lie closer together than the elements of one
+// transform, use the column width, so that gathering a block reads
+// contiguous runs instead of single elements far apart.
+template <class R> long batch_width(const PlanBase<R> *pl, long hm, long is, long id, long os, long od) {
+  if (hm < 2) return 1;
+  if (pl->block > 1) return pl->block;
+  auto mag = [](long v) { return v < 0 ? -v : v; };
+  if (pl->cblock > 1 && (mag(id) < mag(is) || mag(od) < mag(os))) return pl->cblock;
+  return 1;
+}
+
+// Whether the threads share each transform (four-step phases, or the passes
+// of a long transform when there are fewer transforms than threads) rather
+// than taking whole transforms.
+template <class R> bool inner_parallel(const PlanBase<R> *pl, long units) {
+  if (pl->root->kind == Node<R>::kFourStep) return true;
+  const long len = pl->root->kind == Node<R>::kBluestein ? pl->root->M : pl->root->n;
+  return pl->threads > 1 && units < pl->threads && len >= kStockhamThreadMin;
 }
 
 // Unit-stride views the passes can read or write directly: step 2 for
@@ -207,8 +279,8 @@ template <class R>
 void exec_node(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
                int threads) {
   switch (nd->kind) {
-    case Node<R>::kStockham: exec_stockham<R>(nd, k, s0, x, y, work); break;
-    case Node<R>::kBluestein: exec_bluestein<R>(nd, k, s0, x, y, work); break;
+    case Node<R>::kStockham: exec_stockham<R>(nd, k, s0, x, y, work, threads); break;
+    case Node<R>::kBluestein: exec_bluestein<R>(nd, k, s0, x, y, work, threads); break;
     case Node<R>::kFourStep: exec_fourstep<R>(nd, k, x, y, work, threads); break;
   }
 }
@@ -224,12 +296,29 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   }
   const KernelTable<R> *k = pl->k;
   const long n = pl->n;
+  const Node<R> *root = pl->root;
+  // One short transform between unit-stride arrays: straight to the passes,
+  // with their work on the stack (no work slot to take). With two passes or
+  // more the first reads all of x before the last writes y, so x and y may
+  // be the same.
+  if (hm == 1 && n <= kStackMax && root->kind == Node<R>::kStockham && root->nst >= 2) {
+    const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
+    if (xs && ys) {
+      alignas(64) R w[4 * pad16(kStackMax)];
+      exec_stockham<R>(root, k, 1, SBuf<const R>{in.re, in.im, xs}, SBuf<R>{out.re, out.im, ys}, w, 1);
+      if (scale != R(1)) {
+        k->scale(n, 1, out.re, out.stride, 0, scale);
+        k->scale(n, 1, out.im, out.stride, 0, scale);
+      }
+      return 0;
+    }
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
-  const Node<R> *root = pl->root;
 
-  if (pl->block > 1 && hm > 1) {
-    const long B = pl->block, nb = (hm + B - 1) / B;
+  const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist);
+  if (B > 1) {
+    const long nb = (hm + B - 1) / B;
     const int nt = team_size(pl, nb);
     team(nt, nb, [&](int th, long lo, long hi) {
       R *w = base + static_cast<long>(th) * pl->per_thread;
@@ -246,7 +335,7 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
     return 0;
   }
 
-  const bool inner = root->kind == Node<R>::kFourStep;
+  const bool inner = inner_parallel(pl, hm);
   const int nt = inner ? 1 : team_size(pl, hm);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
@@ -294,11 +383,21 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   const KernelTable<R> *k = pl->k;
   const long n = pl->n, len = pl->root->n, h = n / 2;
   const bool even = n % 2 == 0;
+  const Node<R> *root = pl->root;
+  // One short transform of unit-stride real data: its half-length transform
+  // and the untangling pass with their work on the stack.
+  if (hm == 1 && even && in.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
+    alignas(64) R w[6 * pad16(kStackMax + 1)];
+    R *wp = w;
+    SBuf<R> Y = carve(wp, len + 1);
+    exec_node<R>(root, k, 1, SBuf<const R>{in.p, in.p + 1, 2}, Y, wp, 1);
+    k->r2c_post(h, 1, Y.r, Y.i, pl->ur, pl->ui, out.re, out.im, out.stride, out.dist, scale);
+    return 0;
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
-  const Node<R> *root = pl->root;
-  const bool inner = root->kind == Node<R>::kFourStep;
-  const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
+  const bool inner = inner_parallel(pl, 1);
+  const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   team(nt, nb, [&](int th, long lo, long hi) {
@@ -338,8 +437,8 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const Node<R> *root = pl->root;
-  const bool inner = root->kind == Node<R>::kFourStep;
-  const long B = pl->block > 1 && hm > 1 ? pl->block : 1, nb = (hm + B - 1) / B;
+  const bool inner = inner_parallel(pl, 1);
+  const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   team(nt, nb, [&](int th, long lo, long hi) {

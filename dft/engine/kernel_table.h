@@ -26,11 +26,14 @@ enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kNumRadix };
 inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16};
 
 template <class R> struct KernelTable {
-  using Pass = void (*)(long m, long s, const R *twr, const R *twi, const R *xr, const R *xi, R *yr,
-                        R *yi);
+  // A pass computes the part [lo, hi) of its m*s butterflies, numbered
+  // p*s + q (so that threads can share a pass); lo and hi are multiples of
+  // 64 or m*s.
+  using Pass = void (*)(long m, long s, long lo, long hi, const R *twr, const R *twi, const R *xr,
+                        const R *xi, R *yr, R *yi);
   // Generic odd radix r: roots exp(-2 pi i e / r), e < r, in rr/ri.
-  using GenPass = void (*)(long r, long m, long s, const R *twr, const R *twi, const R *rr,
-                           const R *ri, const R *xr, const R *xi, R *yr, R *yi);
+  using GenPass = void (*)(long r, long m, long s, long lo, long hi, const R *twr, const R *twi,
+                           const R *rr, const R *ri, const R *xr, const R *xi, R *yr, R *yi);
   // Layout modes of the first pass's input and the last pass's output:
   // 0 split arrays, 1 interleaved pairs at xr[2e], xr[2e+1] (xi unused),
   // 2 interleaved pairs stored (im, re).
@@ -39,6 +42,7 @@ template <class R> struct KernelTable {
   Pass pass8[kNumRadix][3];  // s == 8; [output mode]
   Pass pass1[kNumRadix][3];  // s == 1; [input mode]
   Pass passqv[kNumRadix][3]; // s % lanes == 0, hand-vectorised; [output mode]
+  Pass passqh[kNumRadix][3]; // s % (lanes/2) == 0, the same with half vectors
   GenPass gen;
   // First pass (s == 1) of radix `lanes` (the vector length: 2, 4, 8 or 16),
   // vectorised with in-register transposes; needs m % lanes == 0. [input mode]
@@ -57,6 +61,11 @@ template <class R> struct KernelTable {
   // not null every value is first multiplied by (wr, wi)[k*wld + q].
   void (*scatter)(long n, long b, long ld, const R *yr, const R *yi, R *re, R *im, long stride,
                   long dist, R scale, const R *wr, const R *wi, long wld);
+
+  // Transposing scatter with twiddles (split arrays):
+  // w[q*wld + k] = y[k*ld + q] * t[q*tld + k] for k < n, q < b.
+  void (*tscatter)(long n, long b, long ld, const R *yr, const R *yi, R *wr, R *wi, long wld, const R *tr,
+                   const R *ti, long tld);
 
   // Real forward untangle. Z (h values per transform, [k][q] layout, row
   // length s0) is the h-point transform of z_j = x_2j + i x_2j+1; writes

@@ -149,9 +149,15 @@ template <class R> void free_node(Node<R> *nd) {
   delete nd;
 }
 
-// Four-step split when n is at least this many complex values (about a
-// quarter of L2 for the data and its work copy).
-template <class R> constexpr long kFourStepMin = 65536L * 8 / static_cast<long>(sizeof(R)) / 2;
+// Four-step split when n is at least this many complex values and the plan
+// may use more than one thread (its row and column phases divide among the
+// team). On one thread the Stockham passes, which stream through the data,
+// are faster at every length.
+// Four-step split from this many complex values: there the Stockham passes'
+// work copies (four times the data) become the larger cost. Below it the
+// passes, which stream through the data (shared among threads pass by pass),
+// are faster at every length measured.
+template <class R> constexpr long kFourStepMin = 1L << 21;
 
 template <class R> Node<R> *make_node(long n, bool top, const KernelTable<R> *k, std::size_t &bytes);
 
@@ -292,10 +298,11 @@ template <class R> Node<R> *make_fourstep(long n, long n1, const KernelTable<R> 
   nd->ar = nd->sub2 ? arena_alloc<R>(n, bytes) : nullptr;
   if (!nd->ar) { free_node(nd); return nullptr; }
   nd->ai = nd->ar + pad16(n);
-  for (long k1 = 0; k1 < n1; ++k1)
-    for (long j2 = 0; j2 < nd->n2; ++j2)
+  nd->n1p = n1 + 64 / static_cast<long>(sizeof(R));
+  for (long j2 = 0; j2 < nd->n2; ++j2)
+    for (long k1 = 0; k1 < n1; ++k1)
       root<R>(static_cast<long>((static_cast<unsigned __int128>(j2) * k1) % static_cast<unsigned long long>(n)), n,
-              nd->ar[k1 * nd->n2 + j2], nd->ai[k1 * nd->n2 + j2]);
+              nd->ar[j2 * n1 + k1], nd->ai[j2 * n1 + k1]);
   return nd;
 }
 
@@ -325,7 +332,7 @@ template <class R> long node_work(const Node<R> *nd, long s0, int threads) {
     case Node<R>::kFourStep: {
       const long B = nd->fs_block, mx = nd->n1 > nd->n2 ? nd->n1 : nd->n2;
       long sub = node_work(nd->sub, B, 1), sub2 = node_work(nd->sub2, B, 1);
-      return 2 * pad16(nd->n) + threads * (8 * pad16(mx * B) + (sub > sub2 ? sub : sub2));
+      return 2 * pad16(nd->n2 * nd->n1p) + threads * (8 * pad16(mx * B) + (sub > sub2 ? sub : sub2));
     }
   }
   return 0;
@@ -346,6 +353,10 @@ void set_kernel_override(int index) { g_kernel_override.store(index, std::memory
 
 // Fills the common part of a plan for a root node of length len (the complex
 // length carried by the engine: n for c2c, n/2 or n for r2c).
+// Longest transform (complex values) taken in blocks of transforms: 256 bytes
+// per part, 32 double or 64 single values (measured).
+template <class R> constexpr long kBlockMaxLen = 256 / static_cast<long>(sizeof(R));
+
 template <class R> bool setup_plan(PlanBase<R> *pl, long n, long len, long howmany, int threads, int users) {
   pl->n = n;
   pl->howmany = howmany;
@@ -362,16 +373,33 @@ template <class R> bool setup_plan(PlanBase<R> *pl, long n, long len, long howma
   long b = (256L * 1024 / (6 * 2 * static_cast<long>(sizeof(R)))) / (eff > 0 ? eff : 1);
   const long bmax = 128 / static_cast<long>(sizeof(R));
   if (b > bmax) b = bmax;
-  // Above a few dozen points the per-transform passes (vectorised within one
-  // transform, no transposing gather/scatter) are faster.
-  if (howmany < 2 || b < 4 || len >= 32 || pl->root->kind == Node<R>::kFourStep) b = 1;
+  // Above this the per-transform passes (vectorised within one transform, no
+  // transposing gather/scatter) are faster.
+  if (howmany < 2 || b < 4 || len > kBlockMaxLen<R> || pl->root->kind == Node<R>::kFourStep) b = 1;
+  // Whole vectors of transforms, so that their gathers transpose in registers.
+  if (b > 1 && b >= pl->k->lanes) b = b / pl->k->lanes * pl->k->lanes;
   pl->block = b;
+  // Column-like batches (neighbouring transforms closer in memory than the
+  // elements of one transform, e.g. the columns of a matrix) always go in
+  // blocks: a block's rows are contiguous runs of the caller's data and every
+  // pass is vectorised across the block. The width is a whole number of
+  // vectors, smaller for longer transforms so that a block stays in L2.
+  long cb = 1;
+  if (pl->root->kind != Node<R>::kFourStep && eff <= 16384) {
+    const long lanes = pl->k->lanes;
+    cb = (512L * 1024 / (8 * 2 * static_cast<long>(sizeof(R)))) / (eff > 0 ? eff : 1);
+    cb = cb / lanes * lanes;
+    if (cb < lanes) cb = lanes;
+    if (cb > 4 * lanes) cb = 4 * lanes;
+  }
+  pl->cblock = cb;
+  const long bw = b > cb ? b : cb;
   const long gy = len + 1;
   if (pl->root->kind == Node<R>::kFourStep) {
     pl->per_thread = 0;
     pl->shared = 4 * pad16(gy) + node_work(pl->root, 1, pl->threads);
   } else {
-    pl->per_thread = 4 * pad16(gy * b) + node_work(pl->root, b, 1);
+    pl->per_thread = 4 * pad16(gy * bw) + node_work(pl->root, bw, 1);
     pl->shared = 0;
   }
   const long total = pl->users * (pl->shared + pl->threads * pl->per_thread);

@@ -43,15 +43,17 @@ template <class R> struct Node {
   long arena = 0;   // complex values held
   // Bluestein: chirp c_j = exp(-i pi j^2 / n) at offset 0, kernel at offset n.
   long M = 0;
-  // FourStep: n = n1 * n2, twiddles w_n^(j2 k1) at offset 0 in [k1][j2] layout.
-  long n1 = 0, n2 = 0, fs_block = 0;
+  // FourStep: n = n1 * n2, twiddles w_n^(j2 k1) at offset 0 in [j2][k1]
+  // layout; the intermediate array holds n2 rows of n1 values, row length
+  // n1p (padded so that a column of it does not fall into one cache set).
+  long n1 = 0, n2 = 0, n1p = 0, fs_block = 0;
   Node *sub = nullptr;   // Bluestein: length M; FourStep: length n1
   Node *sub2 = nullptr;  // FourStep: length n2
 };
 
 // Work areas are counted in complex values; each is split into a real and an
 // imaginary half, every half padded to a multiple of 16 reals.
-inline long pad16(long c) { return (c + 15) & ~15L; }
+constexpr long pad16(long c) { return (c + 15) & ~15L; }
 
 template <class R> struct PlanBase {
   long n = 0;
@@ -59,6 +61,7 @@ template <class R> struct PlanBase {
   int threads = 1;
   int users = 1;
   long block = 1;            // batch width of the block mode (1 = per transform)
+  long cblock = 1;           // batch width for column-like batches (1 = none)
   long per_thread = 0;       // reals of work per thread
   long shared = 0;           // reals of work shared by the threads of one call
   R *work = nullptr;         // users * (shared + threads * per_thread) reals

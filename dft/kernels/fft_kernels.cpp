@@ -244,16 +244,20 @@ template <int M, class T> NXL_AI void st(T *r, T *i, long e, T vr, T vi) {
 // that short rows still fill whole vectors; OM: output layout mode). The
 // p = 0 column has unit twiddles.
 template <int R, int S, int OM, class T>
-void pass_q(long m, long s_, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
-            const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+void pass_q(long m, long s_, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
+            const T *__restrict xr, const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
   const long s = S > 0 ? S : s_;
   const long xj = s * m;
-  for (long p = 0; p < m; ++p) {
+  for (long p = lo / s; p < m && p * s < hi; ++p) {
     const T *xr0 = xr + s * p, *xi0 = xi + s * p;
     const long y0 = s * R * p;
+    // The q range of this p within [lo, hi) (whole rows when S is fixed:
+    // ranges are cut at multiples of 64).
+    const long qa = S > 0 ? 0 : (p * s < lo ? lo - p * s : 0);
+    const long qb = S > 0 ? s : (hi - p * s < s ? hi - p * s : s);
     if (p == 0) {
 #pragma omp simd
-      for (long q = 0; q < s; ++q) {
+      for (long q = qa; q < qb; ++q) {
         T ar[R], ai[R];
 #pragma clang loop unroll(full)
         for (int j = 0; j < R; ++j) { ar[j] = xr0[q + j * xj]; ai[j] = xi0[q + j * xj]; }
@@ -267,7 +271,7 @@ void pass_q(long m, long s_, const T *__restrict twr, const T *__restrict twi, c
 #pragma clang loop unroll(full)
     for (int k = 1; k < R; ++k) { wr[k] = twr[p * (R - 1) + k - 1]; wi[k] = twi[p * (R - 1) + k - 1]; }
 #pragma omp simd
-    for (long q = 0; q < s; ++q) {
+    for (long q = qa; q < qb; ++q) {
       T ar[R], ai[R];
 #pragma clang loop unroll(full)
       for (int j = 0; j < R; ++j) { ar[j] = xr0[q + j * xj]; ai[j] = xi0[q + j * xj]; }
@@ -283,10 +287,10 @@ void pass_q(long m, long s_, const T *__restrict twr, const T *__restrict twi, c
 // Stockham pass with s == 1, p innermost; twiddles in [k-1][p] layout; IM:
 // input layout mode.
 template <int R, int IM, class T>
-void pass_p(long m, long, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
-            const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+void pass_p(long m, long, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
+            const T *__restrict xr, const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
 #pragma omp simd
-  for (long p = 0; p < m; ++p) {
+  for (long p = lo; p < hi; ++p) {
     T ar[R], ai[R];
 #pragma clang loop unroll(full)
     for (int j = 0; j < R; ++j) { ar[j] = ld_re<IM>(xr, xi, p + j * m); ai[j] = ld_im<IM>(xr, xi, p + j * m); }
@@ -341,12 +345,12 @@ template <class V, std::size_t... I> NXL_AI V odd(V a, V b, std::index_sequence<
 }
 
 template <int IM, class T>
-void pass_v(long m, long, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
-            const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
+void pass_v(long m, long, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
+            const T *__restrict xr, const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
   constexpr int W = kVBytes / static_cast<int>(sizeof(T));
   constexpr int R = W;
   using V = typename Vec<T, W>::type;
-  for (long p = 0; p + W <= m; p += W) {
+  for (long p = lo; p + W <= hi; p += W) {
     V ar[R], ai[R];
 #pragma clang loop unroll(full)
     for (int j = 0; j < R; ++j) {
@@ -399,13 +403,13 @@ template <int OM, int W, class V, class T> NXL_AI void vst(T *r, T *i, long e, V
   }
 }
 
-template <int R, int OM, class T>
-void pass_qv(long m, long s, const T *__restrict twr, const T *__restrict twi, const T *__restrict xr,
-             const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
-  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+template <int R, int OM, class T, int W = kVBytes / static_cast<int>(sizeof(T))>
+void pass_qv(long m, long s, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
+             const T *__restrict xr, const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
   using V = typename Vec<T, W>::type;
   const long xj = s * m;
-  for (long p = 0; p < m; ++p) {
+  for (long p = lo / s; p < m && p * s < hi; ++p) {
+    const long qa = p * s < lo ? lo - p * s : 0, qb = hi - p * s < s ? hi - p * s : s;
     const T *xr0 = xr + s * p, *xi0 = xi + s * p;
     const long y0 = s * R * p;
     V wr[R], wi[R];
@@ -414,7 +418,7 @@ void pass_qv(long m, long s, const T *__restrict twr, const T *__restrict twi, c
       wr[k] = p > 0 ? V{} + twr[p * (R - 1) + k - 1] : V{} + T(1);
       wi[k] = p > 0 ? V{} + twi[p * (R - 1) + k - 1] : V{};
     }
-    for (long q = 0; q < s; q += W) {
+    for (long q = qa; q < qb; q += W) {
       V ar[R], ai[R];
 #pragma clang loop unroll(full)
       for (int j = 0; j < R; ++j) {
@@ -433,16 +437,17 @@ void pass_qv(long m, long s, const T *__restrict twr, const T *__restrict twi, c
 // Generic odd radix: for each output k, y_k = sum_j a_j w_r^(jk) accumulated
 // row by row (rows of s contiguous values), then the twiddle.
 template <class T>
-void gen_pass(long r, long m, long s, const T *__restrict twr, const T *__restrict twi,
+void gen_pass(long r, long m, long s, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
               const T *__restrict rr, const T *__restrict ri, const T *__restrict xr,
               const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
   const long xj = s * m;
-  for (long p = 0; p < m; ++p) {
+  for (long p = lo / s; p < m && p * s < hi; ++p) {
+    const long qa = p * s < lo ? lo - p * s : 0, qb = hi - p * s < s ? hi - p * s : s;
     const T *xr0 = xr + s * p, *xi0 = xi + s * p;
     for (long k = 0; k < r; ++k) {
       T *yrk = yr + s * (r * p + k), *yik = yi + s * (r * p + k);
 #pragma omp simd
-      for (long q = 0; q < s; ++q) { yrk[q] = xr0[q]; yik[q] = xi0[q]; }
+      for (long q = qa; q < qb; ++q) { yrk[q] = xr0[q]; yik[q] = xi0[q]; }
       long e = 0;
       for (long j = 1; j < r; ++j) {
         e += k;
@@ -450,7 +455,7 @@ void gen_pass(long r, long m, long s, const T *__restrict twr, const T *__restri
         const T cr = rr[e], ci = ri[e];
         const T *xrj = xr0 + j * xj, *xij = xi0 + j * xj;
 #pragma omp simd
-        for (long q = 0; q < s; ++q) {
+        for (long q = qa; q < qb; ++q) {
           const T a = xrj[q], b = xij[q];
           yrk[q] = yrk[q] + (a * cr - b * ci);
           yik[q] = yik[q] + (a * ci + b * cr);
@@ -459,7 +464,7 @@ void gen_pass(long r, long m, long s, const T *__restrict twr, const T *__restri
       if (p > 0 && k > 0) {
         const T wr = twr[p * (r - 1) + k - 1], wi = twi[p * (r - 1) + k - 1];
 #pragma omp simd
-        for (long q = 0; q < s; ++q) {
+        for (long q = qa; q < qb; ++q) {
           const T a = yrk[q], b = yik[q];
           yrk[q] = a * wr - b * wi;
           yik[q] = a * wi + b * wr;
@@ -485,9 +490,154 @@ void bmul(long n, long s0, const T *__restrict wr, const T *__restrict wi, const
   }
 }
 
+// Rows of b adjacent transforms (b a whole number of vectors), split or
+// interleaved in either order, moved by whole vectors: the gather and scatter
+// of column blocks.
+template <class T> NXL_AI bool rows_vectorisable(long b, const T *re, const T *im, long dist) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  return b % W == 0 && (dist == 1 || (dist == 2 && (im == re + 1 || re == im + 1)));
+}
+
+// Hides a value from the optimiser, so that a copy loop stays a loop of
+// vector moves instead of becoming a call of the library's memcpy.
+template <class V> NXL_AI V opaque(V v) {
+  __asm__("" : "+x"(v));
+  return v;
+}
+
+template <class T>
+void gather_rows(long n, long b, long ld, const T *re, const T *im, long stride, long dist, T *__restrict yr,
+                 T *__restrict yi) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  if (dist == 1) {
+    for (long j = 0; j < n; ++j)
+      for (long q = 0; q < b; q += W) {
+        vstore(yr + j * ld + q, opaque(vload<V>(re + j * stride + q)));
+        vstore(yi + j * ld + q, opaque(vload<V>(im + j * stride + q)));
+      }
+    return;
+  }
+  const bool swapped = re == im + 1;
+  const T *base = swapped ? im : re;
+  for (long j = 0; j < n; ++j)
+    for (long q = 0; q < b; q += W) {
+      const V a = vload<V>(base + j * stride + 2 * q), c = vload<V>(base + j * stride + 2 * q + W);
+      const V e = even(a, c, std::make_index_sequence<W>{}), o = odd(a, c, std::make_index_sequence<W>{});
+      vstore(yr + j * ld + q, swapped ? o : e);
+      vstore(yi + j * ld + q, swapped ? e : o);
+    }
+}
+
+template <class T>
+void scatter_rows(long n, long b, long ld, const T *__restrict yr, const T *__restrict yi, T *re, T *im, long stride,
+                  long dist, T scale) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  if (dist == 1) {
+    for (long k = 0; k < n; ++k)
+      for (long q = 0; q < b; q += W) {
+        vstore(re + k * stride + q, vload<V>(yr + k * ld + q) * scale);
+        vstore(im + k * stride + q, vload<V>(yi + k * ld + q) * scale);
+      }
+    return;
+  }
+  const bool swapped = re == im + 1;
+  T *base = swapped ? im : re;
+  for (long k = 0; k < n; ++k)
+    for (long q = 0; q < b; q += W) {
+      const V a = vload<V>(yr + k * ld + q) * scale, c = vload<V>(yi + k * ld + q) * scale;
+      const V x = swapped ? c : a, y = swapped ? a : c;
+      vstore(base + k * stride + 2 * q, zip_lo(x, y, std::make_index_sequence<W>{}));
+      vstore(base + k * stride + 2 * q + W, zip_hi(x, y, std::make_index_sequence<W>{}));
+    }
+}
+
+// Whole transforms (unit stride, split or interleaved in either order) moved
+// between their own layout and the [j][q] layout of a block by squares of
+// W x W values transposed in registers; needs b and n multiples of W.
+template <class T> NXL_AI bool squares_vectorisable(long n, long b, const T *re, const T *im, long stride) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  return W >= 4 && b % W == 0 && n % W == 0 &&
+         (stride == 1 || (stride == 2 && (im == re + 1 || re == im + 1)));
+}
+
+template <class T>
+void gather_squares(long n, long b, long ld, const T *re, const T *im, long stride, long dist, T *__restrict yr,
+                    T *__restrict yi) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  const bool swapped = stride == 2 && re == im + 1;
+  const T *base = swapped ? im : re;
+  for (long q0 = 0; q0 < b; q0 += W)
+    for (long j0 = 0; j0 < n; j0 += W) {
+      V vr[W], vi[W];
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        if (stride == 1) {
+          vr[i] = vload<V>(re + (q0 + i) * dist + j0);
+          vi[i] = vload<V>(im + (q0 + i) * dist + j0);
+        } else {
+          const T *p = base + (q0 + i) * dist + 2 * j0;
+          const V a = vload<V>(p), c = vload<V>(p + W);
+          const V e = even(a, c, std::make_index_sequence<W>{}), o = odd(a, c, std::make_index_sequence<W>{});
+          vr[i] = swapped ? o : e;
+          vi[i] = swapped ? e : o;
+        }
+      }
+      transpose<W, 1>(vr);
+      transpose<W, 1>(vi);
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        vstore(yr + (j0 + i) * ld + q0, vr[i]);
+        vstore(yi + (j0 + i) * ld + q0, vi[i]);
+      }
+    }
+}
+
+template <class T>
+void scatter_squares(long n, long b, long ld, const T *__restrict yr, const T *__restrict yi, T *re, T *im,
+                     long stride, long dist, T scale) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  const bool swapped = stride == 2 && re == im + 1;
+  T *base = swapped ? im : re;
+  for (long q0 = 0; q0 < b; q0 += W)
+    for (long k0 = 0; k0 < n; k0 += W) {
+      V vr[W], vi[W];
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        vr[i] = vload<V>(yr + (k0 + i) * ld + q0) * scale;
+        vi[i] = vload<V>(yi + (k0 + i) * ld + q0) * scale;
+      }
+      transpose<W, 1>(vr);
+      transpose<W, 1>(vi);
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        if (stride == 1) {
+          vstore(re + (q0 + i) * dist + k0, vr[i]);
+          vstore(im + (q0 + i) * dist + k0, vi[i]);
+        } else {
+          const V x = swapped ? vi[i] : vr[i], y = swapped ? vr[i] : vi[i];
+          T *p = base + (q0 + i) * dist + 2 * k0;
+          vstore(p, zip_lo(x, y, std::make_index_sequence<W>{}));
+          vstore(p + W, zip_hi(x, y, std::make_index_sequence<W>{}));
+        }
+      }
+    }
+}
+
 template <class T>
 void gather(long n, long b, long ld, const T *re, const T *im, long stride, long dist, T *__restrict yr,
             T *__restrict yi) {
+  if (b > 1 && rows_vectorisable(b, re, im, dist)) {
+    gather_rows(n, b, ld, re, im, stride, dist, yr, yi);
+    return;
+  }
+  if (b > 1 && squares_vectorisable(n, b, re, im, stride)) {
+    gather_squares(n, b, ld, re, im, stride, dist, yr, yi);
+    return;
+  }
   if (b == 1) {
     if (stride == 2 && im == re + 1) {
 #pragma omp simd
@@ -516,6 +666,14 @@ void gather(long n, long b, long ld, const T *re, const T *im, long stride, long
       const T *r = re + j * stride;
 #pragma omp simd
       for (long q = 0; q < b; ++q) { yr[j * ld + q] = r[2 * q]; yi[j * ld + q] = r[2 * q + 1]; }
+    }
+    return;
+  }
+  if (dist == 2 && re == im + 1) {
+    for (long j = 0; j < n; ++j) {
+      const T *r = im + j * stride;
+#pragma omp simd
+      for (long q = 0; q < b; ++q) { yr[j * ld + q] = r[2 * q + 1]; yi[j * ld + q] = r[2 * q]; }
     }
     return;
   }
@@ -555,6 +713,14 @@ void scatter(long n, long b, long ld, const T *__restrict yr, const T *__restric
     }
     return;
   }
+  if (b > 1 && rows_vectorisable<T>(b, re, im, dist)) {
+    scatter_rows(n, b, ld, yr, yi, re, im, stride, dist, scale);
+    return;
+  }
+  if (b > 1 && squares_vectorisable(n, b, re, im, stride)) {
+    scatter_squares(n, b, ld, yr, yi, re, im, stride, dist, scale);
+    return;
+  }
   if (b == 1) {
     if (stride == 2 && im == re + 1) {
 #pragma omp simd
@@ -586,6 +752,14 @@ void scatter(long n, long b, long ld, const T *__restrict yr, const T *__restric
     }
     return;
   }
+  if (dist == 2 && re == im + 1) {
+    for (long k = 0; k < n; ++k) {
+      T *r = im + k * stride;
+#pragma omp simd
+      for (long q = 0; q < b; ++q) { r[2 * q + 1] = yr[k * ld + q] * scale; r[2 * q] = yi[k * ld + q] * scale; }
+    }
+    return;
+  }
   for (long q0 = 0; q0 < b; q0 += 8) {
     const long qn = b - q0 < 8 ? b - q0 : 8;
     for (long k = 0; k < n; ++k)
@@ -593,6 +767,44 @@ void scatter(long n, long b, long ld, const T *__restrict yr, const T *__restric
         re[q * dist + k * stride] = yr[k * ld + q] * scale;
         im[q * dist + k * stride] = yi[k * ld + q] * scale;
       }
+  }
+}
+
+// Transposing scatter with twiddles: w[q*wld + k] = y[k*ld + q] * t[q*tld + k]
+// for k < n, q < b (split arrays). Squares of W x W values are transposed in
+// registers, so that both the reads of y and the writes of w are whole
+// vectors; the edges go element by element.
+template <class T>
+void tscatter(long n, long b, long ld, const T *__restrict yr, const T *__restrict yi, T *__restrict wr,
+              T *__restrict wi, long wld, const T *__restrict tr, const T *__restrict ti, long tld) {
+  constexpr int W = kVBytes / static_cast<int>(sizeof(T));
+  using V = typename Vec<T, W>::type;
+  const long nv = n / W * W, bv = b / W * W;
+  for (long q0 = 0; q0 < bv; q0 += W)
+    for (long k0 = 0; k0 < nv; k0 += W) {
+      V ar[W], ai[W];
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        ar[i] = vload<V>(yr + (k0 + i) * ld + q0);
+        ai[i] = vload<V>(yi + (k0 + i) * ld + q0);
+      }
+      transpose<W, 1>(ar);
+      transpose<W, 1>(ai);
+#pragma clang loop unroll(full)
+      for (int i = 0; i < W; ++i) {
+        const long t = (q0 + i) * tld + k0, o = (q0 + i) * wld + k0;
+        const V cr = vload<V>(tr + t), ci = vload<V>(ti + t);
+        vstore(wr + o, ar[i] * cr - ai[i] * ci);
+        vstore(wi + o, ar[i] * ci + ai[i] * cr);
+      }
+    }
+  for (long q = 0; q < b; ++q) {
+    const long k1 = q < bv ? nv : 0;
+    for (long k = k1; k < n; ++k) {
+      const T a = yr[k * ld + q], c = yi[k * ld + q], cr = tr[q * tld + k], ci = ti[q * tld + k];
+      wr[q * wld + k] = a * cr - c * ci;
+      wi[q * wld + k] = a * ci + c * cr;
+    }
   }
 }
 
@@ -705,6 +917,10 @@ template <int R, class T> constexpr void fill_radix(KernelTable<T> &t, int slot)
   t.passqv[slot][0] = pass_qv<R, 0, T>;
   t.passqv[slot][1] = pass_qv<R, 1, T>;
   t.passqv[slot][2] = pass_qv<R, 2, T>;
+  constexpr int H = kVBytes / static_cast<int>(sizeof(T)) / 2;
+  t.passqh[slot][0] = pass_qv<R, 0, T, H>;
+  t.passqh[slot][1] = pass_qv<R, 1, T, H>;
+  t.passqh[slot][2] = pass_qv<R, 2, T, H>;
   t.pass1[slot][0] = pass_p<R, 0, T>;
   t.pass1[slot][1] = pass_p<R, 1, T>;
   t.pass1[slot][2] = pass_p<R, 2, T>;
@@ -732,6 +948,7 @@ template <class T> constexpr KernelTable<T> make_table() {
   t.bmul[3] = bmul<2, 2, T>;
   t.gather = gather<T>;
   t.scatter = scatter<T>;
+  t.tscatter = tscatter<T>;
   t.r2c_post = r2c_post<T>;
   t.c2r_pre = c2r_pre<T>;
   t.scale = scale<T>;

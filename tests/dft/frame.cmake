@@ -1,6 +1,6 @@
 # Tests of the descriptor interface, commit, compute and the backends.
 
-foreach(t params transforms backends)
+foreach(t params transforms backends packed2d)
   nxl_add_gtest(test_dfti_${t}
     SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_dfti_${t}.cpp INTERNAL)
 endforeach()

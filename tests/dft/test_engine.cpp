@@ -77,7 +77,7 @@ template <class R> void check_large(long n) {
 }
 
 TEST(EngineC2C, AccuracyLargeLengths) {
-  for (long n : {1L << 20, 65537L, 3L * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3, 6L * 65536L})
+  for (long n : {1L << 20, 65537L, 3L * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3 * 3, 6L * 65536L, 1L << 21})
     check_large<double>(n);
   for (long n : {1L << 18, 100000L, 65537L}) check_large<float>(n);
 }
@@ -347,8 +347,78 @@ TEST(EngineThreads, BitwiseIdenticalAcrossThreadCounts) {
   check_threads<float>(64, 1000);
   check_threads<double>(1000, 37);
   check_threads<double>(1L << 20, 1);
+  check_threads<double>(3L * 5 * 7 * 11 * 13 * 17, 1);   // generic odd-radix pass shared
+  check_threads<double>(1L << 21, 1);                    // four-step
   check_threads<float>(1L << 18, 2);
   check_threads<double>(1009, 9);
+}
+
+// Batches of short transforms run in blocks across transforms (their
+// gathers and scatters transposed in registers): every transform of a batch,
+// forward and backward, interleaved and split, complex and real, agrees with
+// the same transform computed alone.
+template <class R> void check_blocks(long n, long hm) {
+  const auto x = to<R>(random_complex(n * hm, 17 + static_cast<std::uint64_t>(n)));
+  auto *pb = E::c2c_create<R>(n, hm, 1);
+  auto *p1 = E::c2c_create<R>(n, 1, 1);
+  ASSERT_TRUE(pb && p1);
+  const R *xp = reinterpret_cast<const R *>(x.data());
+  std::vector<R> re(static_cast<size_t>(n * hm)), im(re.size());
+  for (size_t i = 0; i < re.size(); ++i) {
+    re[i] = x[i].real();
+    im[i] = x[i].imag();
+  }
+  for (int sign : {-1, +1}) {
+    std::vector<std::complex<R>> yb(x.size()), y1(static_cast<size_t>(n));
+    R *ybp = reinterpret_cast<R *>(yb.data()), *y1p = reinterpret_cast<R *>(y1.data());
+    E::c2c_execute<R>(pb, sign, {xp, xp + 1, 2, 2 * n}, {ybp, ybp + 1, 2, 2 * n}, R(1));
+    std::vector<R> sr(re.size()), si(re.size());
+    E::c2c_execute<R>(pb, sign, {re.data(), im.data(), 1, n}, {sr.data(), si.data(), 1, n}, R(1));
+    for (long t = 0; t < hm; ++t) {
+      E::c2c_execute<R>(p1, sign, {xp + 2 * t * n, xp + 2 * t * n + 1, 2, 0}, {y1p, y1p + 1, 2, 0}, R(1));
+      const auto ref = from<R>(y1);
+      std::vector<std::complex<R>> got(yb.begin() + t * n, yb.begin() + (t + 1) * n), gs(static_cast<size_t>(n));
+      for (long k = 0; k < n; ++k) gs[static_cast<size_t>(k)] = {sr[static_cast<size_t>(t * n + k)], si[static_cast<size_t>(t * n + k)]};
+      EXPECT_LE(rel_rms(got, ref), bound<R>(n)) << "n=" << n << " hm=" << hm << " t=" << t << " sign=" << sign;
+      EXPECT_LE(rel_rms(gs, ref), bound<R>(n)) << "split n=" << n << " hm=" << hm << " t=" << t << " sign=" << sign;
+    }
+  }
+  E::destroy(pb);
+  E::destroy(p1);
+  // Real: r2c of the batch, then c2r back (scaled) gives the input.
+  const long h = n / 2 + 1;
+  auto *rb = E::r2c_create<R>(n, hm, 1);
+  auto *r1 = E::r2c_create<R>(n, 1, 1);
+  ASSERT_TRUE(rb && r1);
+  std::vector<R> spec(static_cast<size_t>(2 * h * hm)), one(static_cast<size_t>(2 * h)), back(re.size());
+  E::r2c_execute<R>(rb, {re.data(), 1, n}, {spec.data(), spec.data() + 1, 2, 2 * h}, R(1));
+  for (long t = 0; t < hm; ++t) {
+    E::r2c_execute<R>(r1, {re.data() + t * n, 1, 0}, {one.data(), one.data() + 1, 2, 0}, R(1));
+    long double num = 0, den = 0;
+    for (long i = 0; i < 2 * h; ++i) {
+      const long double d = spec[static_cast<size_t>(2 * h * t + i)] - one[static_cast<size_t>(i)];
+      num += d * d;
+      den += static_cast<long double>(one[static_cast<size_t>(i)]) * one[static_cast<size_t>(i)];
+    }
+    EXPECT_LE(sqrtl(num / den), bound<R>(n)) << "r2c n=" << n << " hm=" << hm << " t=" << t;
+  }
+  E::c2r_execute<R>(rb, {spec.data(), spec.data() + 1, 2, 2 * h}, {back.data(), 1, n}, R(1) / static_cast<R>(n));
+  long double num = 0, den = 0;
+  for (size_t i = 0; i < re.size(); ++i) {
+    num += (back[i] - re[i]) * static_cast<long double>(back[i] - re[i]);
+    den += static_cast<long double>(re[i]) * re[i];
+  }
+  EXPECT_LE(sqrtl(num / den), 2 * bound<R>(n)) << "c2r round trip n=" << n << " hm=" << hm;
+  E::destroy(rb);
+  E::destroy(r1);
+}
+
+TEST(EngineBatches, BlocksAcrossTransformsMatchSingleTransforms) {
+  for (long n : {8L, 16L, 32L, 64L, 12L})
+    for (long hm : {64L, 37L}) {
+      check_blocks<double>(n, hm);
+      check_blocks<float>(n, hm);
+    }
 }
 
 TEST(EngineInfo, DescribesPlans) {
@@ -358,8 +428,11 @@ TEST(EngineInfo, DescribesPlans) {
   EXPECT_EQ(in.largest_prime, 1009);
   EXPECT_TRUE(in.bluestein);
   E::destroy(p);
-  auto *q = E::c2c_create<float>(1L << 20, 1, 1);
+  auto *q = E::c2c_create<float>(1L << 21, 1, 1);
   EXPECT_TRUE(E::info(q).four_step);
+  E::destroy(q);
+  q = E::c2c_create<float>(1L << 20, 1, 2);   // passes shared by threads, not split
+  EXPECT_FALSE(E::info(q).four_step);
   E::destroy(q);
   EXPECT_EQ(E::largest_prime_factor(1), 1);
   EXPECT_EQ(E::largest_prime_factor(2L * 3 * 65537), 65537);
