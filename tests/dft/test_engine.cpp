@@ -390,19 +390,19 @@ template <class R> void check_blocks(long n, long hm) {
   auto *rb = E::r2c_create<R>(n, hm, 1);
   auto *r1 = E::r2c_create<R>(n, 1, 1);
   ASSERT_TRUE(rb && r1);
-  std::vector<R> spec(static_cast<size_t>(2 * h * hm)), one(static_cast<size_t>(2 * h)), back(re.size());
-  E::r2c_execute<R>(rb, {re.data(), 1, n}, {spec.data(), spec.data() + 1, 2, 2 * h}, R(1));
+  std::vector<R> spectrum(static_cast<size_t>(2 * h * hm)), one(static_cast<size_t>(2 * h)), back(re.size());
+  E::r2c_execute<R>(rb, {re.data(), 1, n}, {spectrum.data(), spectrum.data() + 1, 2, 2 * h}, R(1));
   for (long t = 0; t < hm; ++t) {
     E::r2c_execute<R>(r1, {re.data() + t * n, 1, 0}, {one.data(), one.data() + 1, 2, 0}, R(1));
     long double num = 0, den = 0;
     for (long i = 0; i < 2 * h; ++i) {
-      const long double d = spec[static_cast<size_t>(2 * h * t + i)] - one[static_cast<size_t>(i)];
+      const long double d = spectrum[static_cast<size_t>(2 * h * t + i)] - one[static_cast<size_t>(i)];
       num += d * d;
       den += static_cast<long double>(one[static_cast<size_t>(i)]) * one[static_cast<size_t>(i)];
     }
     EXPECT_LE(sqrtl(num / den), bound<R>(n)) << "r2c n=" << n << " hm=" << hm << " t=" << t;
   }
-  E::c2r_execute<R>(rb, {spec.data(), spec.data() + 1, 2, 2 * h}, {back.data(), 1, n}, R(1) / static_cast<R>(n));
+  E::c2r_execute<R>(rb, {spectrum.data(), spectrum.data() + 1, 2, 2 * h}, {back.data(), 1, n}, R(1) / static_cast<R>(n));
   long double num = 0, den = 0;
   for (size_t i = 0; i < re.size(); ++i) {
     num += (back[i] - re[i]) * static_cast<long double>(back[i] - re[i]);
