@@ -33,39 +33,17 @@ struct Lib {
   dgetrs_fn dgetrs = nullptr;
   dpotrs_fn dpotrs = nullptr;
   void (*threads)(int) = nullptr;
+  bool load(void *h) {
+    bench::find(h, "dgetrf_", dgetrf);
+    bench::find(h, "zgetrf_", zgetrf);
+    bench::find(h, "dpotrf_", dpotrf);
+    bench::find(h, "zpotrf_", zpotrf);
+    bench::find(h, "dgetrs_", dgetrs);
+    bench::find(h, "dpotrs_", dpotrs);
+    return dgetrf && zgetrf && dpotrf && zpotrf && dgetrs && dpotrs;
+  }
 };
 
-Lib ours() {
-  Lib l;
-  l.dgetrf = reinterpret_cast<getrf_fn<double>>(&dgetrf_);
-  l.zgetrf = reinterpret_cast<getrf_fn<z16>>(&zgetrf_);
-  l.dpotrf = reinterpret_cast<potrf_fn<double>>(&dpotrf_);
-  l.zpotrf = reinterpret_cast<potrf_fn<z16>>(&zpotrf_);
-  l.dgetrs = reinterpret_cast<dgetrs_fn>(&dgetrs_);
-  l.dpotrs = reinterpret_cast<dpotrs_fn>(&dpotrs_);
-  l.threads = [](int n) {
-    nxl_int t = n;
-    nxl_set_num_threads(&t);
-  };
-  return l;
-}
-
-bool peer(const std::string &path, Lib &l) {
-  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!h) {
-    std::printf("lapack: cannot load peer %s: %s\n", path.c_str(), dlerror());
-    return false;
-  }
-  auto sym = [&](const char *n) { return dlsym(h, n); };
-  l.dgetrf = reinterpret_cast<getrf_fn<double>>(sym("dgetrf_"));
-  l.zgetrf = reinterpret_cast<getrf_fn<z16>>(sym("zgetrf_"));
-  l.dpotrf = reinterpret_cast<potrf_fn<double>>(sym("dpotrf_"));
-  l.zpotrf = reinterpret_cast<potrf_fn<z16>>(sym("zpotrf_"));
-  l.dgetrs = reinterpret_cast<dgetrs_fn>(sym("dgetrs_"));
-  l.dpotrs = reinterpret_cast<dpotrs_fn>(sym("dpotrs_"));
-  l.threads = reinterpret_cast<void (*)(int)>(sym("openblas_set_num_threads"));
-  return l.dgetrf && l.zgetrf && l.dpotrf && l.zpotrf && l.dgetrs && l.dpotrs;
-}
 
 template <class T> std::vector<T> matrix(idx n, bool spd) {
   std::mt19937_64 g(42);
@@ -130,9 +108,9 @@ void run_solve(bool chol, idx n, idx nrhs, int thr, Lib &a, Lib *p, double mt) {
 
 NXL_BENCH_SUITE(bench_lapack, "lapack",
                 "dgetrf/dpotrf/zgetrf/zpotrf (n = 2000 and 8..64), dgetrs/dpotrs with 1 and 100 right-hand sides") {
-  Lib mine = ours(), other;
+  Lib mine = bench::our_routines<Lib>(), other;
   Lib *p = nullptr;
-  if (!opt.peer.empty() && peer(opt.peer, other)) p = &other;
+  if (!opt.peer.empty() && bench::peer_routines("lapack", opt.peer, other)) p = &other;
   std::vector<long> large = opt.sizes.empty() ? std::vector<long>{opt.quick ? 300 : 2000} : opt.sizes;
   const idx small[] = {8, 16, 32, 64};
   for (int thr : opt.threads) {

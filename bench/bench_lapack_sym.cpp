@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 #include "bench.h"
+#include "lapack_bench.h"
 #include "nxl_lapack.h"
 #include "nxl_service.h"
 
@@ -28,36 +29,16 @@ struct Lib {
   pp_fn dpptrf = nullptr;
   pb_fn dpbtrf = nullptr;
   void (*threads)(int) = nullptr;
+  bool load(void *h) {
+    bench::find(h, "dsytrf_aa_", dsytrf_aa);
+    bench::find(h, "zhetrf_aa_", zhetrf_aa);
+    bench::find(h, "dsptrf_", dsptrf);
+    bench::find(h, "dpptrf_", dpptrf);
+    bench::find(h, "dpbtrf_", dpbtrf);
+    return dsytrf_aa && zhetrf_aa && dsptrf && dpptrf && dpbtrf;
+  }
 };
 
-Lib ours() {
-  Lib l;
-  l.dsytrf_aa = reinterpret_cast<aa_fn>(&dsytrf_aa_);
-  l.zhetrf_aa = reinterpret_cast<aa_fn>(&zhetrf_aa_);
-  l.dsptrf = reinterpret_cast<sp_fn>(&dsptrf_);
-  l.dpptrf = reinterpret_cast<pp_fn>(&dpptrf_);
-  l.dpbtrf = reinterpret_cast<pb_fn>(&dpbtrf_);
-  l.threads = [](int n) {
-    nxl_int t = n;
-    nxl_set_num_threads(&t);
-  };
-  return l;
-}
-
-bool peer(const std::string &path, Lib &l) {
-  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!h) {
-    std::printf("lapack-sym: cannot load peer %s: %s\n", path.c_str(), dlerror());
-    return false;
-  }
-  l.dsytrf_aa = reinterpret_cast<aa_fn>(dlsym(h, "dsytrf_aa_"));
-  l.zhetrf_aa = reinterpret_cast<aa_fn>(dlsym(h, "zhetrf_aa_"));
-  l.dsptrf = reinterpret_cast<sp_fn>(dlsym(h, "dsptrf_"));
-  l.dpptrf = reinterpret_cast<pp_fn>(dlsym(h, "dpptrf_"));
-  l.dpbtrf = reinterpret_cast<pb_fn>(dlsym(h, "dpbtrf_"));
-  l.threads = reinterpret_cast<void (*)(int)>(dlsym(h, "openblas_set_num_threads"));
-  return l.dsytrf_aa && l.zhetrf_aa && l.dsptrf && l.dpptrf && l.dpbtrf;
-}
 
 // Symmetric (Hermitian) n x n, dominant diagonal when spd.
 template <class T> std::vector<T> matrix(idx n, bool spd) {
@@ -155,9 +136,9 @@ void run_band(idx n, idx kd, int thr, Lib &a, Lib *p, double mt) {
 
 NXL_BENCH_SUITE(bench_lapack_sym, "lapack-sym",
                 "dsytrf_aa/zhetrf_aa (n = 1000, 2000), dsptrf/dpptrf (n = 1000), dpbtrf (n = 4000, kd = 32, 200)") {
-  Lib mine = ours(), other;
+  Lib mine = bench::our_routines<Lib>(), other;
   Lib *p = nullptr;
-  if (!opt.peer.empty() && peer(opt.peer, other)) p = &other;
+  if (!opt.peer.empty() && bench::peer_routines("lapack-sym", opt.peer, other)) p = &other;
   std::vector<long> sizes = opt.sizes.empty() ? std::vector<long>{opt.quick ? 300 : 1000, opt.quick ? 400 : 2000}
                                               : opt.sizes;
   for (int thr : opt.threads) {

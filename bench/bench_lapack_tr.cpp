@@ -39,37 +39,17 @@ struct Lib {
   latrs3_fn dlatrs3 = nullptr;
   std::function<void(int)> threads;
 
-  template <class F> static void find(void *h, const char *name, F &f) { f = reinterpret_cast<F>(dlsym(h, name)); }
   bool load(void *h) {
-    find(h, "dpftrf_", dpftrf);
-    find(h, "dpftri_", dpftri);
-    find(h, "zpftrf_", zpftrf);
-    find(h, "dpftrs_", dpftrs);
-    find(h, "dtrcon_", dtrcon);
-    find(h, "dlatrs3_", dlatrs3);
+    bench::find(h, "dpftrf_", dpftrf);
+    bench::find(h, "dpftri_", dpftri);
+    bench::find(h, "zpftrf_", zpftrf);
+    bench::find(h, "dpftrs_", dpftrs);
+    bench::find(h, "dtrcon_", dtrcon);
+    bench::find(h, "dlatrs3_", dlatrs3);
     return dpftrf && dpftri && zpftrf && dpftrs && dtrcon && dlatrs3;
   }
 };
 
-Lib ours() {
-  Lib l;
-  l.load(RTLD_DEFAULT);
-  l.threads = [](int n) {
-    nxl_int t = n;
-    nxl_set_num_threads(&t);
-  };
-  return l;
-}
-
-bool peer(const std::string &path, Lib &l) {
-  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!h || !l.load(h)) {
-    std::printf("lapack-tr: cannot use peer %s: %s\n", path.c_str(), h ? "routines missing" : dlerror());
-    return false;
-  }
-  if (auto set = reinterpret_cast<void (*)(int)>(dlsym(h, "openblas_set_num_threads"))) l.threads = set;
-  return true;
-}
 
 // A Hermitian positive definite matrix in RFP form (lower, normal): any
 // n (n + 1) / 2 numbers with a dominant diagonal do; the diagonal entries of
@@ -156,9 +136,9 @@ void run_all(idx n, int thr, Lib &a, Lib *p, double mt) {
 
 NXL_BENCH_SUITE(bench_lapack_tr, "lapack-tr",
                 "dpftrf/dpftri/dpftrs/zpftrf (RFP, n = 2001), dtrcon, dlatrs3 with 100 right-hand sides") {
-  Lib mine = ours(), other;
+  Lib mine = bench::our_routines<Lib>(), other;
   Lib *p = nullptr;
-  if (!opt.peer.empty() && peer(opt.peer, other)) p = &other;
+  if (!opt.peer.empty() && bench::peer_routines("lapack-tr", opt.peer, other)) p = &other;
   std::vector<long> sizes = opt.sizes.empty() ? std::vector<long>{opt.quick ? 301 : 2001} : opt.sizes;
   for (int thr : opt.threads) {
     mine.threads(thr);

@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 #include "bench.h"
+#include "lapack_bench.h"
 #include "nxl_lapack.h"
 #include "nxl_service.h"
 
@@ -34,39 +35,17 @@ struct Lib {
   tri_fn dsytri = nullptr;
   tri2_fn dsytri2 = nullptr;
   void (*threads)(int) = nullptr;
+  bool load(void *h) {
+    bench::find(h, "dsytrf_", dsytrf);
+    bench::find(h, "zhetrf_", zhetrf);
+    bench::find(h, "dsytrf_rk_", dsytrf_rk);
+    bench::find(h, "dsytrs_", dsytrs);
+    bench::find(h, "dsytri_", dsytri);
+    bench::find(h, "dsytri2_", dsytri2);
+    return dsytrf && zhetrf && dsytrf_rk && dsytrs && dsytri && dsytri2;
+  }
 };
 
-Lib ours() {
-  Lib l;
-  l.dsytrf = reinterpret_cast<trf_fn<double>>(&dsytrf_);
-  l.zhetrf = reinterpret_cast<trf_fn<z16>>(&zhetrf_);
-  l.dsytrf_rk = reinterpret_cast<trf_rk_fn>(&dsytrf_rk_);
-  l.dsytrs = reinterpret_cast<trs_fn>(&dsytrs_);
-  l.dsytri = reinterpret_cast<tri_fn>(&dsytri_);
-  l.dsytri2 = reinterpret_cast<tri2_fn>(&dsytri2_);
-  l.threads = [](int n) {
-    nxl_int t = n;
-    nxl_set_num_threads(&t);
-  };
-  return l;
-}
-
-bool peer(const std::string &path, Lib &l) {
-  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!h) {
-    std::printf("sym: cannot load peer %s: %s\n", path.c_str(), dlerror());
-    return false;
-  }
-  auto sym = [&](const char *n) { return dlsym(h, n); };
-  l.dsytrf = reinterpret_cast<trf_fn<double>>(sym("dsytrf_"));
-  l.zhetrf = reinterpret_cast<trf_fn<z16>>(sym("zhetrf_"));
-  l.dsytrf_rk = reinterpret_cast<trf_rk_fn>(sym("dsytrf_rk_"));
-  l.dsytrs = reinterpret_cast<trs_fn>(sym("dsytrs_"));
-  l.dsytri = reinterpret_cast<tri_fn>(sym("dsytri_"));
-  l.dsytri2 = reinterpret_cast<tri2_fn>(sym("dsytri2_"));
-  l.threads = reinterpret_cast<void (*)(int)>(sym("openblas_set_num_threads"));
-  return l.dsytrf && l.zhetrf && l.dsytrf_rk && l.dsytrs && l.dsytri && l.dsytri2;
-}
 
 // Symmetric (Hermitian) indefinite: random entries, both triangles equal.
 template <class T> std::vector<T> matrix(idx n, unsigned seed) {
@@ -154,9 +133,9 @@ void run_solve_inverse(idx n, int thr, Lib &a, Lib *p, double mt) {
 
 NXL_BENCH_SUITE(bench_sym, "sym",
                 "dsytrf/dsytrf_rk/zhetrf (n = 2000 and 16..128), dsytrs with 1 and 100 right-hand sides, dsytri, dsytri2") {
-  Lib mine = ours(), other;
+  Lib mine = bench::our_routines<Lib>(), other;
   Lib *p = nullptr;
-  if (!opt.peer.empty() && peer(opt.peer, other)) p = &other;
+  if (!opt.peer.empty() && bench::peer_routines("sym", opt.peer, other)) p = &other;
   std::vector<long> large = opt.sizes.empty() ? std::vector<long>{opt.quick ? 300 : 2000} : opt.sizes;
   for (int thr : opt.threads) {
     mine.threads(thr);

@@ -2,10 +2,13 @@
 #ifndef NXL_BENCH_LAPACK_BENCH_H
 #define NXL_BENCH_LAPACK_BENCH_H
 
+#include <dlfcn.h>
 #include <algorithm>
+#include <string>
 #include <cstdio>
 #include <vector>
 #include "bench.h"
+#include "nxl_service.h"
 #include "nxl_types.h"
 
 namespace bench {
@@ -26,6 +29,31 @@ inline void report_rate(const char *suite, const char *name, nxl_int n, nxl_int 
   if (t_peer > 0) std::printf("  peer %8.2f GF  ratio %5.2f", flops / t_peer * 1e-9, t_peer / t_ours);
   std::printf("\n");
   std::fflush(stdout);
+}
+
+// The routines of one library are looked up by their Fortran names (L::load
+// fills them from a handle): ours in the running program, the peer in the
+// shared object that --peer names, with its own thread control when it has one.
+template <class F> void find(void *h, const char *name, F &f) { f = reinterpret_cast<F>(dlsym(h, name)); }
+
+template <class L> L our_routines() {
+  L l;
+  l.load(RTLD_DEFAULT);
+  l.threads = [](int n) {
+    nxl_int t = n;
+    nxl_set_num_threads(&t);
+  };
+  return l;
+}
+
+template <class L> bool peer_routines(const char *suite, const std::string &path, L &l) {
+  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!h || !l.load(h)) {
+    std::printf("%s: cannot use peer %s: %s\n", suite, path.c_str(), h ? "routines missing" : dlerror());
+    return false;
+  }
+  if (auto set = reinterpret_cast<void (*)(int)>(dlsym(h, "openblas_set_num_threads"))) l.threads = set;
+  return true;
 }
 
 }  // namespace bench
