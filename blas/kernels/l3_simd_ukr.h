@@ -6,118 +6,35 @@
 #define NXL_BLAS_L3_SIMD_UKR_H
 
 #include <immintrin.h>
+#include <type_traits>
+#include <utility>
 #include "service/scalar.h"
 #include "blas/kernels/l3_ukernel.h"
 
 namespace nxl {
 inline namespace NXL_CP_NS {
 
-template <class V> struct vec;
-
-#if defined(__AVX512F__)
-template <> struct vec<__m512d> {
-  using R = double;
-  static constexpr int W = 8;
-  static __m512d zero() { return _mm512_setzero_pd(); }
-  static __m512d load(const double *p) { return _mm512_load_pd(p); }
-  static __m512d bcast(const double *p) { return _mm512_set1_pd(*p); }
-  static __m512d fma(__m512d a, __m512d b, __m512d c) { return _mm512_fmadd_pd(a, b, c); }
-  static void store(double *p, __m512d v) { _mm512_store_pd(p, v); }
-  static __m512d loadu(const double *p) { return _mm512_loadu_pd(p); }
-  static void storeu(double *p, __m512d v) { _mm512_storeu_pd(p, v); }
-  static __m512d add(__m512d a, __m512d b) { return _mm512_add_pd(a, b); }
+// Operations on one vector type V of the path (__m512d, __m256, __m128d, ...),
+// written once on the compiler's vector extensions. fma is a * b + c: these
+// files are compiled with contraction on, so it is one fused instruction on
+// paths that have FMA and a product and a sum on the others.
+template <class V> struct vec {
+  using R = std::remove_cvref_t<decltype(V{}[0])>;
+  static constexpr int W = int(sizeof(V) / sizeof(R));
+  static V zero() { return V{}; }
+  static V load(const R *p) { return *reinterpret_cast<const V *>(p); }
+  static V loadu(const R *p) {
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+  }
+  static V bcast(const R *p) { return splat(*p, std::make_index_sequence<W>()); }
+  template <std::size_t... I> static V splat(R x, std::index_sequence<I...>) { return V{((void)I, x)...}; }
+  static V fma(V a, V b, V c) { return a * b + c; }
+  static V add(V a, V b) { return a + b; }
+  static void store(R *p, V v) { *reinterpret_cast<V *>(p) = v; }
+  static void storeu(R *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
 };
-template <> struct vec<__m512> {
-  using R = float;
-  static constexpr int W = 16;
-  static __m512 zero() { return _mm512_setzero_ps(); }
-  static __m512 load(const float *p) { return _mm512_load_ps(p); }
-  static __m512 bcast(const float *p) { return _mm512_set1_ps(*p); }
-  static __m512 fma(__m512 a, __m512 b, __m512 c) { return _mm512_fmadd_ps(a, b, c); }
-  static void store(float *p, __m512 v) { _mm512_store_ps(p, v); }
-  static __m512 loadu(const float *p) { return _mm512_loadu_ps(p); }
-  static void storeu(float *p, __m512 v) { _mm512_storeu_ps(p, v); }
-  static __m512 add(__m512 a, __m512 b) { return _mm512_add_ps(a, b); }
-};
-#endif
-#if defined(__AVX2__) && defined(__FMA__)
-template <> struct vec<__m256d> {
-  using R = double;
-  static constexpr int W = 4;
-  static __m256d zero() { return _mm256_setzero_pd(); }
-  static __m256d load(const double *p) { return _mm256_load_pd(p); }
-  static __m256d bcast(const double *p) { return _mm256_broadcast_sd(p); }
-  static __m256d fma(__m256d a, __m256d b, __m256d c) { return _mm256_fmadd_pd(a, b, c); }
-  static void store(double *p, __m256d v) { _mm256_store_pd(p, v); }
-  static __m256d loadu(const double *p) { return _mm256_loadu_pd(p); }
-  static void storeu(double *p, __m256d v) { _mm256_storeu_pd(p, v); }
-  static __m256d add(__m256d a, __m256d b) { return _mm256_add_pd(a, b); }
-};
-template <> struct vec<__m256> {
-  using R = float;
-  static constexpr int W = 8;
-  static __m256 zero() { return _mm256_setzero_ps(); }
-  static __m256 load(const float *p) { return _mm256_load_ps(p); }
-  static __m256 bcast(const float *p) { return _mm256_broadcast_ss(p); }
-  static __m256 fma(__m256 a, __m256 b, __m256 c) { return _mm256_fmadd_ps(a, b, c); }
-  static void store(float *p, __m256 v) { _mm256_store_ps(p, v); }
-  static __m256 loadu(const float *p) { return _mm256_loadu_ps(p); }
-  static void storeu(float *p, __m256 v) { _mm256_storeu_ps(p, v); }
-  static __m256 add(__m256 a, __m256 b) { return _mm256_add_ps(a, b); }
-};
-#elif defined(__AVX__)
-// AVX without FMA: a product and a sum per step.
-template <> struct vec<__m256d> {
-  using R = double;
-  static constexpr int W = 4;
-  static __m256d zero() { return _mm256_setzero_pd(); }
-  static __m256d load(const double *p) { return _mm256_load_pd(p); }
-  static __m256d bcast(const double *p) { return _mm256_broadcast_sd(p); }
-  static __m256d fma(__m256d a, __m256d b, __m256d c) { return _mm256_add_pd(_mm256_mul_pd(a, b), c); }
-  static void store(double *p, __m256d v) { _mm256_store_pd(p, v); }
-  static __m256d loadu(const double *p) { return _mm256_loadu_pd(p); }
-  static void storeu(double *p, __m256d v) { _mm256_storeu_pd(p, v); }
-  static __m256d add(__m256d a, __m256d b) { return _mm256_add_pd(a, b); }
-};
-template <> struct vec<__m256> {
-  using R = float;
-  static constexpr int W = 8;
-  static __m256 zero() { return _mm256_setzero_ps(); }
-  static __m256 load(const float *p) { return _mm256_load_ps(p); }
-  static __m256 bcast(const float *p) { return _mm256_broadcast_ss(p); }
-  static __m256 fma(__m256 a, __m256 b, __m256 c) { return _mm256_add_ps(_mm256_mul_ps(a, b), c); }
-  static void store(float *p, __m256 v) { _mm256_store_ps(p, v); }
-  static __m256 loadu(const float *p) { return _mm256_loadu_ps(p); }
-  static void storeu(float *p, __m256 v) { _mm256_storeu_ps(p, v); }
-  static __m256 add(__m256 a, __m256 b) { return _mm256_add_ps(a, b); }
-};
-#else
-// SSE2: 128-bit vectors, a product and a sum per step.
-template <> struct vec<__m128d> {
-  using R = double;
-  static constexpr int W = 2;
-  static __m128d zero() { return _mm_setzero_pd(); }
-  static __m128d load(const double *p) { return _mm_load_pd(p); }
-  static __m128d bcast(const double *p) { return _mm_load1_pd(p); }
-  static __m128d fma(__m128d a, __m128d b, __m128d c) { return _mm_add_pd(_mm_mul_pd(a, b), c); }
-  static void store(double *p, __m128d v) { _mm_store_pd(p, v); }
-  static __m128d loadu(const double *p) { return _mm_loadu_pd(p); }
-  static void storeu(double *p, __m128d v) { _mm_storeu_pd(p, v); }
-  static __m128d add(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
-};
-template <> struct vec<__m128> {
-  using R = float;
-  static constexpr int W = 4;
-  static __m128 zero() { return _mm_setzero_ps(); }
-  static __m128 load(const float *p) { return _mm_load_ps(p); }
-  static __m128 bcast(const float *p) { return _mm_load1_ps(p); }
-  static __m128 fma(__m128 a, __m128 b, __m128 c) { return _mm_add_ps(_mm_mul_ps(a, b), c); }
-  static void store(float *p, __m128 v) { _mm_store_ps(p, v); }
-  static __m128 loadu(const float *p) { return _mm_loadu_ps(p); }
-  static void storeu(float *p, __m128 v) { _mm_storeu_ps(p, v); }
-  static __m128 add(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
-};
-#endif
 
 // Packed panels are 64-byte aligned (block starts are, and panel strides are
 // multiples of the vector width), so aligned loads are safe. The C tile the
