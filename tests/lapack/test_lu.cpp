@@ -64,7 +64,7 @@ TYPED_TEST(LuTyped, TeamFactorResidual) {
     auto a = a0;
     std::vector<idx> ipiv(static_cast<size_t>(n));
     idx info = -1;
-    ASSERT_EQ(lp::getrf_team<T>(m, n, a.data(), lda, ipiv.data(), &info, threads, 64), 0);
+    lp::getrf_threaded<T>(m, n, a.data(), lda, ipiv.data(), &info, threads);
     ASSERT_EQ(info, 0);
     EXPECT_LT(lt::lu_residual(m, n, a0.data(), lda, a.data(), ipiv.data()), 30.0) << threads;
   }
