@@ -319,7 +319,8 @@ template <class T> idx factor(idx m, idx n, std::vector<T> &a, std::vector<idx> 
 
 // Tier switches: max(m, n) = 16 | 17 (small kernel | sequential), m + n =
 // 299 | 300 and n = 63 | 64 (sequential | threaded); in the threaded tier a
-// team of one holds only the distribution, a larger team also its work area.
+// team of one holds only the distribution, a larger team also its work area
+// (at least: members may hold product buffers when another one reports).
 TEST(LuTiers, ThresholdsAndTeamSetUp) {
   struct Case { idx m, n; int threads; int extra; size_t reports; };
   const Case cases[] = {{16, 16, 2, 0, 0},   {17, 17, 2, 0, 1},  {150, 149, 2, 0, 0}, {150, 150, 1, 1, 0},
@@ -332,7 +333,9 @@ TEST(LuTiers, ThresholdsAndTeamSetUp) {
     std::vector<idx> ipiv;
     ASSERT_EQ(factor(c.m, c.n, a, ipiv), 0);
     if (c.reports) EXPECT_EQ(h.blocks.size(), c.reports) << c.m << "x" << c.n;
-    EXPECT_EQ(h.extra(), c.extra) << c.m << "x" << c.n << " threads " << c.threads;
+    // Other members may hold their product's packing buffers meanwhile.
+    if (c.extra == 2) EXPECT_GE(h.extra(), 2) << c.m << "x" << c.n << " threads " << c.threads;
+    else EXPECT_EQ(h.extra(), c.extra) << c.m << "x" << c.n << " threads " << c.threads;
     int after = 0;
     nxl_serv_mem_in_use(&after);
     EXPECT_EQ(after, h.base);
