@@ -103,54 +103,49 @@ template <class T> void potrf_dag(bool up, T *a, idx lda, thread_team_ctxt *team
   auto tile = [&](idx i, idx j) { return up ? a + j * t + i * t * lda : a + i * t + j * t * lda; };
   auto size = [&](idx i) { return imin(t, n - i * t); };
   auto final_of = [&](idx i, idx k) -> team_counter & { return g->done[dag1st_tile(g, i, k)]; };
-  thread_team_run(team, [&](int me) {
-    for (;;) {
-      if (team->stop.load(std::memory_order_relaxed)) return;
-      idx q = g->next->v.fetch_add(1);
-      if (q >= g->ntasks) return;
-      const team_task &tk = g->tasks[q];
-      const idx i = tk.a, j = tk.b, k = tk.c;
-      team_counter &dst = g->done[dag1st_tile(g, i, j)];
-      if (!thread_team_wait(team, dst, k)) return;
-      const idx tk_ = size(k);
-      switch (tk.kind) {
-        case kDagPotrf: {
-          idx r = potrf_tile<T>(up, tk_, tile(k, k), lda);
-          if (r) {
-            thread_team_note_info(team, r + k * t);
-            team->stop.store(1);
-            return;
-          }
-          if (potrf_progress<T>(me, k * t + tk_)) {
-            team->stopped.store(1);
-            team->stop.store(1);
-            return;
-          }
-          break;
+  thread_team_run_tasks(team, g->next, g->tasks, g->ntasks, [&](int me, const team_task &tk) {
+    const idx i = tk.a, j = tk.b, k = tk.c;
+    team_counter &dst = g->done[dag1st_tile(g, i, j)];
+    if (!thread_team_wait(team, dst, k)) return false;
+    const idx tk_ = size(k);
+    switch (tk.kind) {
+      case kDagPotrf: {
+        idx r = potrf_tile<T>(up, tk_, tile(k, k), lda);
+        if (r) {
+          thread_team_note_info(team, r + k * t);
+          team->stop.store(1);
+          return false;
         }
-        case kDagTrsm:
-          if (!thread_team_wait(team, final_of(k, k), k + 1)) return;
-          if (up) blas::trsm_seq('L', 'U', 'C', 'N', tk_, size(i), T(1), tile(k, k), lda, tile(i, k), lda);
-          else blas::trsm_seq('R', 'L', 'C', 'N', size(i), tk_, T(1), tile(k, k), lda, tile(i, k), lda);
-          break;
-        case kDagSyrk:
-          if (!thread_team_wait(team, final_of(j, k), k + 1)) return;
-          if (up) blas::herk_seq('U', 'C', size(j), tk_, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
-          else blas::herk_seq('L', 'N', size(j), tk_, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
-          break;
-        default:
-          if (!thread_team_wait(team, final_of(i, k), k + 1) || !thread_team_wait(team, final_of(j, k), k + 1))
-            return;
-          if (up)
-            blas::gemm_seq('C', 'N', size(j), size(i), tk_, T(-1), tile(j, k), lda, tile(i, k), lda, T(1),
-                           tile(i, j), lda);
-          else
-            blas::gemm_seq('N', 'C', size(i), size(j), tk_, T(-1), tile(i, k), lda, tile(j, k), lda, T(1),
-                           tile(i, j), lda);
-          break;
+        if (potrf_progress<T>(me, k * t + tk_)) {
+          team->stopped.store(1);
+          team->stop.store(1);
+          return false;
+        }
+        break;
       }
-      dst.v.store(k + 1, std::memory_order_release);
+      case kDagTrsm:
+        if (!thread_team_wait(team, final_of(k, k), k + 1)) return false;
+        if (up) blas::trsm_seq('L', 'U', 'C', 'N', tk_, size(i), T(1), tile(k, k), lda, tile(i, k), lda);
+        else blas::trsm_seq('R', 'L', 'C', 'N', size(i), tk_, T(1), tile(k, k), lda, tile(i, k), lda);
+        break;
+      case kDagSyrk:
+        if (!thread_team_wait(team, final_of(j, k), k + 1)) return false;
+        if (up) blas::herk_seq('U', 'C', size(j), tk_, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
+        else blas::herk_seq('L', 'N', size(j), tk_, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
+        break;
+      default:
+        if (!thread_team_wait(team, final_of(i, k), k + 1) || !thread_team_wait(team, final_of(j, k), k + 1))
+          return false;
+        if (up)
+          blas::gemm_seq('C', 'N', size(j), size(i), tk_, T(-1), tile(j, k), lda, tile(i, k), lda, T(1),
+                         tile(i, j), lda);
+        else
+          blas::gemm_seq('N', 'C', size(i), size(j), tk_, T(-1), tile(i, k), lda, tile(j, k), lda, T(1),
+                         tile(i, j), lda);
+        break;
     }
+    dst.v.store(k + 1, std::memory_order_release);
+    return true;
   });
 }
 

@@ -164,33 +164,28 @@ int xgetrf(const nb_dist *d, T *a, idx lda, idx *ipiv, idx *info, thread_team_ct
       xgemm_internal_team<T>(m, a, lda, ipiv, k0, jb, k0 + jb, n, false);
     }
   } else {
-    thread_team_run(team, [&](int me) {
-      for (;;) {
-        if (team->stop.load(std::memory_order_relaxed)) return;
-        idx t = g->next->v.fetch_add(1);
-        if (t >= g->ntasks) return;
-        const team_task &tk = g->tasks[t];
-        idx k = tk.a;
-        if (tk.kind == kCdagFactor) {
-          if (!thread_team_wait(team, g->level[k], k)) return;
-          idx pinfo = 0;
-          if (xgetrf_panel<T>(d, k, a, lda, ipiv, &pinfo, me)) {
-            team->stopped.store(1);
-            team->stop.store(1);
-            return;
-          }
-          thread_team_note_info(team, pinfo);
-          g->level[k].v.store(k + 1, std::memory_order_release);
-        } else {
-          if (!thread_team_wait(team, g->level[k], k + 1)) return;
-          for (idx b = tk.b; b < tk.c; ++b)
-            if (!thread_team_wait(team, g->level[b], k)) return;
-          idx k0, jb;
-          nb_dist_get_panel(d, k, &k0, &jb);
-          xgemm_internal_team<T>(m, a, lda, ipiv, k0, jb, d->start[tk.b], d->start[tk.c], true);
-          for (idx b = tk.b; b < tk.c; ++b) g->level[b].v.store(k + 1, std::memory_order_release);
+    thread_team_run_tasks(team, g->next, g->tasks, g->ntasks, [&](int me, const team_task &tk) {
+      idx k = tk.a;
+      if (tk.kind == kCdagFactor) {
+        if (!thread_team_wait(team, g->level[k], k)) return false;
+        idx pinfo = 0;
+        if (xgetrf_panel<T>(d, k, a, lda, ipiv, &pinfo, me)) {
+          team->stopped.store(1);
+          team->stop.store(1);
+          return false;
         }
+        thread_team_note_info(team, pinfo);
+        g->level[k].v.store(k + 1, std::memory_order_release);
+        return true;
       }
+      if (!thread_team_wait(team, g->level[k], k + 1)) return false;
+      for (idx b = tk.b; b < tk.c; ++b)
+        if (!thread_team_wait(team, g->level[b], k)) return false;
+      idx k0, jb;
+      nb_dist_get_panel(d, k, &k0, &jb);
+      xgemm_internal_team<T>(m, a, lda, ipiv, k0, jb, d->start[tk.b], d->start[tk.c], true);
+      for (idx b = tk.b; b < tk.c; ++b) g->level[b].v.store(k + 1, std::memory_order_release);
+      return true;
     });
     if (team->stopped.load()) return 1;
     *info = team->info.load();

@@ -79,6 +79,20 @@ struct team_task {
   tidx a, b, c;
 };
 
+// Every member claims the tasks of the list in order and runs
+// body(member, task) on each, until the list is exhausted, the team is
+// stopped, or body returns false (it was stopped while waiting).
+template <class F>
+void thread_team_run_tasks(thread_team_ctxt *c, team_counter *next, const team_task *tasks, tidx ntasks, F &&body) {
+  thread_team_run(c, [&](int me) {
+    for (;;) {
+      if (c->stop.load(std::memory_order_relaxed)) return;
+      tidx q = next->v.fetch_add(1);
+      if (q >= ntasks || !body(me, tasks[q])) return;
+    }
+  });
+}
+
 // ---------------------------------------------------------------------------
 // Panel widths of LU. Columns 0..min(m,n) are cut into the factored panels,
 // the columns beyond them (wide matrices) into blocks that are only updated.

@@ -4,7 +4,7 @@
 #include "lapack/chol/potrs.h"
 #include "lapack/threads/team.h"
 #include "service/nxl_serv.h"
-#include "service/serv_core.h"
+#include "tier_util.h"
 #include "util.h"
 
 using lt::idx;
@@ -178,40 +178,6 @@ TEST(Chol, TierThresholdsSeenThroughProgress) {
 // ---------------------------------------------------------------------------
 // The tiled tier and its tile graph.
 
-namespace {
-struct CholThreads {
-  int old;
-  explicit CholThreads(int n) : old(nxl_serv_get_max_threads()) { nxl_serv_set_num_threads(n); }
-  ~CholThreads() { nxl_serv_set_num_threads(old); }
-};
-
-// Blocks held for callers at each progress report (the tiled tier holds its
-// graph's data area while it runs) and an optional stop at report `stop_at`.
-struct CholHeld {
-  static inline std::vector<int> blocks;
-  static inline int stop_at = -1;
-  static int fn(const nxl_int *, const nxl_int *, const char *, nxl_int) {
-    int b = 0;
-    nxl_serv_mem_in_use(&b);
-    blocks.push_back(b);
-    return stop_at >= 0 && static_cast<int>(blocks.size()) > stop_at;
-  }
-  nxl_progress_fn old;
-  int base = 0;
-  CholHeld() : old(nxl_serv_set_progress(fn)) {
-    blocks.clear();
-    stop_at = -1;
-    nxl_serv_mem_in_use(&base);
-  }
-  ~CholHeld() { nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old); }
-  int extra() const {
-    int e = 0;
-    for (int b : blocks) e = std::max(e, b - base);
-    return e;
-  }
-};
-}  // namespace
-
 // n = 127 | 128 switches from the unblocked kernel to the blocked (one
 // thread) or tiled (a team) tier; the tiled tier alone holds a data area.
 TEST(CholTiers, ThresholdsAndGraphArea) {
@@ -219,8 +185,8 @@ TEST(CholTiers, ThresholdsAndGraphArea) {
   for (const Case &c : {Case{127, 2, false}, Case{128, 1, false}, Case{128, 2, true}, Case{600, 1, false},
                         Case{600, 2, true}, Case{600, 4, true}}) {
     for (const char *u : {"U", "L"}) {
-      CholThreads th(c.threads);
-      CholHeld h;
+      lt::ScopedThreads th(c.threads);
+      lt::HeldBlocks h;
       auto a = lt::spd_matrix<double>(c.n, c.n, 2);
       idx info = -1, n = c.n;
       lp::potrf<double>(u, &n, a.data(), &n, &info);
@@ -228,9 +194,7 @@ TEST(CholTiers, ThresholdsAndGraphArea) {
       ASSERT_FALSE(h.blocks.empty());
       if (c.tiled) EXPECT_GE(h.extra(), 1) << c.n << " " << c.threads << u;
       else EXPECT_EQ(h.extra(), 0) << c.n << " " << c.threads << u;
-      int after = 0;
-      nxl_serv_mem_in_use(&after);
-      EXPECT_EQ(after, h.base);
+      EXPECT_EQ(h.left(), 0);
     }
   }
 }
@@ -243,7 +207,7 @@ TYPED_TEST(CholTyped, TeamSizesResidual) {
     auto a0 = lt::spd_matrix<T>(n, lda, static_cast<unsigned>(n));
     for (int threads = 1; threads <= 4; ++threads) {
       for (bool up : {true, false}) {
-        CholThreads th(threads);
+        lt::ScopedThreads th(threads);
         auto a = a0;
         idx info = -1;
         lp::potrf<T>(up ? "U" : "L", &n, a.data(), &lda, &info);
@@ -280,16 +244,14 @@ TEST(CholTiers, ProgressStopReleasesEverything) {
   for (const Case &c : {Case{17, 2}, Case{300, 1}, Case{600, 1}, Case{600, 2}, Case{600, 3}}) {
     for (int at : {0, 2}) {
       if (c.n < 128 && at > 0) continue;  // one report only
-      CholThreads th(c.threads);
-      CholHeld h;
-      CholHeld::stop_at = at;
+      lt::ScopedThreads th(c.threads);
+      lt::HeldBlocks h;
+      lt::HeldBlocks::stop_after = at;
       auto a = lt::spd_matrix<float>(c.n, c.n, 7);
       idx info = 0, n = c.n;
       lp::potrf<float>("L", &n, a.data(), &n, &info);
       EXPECT_EQ(info, -1002) << c.n << " threads " << c.threads << " at " << at;
-      int after = 0;
-      nxl_serv_mem_in_use(&after);
-      EXPECT_EQ(after, h.base) << c.n << " threads " << c.threads;
+      EXPECT_EQ(h.left(), 0) << c.n << " threads " << c.threads;
     }
   }
 }

@@ -5,7 +5,7 @@
 #include "lapack/lu/gesv.h"
 #include "lapack/threads/team.h"
 #include "service/nxl_serv.h"
-#include "service/serv_core.h"
+#include "tier_util.h"
 #include "util.h"
 
 using lt::idx;
@@ -274,40 +274,6 @@ TEST(Lu, TierThresholdsSeenThroughProgress) {
 // The threaded tier and its team layer.
 
 namespace {
-// Sets the library's thread count for one scope and restores it.
-struct Threads {
-  int old;
-  explicit Threads(int n) : old(nxl_serv_get_max_threads()) { nxl_serv_set_num_threads(n); }
-  ~Threads() { nxl_serv_set_num_threads(old); }
-};
-
-// Records, at every progress report, the memory manager's blocks held for
-// callers: the threaded tier holds its distribution (and, with a team, the
-// team's work area) while it runs; the sequential tier holds nothing.
-struct Held {
-  static inline std::vector<int> blocks;
-  static inline int stop_after = -1;  // stop at this report (0-based); -1 never
-  static int fn(const nxl_int *, const nxl_int *, const char *, nxl_int) {
-    int b = 0;
-    nxl_serv_mem_in_use(&b);
-    blocks.push_back(b);
-    return stop_after >= 0 && static_cast<int>(blocks.size()) > stop_after;
-  }
-  nxl_progress_fn old;
-  int base = 0;
-  Held() : old(nxl_serv_set_progress(fn)) {
-    blocks.clear();
-    stop_after = -1;
-    nxl_serv_mem_in_use(&base);
-  }
-  ~Held() { nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old); }
-  // Most blocks held beyond the base during the call.
-  int extra() const {
-    int e = 0;
-    for (int b : blocks) e = std::max(e, b - base);
-    return e;
-  }
-};
 
 template <class T> idx factor(idx m, idx n, std::vector<T> &a, std::vector<idx> &ipiv) {
   idx info = -7, lda = m;
@@ -327,8 +293,8 @@ TEST(LuTiers, ThresholdsAndTeamSetUp) {
                         {150, 150, 2, 2, 0}, {400, 63, 2, 0, 0}, {400, 64, 1, 1, 0},  {600, 600, 2, 2, 0},
                         {600, 600, 1, 1, 0}};
   for (const Case &c : cases) {
-    Threads th(c.threads);
-    Held h;
+    lt::ScopedThreads th(c.threads);
+    lt::HeldBlocks h;
     auto a = lt::random_matrix<double>(c.m, c.n, c.m, 3);
     std::vector<idx> ipiv;
     ASSERT_EQ(factor(c.m, c.n, a, ipiv), 0);
@@ -336,9 +302,7 @@ TEST(LuTiers, ThresholdsAndTeamSetUp) {
     // Other members may hold their product's packing buffers meanwhile.
     if (c.extra == 2) EXPECT_GE(h.extra(), 2) << c.m << "x" << c.n << " threads " << c.threads;
     else EXPECT_EQ(h.extra(), c.extra) << c.m << "x" << c.n << " threads " << c.threads;
-    int after = 0;
-    nxl_serv_mem_in_use(&after);
-    EXPECT_EQ(after, h.base);
+    EXPECT_EQ(h.left(), 0);
   }
 }
 
@@ -353,7 +317,7 @@ TYPED_TEST(LuTyped, ThreadedTierResidualForTeamSizes) {
     auto a0 = lt::random_matrix<T>(m, n, m, static_cast<unsigned>(m + n));
     std::vector<idx> first;
     for (int threads = 1; threads <= 4; ++threads) {
-      Threads th(threads);
+      lt::ScopedThreads th(threads);
       auto a = a0;
       std::vector<idx> ipiv;
       ASSERT_EQ(factor(m, n, a, ipiv), 0);
@@ -375,7 +339,7 @@ TYPED_TEST(LuTyped, ThreadedTierSingular) {
     for (idx i = 0; i < n; ++i) a0[i + (k - 1) * n] = T(0);
     if (k == 1) for (idx i = 0; i < n; ++i) a0[i + 350 * n] = T(0);
     for (int threads : {1, 2, 3}) {
-      Threads th(threads);
+      lt::ScopedThreads th(threads);
       auto a = a0;
       std::vector<idx> ipiv;
       EXPECT_EQ(factor(n, n, a, ipiv), k) << k << " threads " << threads;
@@ -391,15 +355,13 @@ TEST(LuTiers, ProgressStopReleasesEverything) {
   for (const Case &c : {Case{40, 2}, Case{300, 1}, Case{600, 1}, Case{600, 2}, Case{600, 3}, Case{900, 4}}) {
     for (int at : {0, 3}) {
       if (c.n == 40 && at > 0) continue;  // one unblocked leaf, one report
-      Threads th(c.threads);
-      Held h;
-      Held::stop_after = at;
+      lt::ScopedThreads th(c.threads);
+      lt::HeldBlocks h;
+      lt::HeldBlocks::stop_after = at;
       auto a = lt::random_matrix<std::complex<float>>(c.n, c.n, c.n, 4);
       std::vector<idx> ipiv;
       EXPECT_EQ(factor(c.n, c.n, a, ipiv), -1002) << c.n << " threads " << c.threads << " at " << at;
-      int after = 0;
-      nxl_serv_mem_in_use(&after);
-      EXPECT_EQ(after, h.base) << c.n << " threads " << c.threads;
+      EXPECT_EQ(h.left(), 0) << c.n << " threads " << c.threads;
     }
   }
 }
