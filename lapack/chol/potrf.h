@@ -5,17 +5,16 @@
 //     triangle, then one progress report;
 //   - one thread: right-looking blocked (potrf_blocked): diagonal block,
 //     triangular solve for the panel, rank-k update of the trailing matrix;
-//   - a team: tiles with a task graph (potrf_tiled): each tile task waits for
-//     the tiles it reads, so factorization, solves and updates of different
-//     steps overlap.
+//   - a team: tiles with a task graph (potrf_tiled, dag1st in
+//     lapack/threads/team.h): each tile task waits for the tiles it reads, so
+//     factorization, solves and updates of different steps overlap.
 #ifndef NXL_LAPACK_CHOL_POTRF_H
 #define NXL_LAPACK_CHOL_POTRF_H
 
-#include <atomic>
 #include <omp.h>
-#include <vector>
 #include "lapack/common.h"
 #include "lapack/ps/ps.h"
+#include "lapack/threads/team.h"
 #include "lapack/tuning/tuning.h"
 
 namespace nxl {
@@ -94,78 +93,85 @@ template <class T> int potrf_blocked(bool up, idx n, T *a, idx lda, idx *info) {
   return 0;
 }
 
-// Tiled algorithm on a team; tiles of order t (the last ones smaller).
-template <class T> int potrf_tiled(bool up, idx n, T *a, idx lda, idx *info, idx t, int threads) {
+// Runs the tile graph `g` on `team`. Tile (i, j), i >= j, of the lower
+// triangle is the block at rows i t, columns j t; for the upper triangle its
+// mirror at rows j t, columns i t. Each task waits for the tiles it reads and
+// for the previous update of the tile it writes, then marks that tile.
+template <class T> void potrf_dag(bool up, T *a, idx lda, thread_team_ctxt *team, dag1st *g) {
   using R = real_t<T>;
-  idx nt = (n + t - 1) / t;
-  std::vector<char> tok(static_cast<size_t>(nt * nt));
-  char *tk = tok.data();
-  std::atomic<int> halt{0};
-  std::atomic<idx> fail{0};
-  std::atomic<int> stopped{0};
-  auto tile = [&](idx i, idx j) { return a + i * t + j * t * lda; };
+  const idx t = g->t, n = g->n;
+  auto tile = [&](idx i, idx j) { return up ? a + j * t + i * t * lda : a + i * t + j * t * lda; };
   auto size = [&](idx i) { return imin(t, n - i * t); };
-#pragma omp parallel num_threads(threads)
-#pragma omp single
-  for (idx k = 0; k < nt; ++k) {
-    idx tkk = size(k);
-#pragma omp task depend(inout : tk[k * nt + k]) firstprivate(k, tkk)
-    {
-      if (!halt.load(std::memory_order_relaxed)) {
-        idx r = potrf_tile<T>(up, tkk, tile(k, k), lda);
+  auto final_of = [&](idx i, idx k) -> team_counter & { return g->done[dag1st_tile(g, i, k)]; };
+  thread_team_run_tasks(team, g->next, g->tasks, g->ntasks, [&](int me, const team_task &tk) {
+    const idx i = tk.a, j = tk.b, k = tk.c;
+    team_counter &dst = g->done[dag1st_tile(g, i, j)];
+    if (!thread_team_wait(team, dst, k)) return false;
+    const idx tk_ = size(k);
+    switch (tk.kind) {
+      case kDagPotrf: {
+        idx r = potrf_tile<T>(up, tk_, tile(k, k), lda);
         if (r) {
-          fail.store(r + k * t);
-          halt.store(1);
-        } else if (potrf_progress<T>(omp_get_thread_num(), k * t + tkk)) {
-          stopped.store(1);
-          halt.store(1);
+          thread_team_note_info(team, r + k * t);
+          team->stop.store(1);
+          return false;
         }
+        if (potrf_progress<T>(me, k * t + tk_)) {
+          team->stopped.store(1);
+          team->stop.store(1);
+          return false;
+        }
+        break;
       }
+      case kDagTrsm:
+        if (!thread_team_wait(team, final_of(k, k), k + 1)) return false;
+        if (up) blas::trsm_seq('L', 'U', 'C', 'N', tk_, size(i), T(1), tile(k, k), lda, tile(i, k), lda);
+        else blas::trsm_seq('R', 'L', 'C', 'N', size(i), tk_, T(1), tile(k, k), lda, tile(i, k), lda);
+        break;
+      case kDagSyrk:
+        if (!thread_team_wait(team, final_of(j, k), k + 1)) return false;
+        if (up) blas::herk_seq('U', 'C', size(j), tk_, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
+        else blas::herk_seq('L', 'N', size(j), tk_, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
+        break;
+      default:
+        if (!thread_team_wait(team, final_of(i, k), k + 1) || !thread_team_wait(team, final_of(j, k), k + 1))
+          return false;
+        if (up)
+          blas::gemm_seq('C', 'N', size(j), size(i), tk_, T(-1), tile(j, k), lda, tile(i, k), lda, T(1),
+                         tile(i, j), lda);
+        else
+          blas::gemm_seq('N', 'C', size(i), size(j), tk_, T(-1), tile(i, k), lda, tile(j, k), lda, T(1),
+                         tile(i, j), lda);
+        break;
     }
-    for (idx i = k + 1; i < nt; ++i) {
-      idx ti = size(i);
-      // Off-diagonal tile of the factor: row k (upper) or column k (lower).
-      char *dep = up ? &tk[i * nt + k] : &tk[k * nt + i];
-#pragma omp task depend(in : tk[k * nt + k]) depend(inout : dep[0]) firstprivate(i, k, ti, tkk)
-      {
-        if (!halt.load(std::memory_order_relaxed)) {
-          if (up) blas::trsm_seq('L', 'U', 'C', 'N', tkk, ti, T(1), tile(k, k), lda, tile(k, i), lda);
-          else blas::trsm_seq('R', 'L', 'C', 'N', ti, tkk, T(1), tile(k, k), lda, tile(i, k), lda);
-        }
-      }
-    }
-    for (idx j = k + 1; j < nt; ++j) {
-      idx tj = size(j);
-      char *dj = up ? &tk[j * nt + k] : &tk[k * nt + j];
-#pragma omp task depend(in : dj[0]) depend(inout : tk[j * nt + j]) firstprivate(j, k, tj, tkk)
-      {
-        if (!halt.load(std::memory_order_relaxed)) {
-          if (up) blas::herk_seq('U', 'C', tj, tkk, R(-1), tile(k, j), lda, R(1), tile(j, j), lda);
-          else blas::herk_seq('L', 'N', tj, tkk, R(-1), tile(j, k), lda, R(1), tile(j, j), lda);
-        }
-      }
-      for (idx i = j + 1; i < nt; ++i) {
-        idx ti = size(i);
-        char *di = up ? &tk[i * nt + k] : &tk[k * nt + i];
-        // Tile (j, i) of the upper triangle or (i, j) of the lower one.
-        char *dij = up ? &tk[i * nt + j] : &tk[j * nt + i];
-#pragma omp task depend(in : dj[0], di[0]) depend(inout : dij[0]) firstprivate(i, j, k, ti, tj, tkk)
-        {
-          if (!halt.load(std::memory_order_relaxed)) {
-            if (up)
-              blas::gemm_seq('C', 'N', tj, ti, tkk, T(-1), tile(k, j), lda, tile(k, i), lda, T(1), tile(j, i),
-                             lda);
-            else
-              blas::gemm_seq('N', 'C', ti, tj, tkk, T(-1), tile(i, k), lda, tile(j, k), lda, T(1), tile(i, j),
-                             lda);
-          }
-        }
-      }
-    }
-  }
-  if (stopped.load()) return 1;
-  *info = fail.load();
-  return 0;
+    dst.v.store(k + 1, std::memory_order_release);
+    return true;
+  });
+}
+
+// The tiled tier: the graph for tiles of order t (their number bounded for
+// the team), its data area from the memory manager as the team's shared work
+// area, the run, and the release. Returns 1 when the progress function
+// stopped it; a graph that finds no memory falls back to the blocked tier.
+template <class T> int potrf_tiled(bool up, idx n, T *a, idx lda, idx *info, idx t, int threads) {
+  *info = 0;
+  dag1st g;
+  dag1st_init(&g, n, t);
+  int size = threads;
+  if (size > g.nt) size = static_cast<int>(g.nt);
+  if (size < 1) size = 1;
+  idx mt = dag1st_maxtiles(&g, size);
+  if (size == 1) mt = dag1st_maxtilesreduce(&g, mt);
+  if (g.nt > mt) dag1st_init(&g, n, (n + mt - 1) / mt);
+  thread_team_ctxt team;
+  if (thread_team_ctxt_init(&team, size, dag1st_dagdatasize(&g)) != 0)
+    return potrf_blocked<T>(up, n, a, lda, info);
+  dag1st_committiles(&g, team.work);
+  potrf_dag<T>(up, a, lda, &team, &g);
+  int stopped = team.stopped.load();
+  *info = team.info.load();
+  thread_team_ctxt_destroy(&team);
+  return stopped;
 }
 
 template <class T> void potrf(const char *uplo, const idx *pn, T *a, const idx *plda, idx *info) {

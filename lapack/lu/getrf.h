@@ -3,19 +3,22 @@
 //   - the sequential recursive blocked algorithm (getrf_local): panels of the
 //     oracle's width, each factored by a recursive call that picks its own
 //     width for its shape, down to the unblocked column algorithm (getf2);
-//   - the threaded algorithm (getrf_team): right-looking by panels with
-//     look-ahead; one thread updates the next panel and factors it while the
-//     team shares the rest of the trailing update in column chunks.
+//   - the threaded algorithm (getrf_threaded, xgetrf): right-looking by the
+//     panels of a width distribution (nb_dist), run by a thread team over a
+//     one-dimensional task graph (cdag1d, lapack/threads/team.h) with
+//     look-ahead: the next panel is factored by one member while the others
+//     share the rest of the trailing update in column chunks.
 // The progress function is asked after every unblocked leaf; a non-zero
 // answer stops the factorization with info = -1002.
 #ifndef NXL_LAPACK_LU_GETRF_H
 #define NXL_LAPACK_LU_GETRF_H
 
-#include <atomic>
 #include <omp.h>
 #include "lapack/common.h"
 #include "lapack/lu/laswp.h"
 #include "lapack/ps/ps.h"
+#include "lapack/threads/team.h"
+#include "lapack/tuning/tuning.h"
 
 namespace nxl {
 namespace lapack {
@@ -102,97 +105,137 @@ int getrf_local(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx pthread, 
   return 0;
 }
 
-// Panel widths of the threaded tier: wider panels on the 512-bit paths and
-// for larger matrices, so that the trailing updates are rank-k products with
-// k large enough for the matrix-product kernels.
-inline idx team_panel_width(idx m, idx n, int threads, bool cplx) {
-  idx mn = imin(m, n);
-  int cp = nxl_serv_cpu_detect();
-  idx nb = mn <= 400 ? 32 : mn <= 1200 ? 64 : mn <= 3000 ? 128 : 192;
-  if (cp < 5 && nb > 64) nb = 64;
-  if (cplx && nb > 96) nb = 96;
-  (void)threads;
-  return nb;
-}
-
-// Updates columns [c0, c1) with the factored panel of rows/columns k0..k0+jb.
+// The team's matrix product: the update of columns [c0, c1) by the factored
+// panel at column k0 (width jb): its row interchanges, the solve with its unit
+// lower triangle and the rank-jb product. The trailing update of each panel
+// is cut into such column chunks; the members of the team that are not
+// factoring the next panel claim them, so the product runs on the part of the
+// team that is free. `seq` selects one-thread BLAS (inside a team) or the
+// threaded dispatch (on the calling thread alone).
 template <class T>
-void team_update(idx m, T *a, idx lda, const idx *ipiv, idx k0, idx jb, idx c0, idx c1) {
+void xgemm_internal_team(idx m, T *a, idx lda, const idx *ipiv, idx k0, idx jb, idx c0, idx c1, bool seq) {
   if (c1 <= c0) return;
   idx w = c1 - c0;
-  laswp_cols<T>(c0, c1, a, lda, k0 + 1, k0 + jb, ipiv, 1);
   T *akk = a + k0 + k0 * lda;
   T *b = a + k0 + c0 * lda;
-  blas::trsm_seq('L', 'L', 'N', 'U', jb, w, T(1), akk, lda, b, lda);
-  if (k0 + jb < m)
-    blas::gemm_seq('N', 'N', m - k0 - jb, w, jb, T(-1), akk + jb, lda, b, lda, T(1), b + jb, lda);
+  if (seq) {
+    laswp_cols<T>(c0, c1, a, lda, k0 + 1, k0 + jb, ipiv, 1);
+    blas::trsm_seq('L', 'L', 'N', 'U', jb, w, T(1), akk, lda, b, lda);
+    if (k0 + jb < m)
+      blas::gemm_seq('N', 'N', m - k0 - jb, w, jb, T(-1), akk + jb, lda, b, lda, T(1), b + jb, lda);
+  } else {
+    swap_rows<T>(w, a + c0 * lda, lda, k0 + 1, k0 + jb, ipiv, 1);
+    blas::trsm('L', 'L', 'N', 'U', jb, w, T(1), akk, lda, b, lda);
+    if (k0 + jb < m)
+      blas::gemm('N', 'N', m - k0 - jb, w, jb, T(-1), akk + jb, lda, b, lda, T(1), b + jb, lda);
+  }
 }
 
-// Factors the panel at column k0 (width jb) and turns its pivots global.
+// Factors panel k of the distribution and turns its pivots global. Returns
+// non-zero when the progress function stopped it; *pinfo gets the global
+// position of its first zero pivot (0 if none).
 template <class T>
-int team_panel(idx m, T *a, idx lda, idx *ipiv, idx k0, idx jb, idx *info, idx thread) {
-  idx pinfo = 0;
-  int stop = getrf_local<T>(m - k0, jb, a + k0 + k0 * lda, lda, ipiv + k0, &pinfo, thread, k0);
-  if (*info == 0 && pinfo > 0) *info = pinfo + k0;
+int xgetrf_panel(const nb_dist *d, idx k, T *a, idx lda, idx *ipiv, idx *pinfo, idx thread) {
+  idx k0, jb;
+  nb_dist_get_panel(d, k, &k0, &jb);
+  idx m = d->m, local = 0;
+  int stop = getrf_local<T>(m - k0, jb, a + k0 + k0 * lda, lda, ipiv + k0, &local, thread, k0);
+  *pinfo = local > 0 ? local + k0 : 0;
   for (idx i = k0; i < imin(m, k0 + jb); ++i) ipiv[i] += k0;
   return stop;
 }
 
-// The team's factorization (a team of one runs it on the calling thread).
+// The team's factorization over the panels of `d`. With a team and its graph
+// the members run the graph's tasks (look-ahead: the panel k+1 is factored as
+// soon as its columns are updated, while the rest of the update by panel k
+// proceeds); without them the calling thread factors each panel and updates
+// the whole trailing matrix in one product. Row interchanges of each panel
+// reach the columns left of it at the end. Returns non-zero when stopped.
 template <class T>
-int getrf_team(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, int threads, idx nb) {
-  idx mn = imin(m, n);
-  idx np = (mn + nb - 1) / nb;
-  const idx chunk = imax(nb, 256);
-  std::atomic<int> stop{0};
-  std::atomic<idx> next{0};
+int xgetrf(const nb_dist *d, T *a, idx lda, idx *ipiv, idx *info, thread_team_ctxt *team, cdag1d *g) {
+  idx m = d->m, n = d->n;
   *info = 0;
-  if (team_panel<T>(m, a, lda, ipiv, 0, imin(nb, mn), info, 0)) return 1;
-
-  auto step = [&](idx k, int tid, int nthr) {
-    idx k0 = k * nb, jb = imin(nb, mn - k0);
-    idx k1 = k0 + jb;
-    idx rest0 = k1;
-    if (tid == 0 && k + 1 < np) {
-      idx jb1 = imin(nb, mn - k1);
-      team_update<T>(m, a, lda, ipiv, k0, jb, k1, k1 + jb1);
-      if (team_panel<T>(m, a, lda, ipiv, k1, jb1, info, 0)) stop.store(1);
-    }
-    if (k + 1 < np) rest0 = k1 + imin(nb, mn - k1);
-    // Remaining columns in chunks, taken in turn by whichever thread is free.
-    for (;;) {
-      idx c = next.fetch_add(1);
-      idx c0 = rest0 + c * chunk;
-      if (c0 >= n) break;
-      team_update<T>(m, a, lda, ipiv, k0, jb, c0, imin(n, c0 + chunk));
-    }
-    (void)nthr;
-  };
-
-  if (threads <= 1) {
-    for (idx k = 0; k < np && !stop.load(); ++k) {
-      next.store(0);
-      step(k, 0, 1);
+  if (team == nullptr) {
+    for (idx k = 0; k < d->npanels; ++k) {
+      idx pinfo = 0, k0, jb;
+      if (xgetrf_panel<T>(d, k, a, lda, ipiv, &pinfo, 0)) return 1;
+      if (*info == 0) *info = pinfo;
+      nb_dist_get_panel(d, k, &k0, &jb);
+      xgemm_internal_team<T>(m, a, lda, ipiv, k0, jb, k0 + jb, n, false);
     }
   } else {
-#pragma omp parallel num_threads(threads)
-    {
-      int tid = omp_get_thread_num(), nthr = omp_get_num_threads();
-      for (idx k = 0; k < np; ++k) {
-#pragma omp barrier
-        if (stop.load()) break;
-#pragma omp single
-        next.store(0);
-        step(k, tid, nthr);
+    thread_team_run_tasks(team, g->next, g->tasks, g->ntasks, [&](int me, const team_task &tk) {
+      idx k = tk.a;
+      if (tk.kind == kCdagFactor) {
+        if (!thread_team_wait(team, g->level[k], k)) return false;
+        idx pinfo = 0;
+        if (xgetrf_panel<T>(d, k, a, lda, ipiv, &pinfo, me)) {
+          team->stopped.store(1);
+          team->stop.store(1);
+          return false;
+        }
+        thread_team_note_info(team, pinfo);
+        g->level[k].v.store(k + 1, std::memory_order_release);
+        return true;
       }
-    }
+      if (!thread_team_wait(team, g->level[k], k + 1)) return false;
+      for (idx b = tk.b; b < tk.c; ++b)
+        if (!thread_team_wait(team, g->level[b], k)) return false;
+      idx k0, jb;
+      nb_dist_get_panel(d, k, &k0, &jb);
+      xgemm_internal_team<T>(m, a, lda, ipiv, k0, jb, d->start[tk.b], d->start[tk.c], true);
+      for (idx b = tk.b; b < tk.c; ++b) g->level[b].v.store(k + 1, std::memory_order_release);
+      return true;
+    });
+    if (team->stopped.load()) return 1;
+    *info = team->info.load();
   }
-  if (stop.load()) return 1;
-  for (idx k = 1; k < np; ++k) {
-    idx k0 = k * nb, jb = imin(nb, mn - k0);
+  for (idx k = 1; k < d->npanels; ++k) {
+    idx k0, jb;
+    nb_dist_get_panel(d, k, &k0, &jb);
     swap_rows<T>(k0, a, lda, k0 + 1, k0 + jb, ipiv, 1);
   }
   return 0;
+}
+
+// Team size for an m x n factorization with `threads` available: one member
+// per two panels at most, so that each member has updates to share.
+inline int getrf_team_size(const nb_dist *d, int threads) {
+  idx p = d->npanels / 2;
+  if (p > threads) p = threads;
+  return p < 1 ? 1 : static_cast<int>(p);
+}
+
+// The threaded tier: panel distribution, team context, graph in the shared
+// work area, the factorization, and the release of all of them in reverse
+// order (also after a stop). A team of one, or one panel covering the whole
+// matrix, runs the factorization on the calling thread without the team.
+template <class T> void getrf_threaded(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, int threads) {
+  idx nb = getrf_team_nb(prefix<T>(), m, n, threads);
+  nb_dist d;
+  if (nb_dist_init(&d, m, n, nb) != 0) {
+    // No memory for the distribution: the sequential tier needs none.
+    if (getrf_local<T>(m, n, a, lda, ipiv, info, 0, 0)) *info = -1002;
+    return;
+  }
+  int size = getrf_team_size(&d, threads);
+  int stop = 0;
+  if (size <= 1 || nb >= imin(m, n)) {
+    stop = xgetrf<T>(&d, a, lda, ipiv, info, nullptr, nullptr);
+  } else {
+    thread_team_ctxt team;
+    if (thread_team_ctxt_init(&team, size, cdag1d_datasize(&d, size)) != 0) {
+      stop = xgetrf<T>(&d, a, lda, ipiv, info, nullptr, nullptr);
+    } else {
+      cdag1d g;
+      cdag1d_team_init(&g, &d, size, team.work);
+      stop = xgetrf<T>(&d, a, lda, ipiv, info, &team, &g);
+      cdag1d_destroy(&g);
+      thread_team_ctxt_destroy(&team);
+    }
+  }
+  nb_dist_destroy(&d);
+  if (stop) *info = -1002;
 }
 
 template <class T> void getrf(const idx *pm, const idx *pn, T *a, const idx *plda, idx *ipiv, idx *info) {
@@ -208,17 +251,8 @@ template <class T> void getrf(const idx *pm, const idx *pn, T *a, const idx *pld
     return;
   }
   int threads = nxl_serv_get_max_threads();
-  if (threads < 1) threads = 1;
-  idx nb = team_panel_width(m, n, threads, is_complex_v<T>);
-  idx mn = imin(m, n);
-  int team = threads;
-  if (team > (mn + nb - 1) / nb) team = static_cast<int>((mn + nb - 1) / nb);
-  if (omp_in_parallel()) team = 1;
-  if (nb >= mn) {
-    if (getrf_local<T>(m, n, a, lda, ipiv, info, 0, 0)) *info = -1002;
-    return;
-  }
-  if (getrf_team<T>(m, n, a, lda, ipiv, info, team, nb)) *info = -1002;
+  if (threads < 1 || omp_in_parallel()) threads = 1;
+  getrf_threaded<T>(m, n, a, lda, ipiv, info, threads);
 }
 
 }  // namespace lapack

@@ -2,7 +2,9 @@
 // the progress stop and argument checks.
 #include <gtest/gtest.h>
 #include "lapack/chol/potrs.h"
+#include "lapack/threads/team.h"
 #include "service/nxl_serv.h"
+#include "tier_util.h"
 #include "util.h"
 
 using lt::idx;
@@ -171,4 +173,125 @@ TEST(Chol, TierThresholdsSeenThroughProgress) {
     }
   }
   nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old);
+}
+
+// ---------------------------------------------------------------------------
+// The tiled tier and its tile graph.
+
+// n = 127 | 128 switches from the unblocked kernel to the blocked (one
+// thread) or tiled (a team) tier; the tiled tier alone holds a data area.
+TEST(CholTiers, ThresholdsAndGraphArea) {
+  struct Case { idx n; int threads; bool tiled; };
+  for (const Case &c : {Case{127, 2, false}, Case{128, 1, false}, Case{128, 2, true}, Case{600, 1, false},
+                        Case{600, 2, true}, Case{600, 4, true}}) {
+    for (const char *u : {"U", "L"}) {
+      lt::ScopedThreads th(c.threads);
+      lt::HeldBlocks h;
+      auto a = lt::spd_matrix<double>(c.n, c.n, 2);
+      idx info = -1, n = c.n;
+      lp::potrf<double>(u, &n, a.data(), &n, &info);
+      ASSERT_EQ(info, 0);
+      ASSERT_FALSE(h.blocks.empty());
+      if (c.tiled) EXPECT_GE(h.extra(), 1) << c.n << " " << c.threads << u;
+      else EXPECT_EQ(h.extra(), 0) << c.n << " " << c.threads << u;
+      EXPECT_EQ(h.left(), 0);
+    }
+  }
+}
+
+// Every tier with 1 to 4 threads, both triangles, all precisions.
+TYPED_TEST(CholTyped, TeamSizesResidual) {
+  using T = TypeParam;
+  for (idx n : {200, 451}) {
+    idx lda = n + 1;
+    auto a0 = lt::spd_matrix<T>(n, lda, static_cast<unsigned>(n));
+    for (int threads = 1; threads <= 4; ++threads) {
+      for (bool up : {true, false}) {
+        lt::ScopedThreads th(threads);
+        auto a = a0;
+        idx info = -1;
+        lp::potrf<T>(up ? "U" : "L", &n, a.data(), &lda, &info);
+        ASSERT_EQ(info, 0);
+        EXPECT_LT(chol_residual<T>(up, n, a0.data(), a.data(), lda), 30.0) << n << " threads " << threads << up;
+      }
+    }
+  }
+}
+
+// A minor that is not positive definite in the first tile, a middle tile or
+// the last one is reported at its order by the tiled tier, whatever the team.
+TYPED_TEST(CholTyped, TiledIndefinite) {
+  using T = TypeParam;
+  idx n = 400;
+  auto a0 = lt::spd_matrix<T>(n, n, 5);
+  for (idx k : {idx(2), idx(97), idx(250), n}) {
+    for (int threads : {1, 2, 3}) {
+      for (bool up : {true, false}) {
+        auto a = a0;
+        a[(k - 1) + (k - 1) * n] = T(-1);
+        idx info = 0;
+        ASSERT_EQ(lp::potrf_tiled<T>(up, n, a.data(), n, &info, 96, threads), 0);
+        EXPECT_EQ(info, k) << k << " threads " << threads << up;
+      }
+    }
+  }
+}
+
+// A stop at the first report or later gives -1002 in every tier and leaves
+// no block of the memory manager behind.
+TEST(CholTiers, ProgressStopReleasesEverything) {
+  struct Case { idx n; int threads; };
+  for (const Case &c : {Case{17, 2}, Case{300, 1}, Case{600, 1}, Case{600, 2}, Case{600, 3}}) {
+    for (int at : {0, 2}) {
+      if (c.n < 128 && at > 0) continue;  // one report only
+      lt::ScopedThreads th(c.threads);
+      lt::HeldBlocks h;
+      lt::HeldBlocks::stop_after = at;
+      auto a = lt::spd_matrix<float>(c.n, c.n, 7);
+      idx info = 0, n = c.n;
+      lp::potrf<float>("L", &n, a.data(), &n, &info);
+      EXPECT_EQ(info, -1002) << c.n << " threads " << c.threads << " at " << at;
+      EXPECT_EQ(h.left(), 0) << c.n << " threads " << c.threads;
+    }
+  }
+}
+
+// The task list replayed in order finds every input complete; each tile
+// gets its j updates and its final operation exactly once; the tile bounds
+// keep the graph small.
+TEST(CholTeam, TileGraphIsTopological) {
+  for (idx n : {100, 1000, 2001}) {
+    for (idx t : {96, 128, 500}) {
+      lp::dag1st g;
+      lp::dag1st_init(&g, n, t);
+      EXPECT_EQ(g.nt, (n + t - 1) / t);
+      std::vector<char> area(lp::dag1st_dagdatasize(&g) + 64);
+      void *p = reinterpret_cast<void *>((reinterpret_cast<uintptr_t>(area.data()) + 63) & ~uintptr_t(63));
+      idx count = lp::dag1st_committiles(&g, p);
+      EXPECT_EQ(count, g.ntasks);
+      idx nt = g.nt;
+      std::vector<idx> done(static_cast<size_t>(nt * nt), 0);
+      auto at = [&](idx i, idx j) -> idx & { return done[static_cast<size_t>(i + j * nt)]; };
+      for (idx q = 0; q < g.ntasks; ++q) {
+        const lp::team_task &tk = g.tasks[q];
+        idx i = tk.a, j = tk.b, k = tk.c;
+        ASSERT_GE(i, j);
+        ASSERT_EQ(at(i, j), k) << q;
+        switch (tk.kind) {
+          case lp::kDagPotrf: ASSERT_TRUE(i == k && j == k); break;
+          case lp::kDagTrsm: ASSERT_EQ(j, k); ASSERT_EQ(at(k, k), k + 1); break;
+          case lp::kDagSyrk: ASSERT_EQ(i, j); ASSERT_EQ(at(j, k), k + 1); break;
+          default: ASSERT_GT(i, j); ASSERT_EQ(at(i, k), k + 1); ASSERT_EQ(at(j, k), k + 1); break;
+        }
+        at(i, j) = k + 1;
+        EXPECT_EQ(lp::dag1st_tile(&g, i, j) < nt * (nt + 1) / 2, true);
+      }
+      for (idx j = 0; j < nt; ++j)
+        for (idx i = j; i < nt; ++i) EXPECT_EQ(at(i, j), j + 1) << i << "," << j;
+      idx mt = lp::dag1st_maxtiles(&g, 2);
+      EXPECT_GE(mt, 2);
+      EXPECT_LE(mt, 64);
+      EXPECT_LE(lp::dag1st_maxtilesreduce(&g, mt), mt);
+    }
+  }
 }

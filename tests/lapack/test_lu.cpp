@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 #include "lapack/lu/gesv.h"
+#include "lapack/threads/team.h"
 #include "service/nxl_serv.h"
+#include "tier_util.h"
 #include "util.h"
 
 using lt::idx;
@@ -56,6 +58,7 @@ TYPED_TEST(LuTyped, FactorResidualAcrossTiers) {
   }
 }
 
+// The threaded tier called directly with a padded leading dimension.
 TYPED_TEST(LuTyped, TeamFactorResidual) {
   using T = TypeParam;
   idx m = 520, n = 520, lda = 521;
@@ -64,9 +67,10 @@ TYPED_TEST(LuTyped, TeamFactorResidual) {
     auto a = a0;
     std::vector<idx> ipiv(static_cast<size_t>(n));
     idx info = -1;
-    ASSERT_EQ(lp::getrf_team<T>(m, n, a.data(), lda, ipiv.data(), &info, threads, 64), 0);
+    lp::getrf_threaded<T>(m, n, a.data(), lda, ipiv.data(), &info, threads);
     ASSERT_EQ(info, 0);
     EXPECT_LT(lt::lu_residual(m, n, a0.data(), lda, a.data(), ipiv.data()), 30.0) << threads;
+    for (idx j = 0; j < n; ++j) ASSERT_EQ(a[m + j * lda], a0[m + j * lda]);
   }
 }
 
@@ -264,4 +268,186 @@ TEST(Lu, TierThresholdsSeenThroughProgress) {
     }
   }
   nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old);
+}
+
+// ---------------------------------------------------------------------------
+// The threaded tier and its team layer.
+
+namespace {
+
+template <class T> idx factor(idx m, idx n, std::vector<T> &a, std::vector<idx> &ipiv) {
+  idx info = -7, lda = m;
+  ipiv.assign(static_cast<size_t>(std::min(m, n)), 0);
+  lp::getrf<T>(&m, &n, a.data(), &lda, ipiv.data(), &info);
+  return info;
+}
+}  // namespace
+
+// Tier switches: max(m, n) = 16 | 17 (small kernel | sequential), m + n =
+// 299 | 300 and n = 63 | 64 (sequential | threaded); in the threaded tier a
+// team of one holds only the distribution, a larger team also its work area
+// (at least: members may hold product buffers when another one reports).
+TEST(LuTiers, ThresholdsAndTeamSetUp) {
+  struct Case { idx m, n; int threads; int extra; size_t reports; };
+  const Case cases[] = {{16, 16, 2, 0, 0},   {17, 17, 2, 0, 1},  {150, 149, 2, 0, 0}, {150, 150, 1, 1, 0},
+                        {150, 150, 2, 2, 0}, {400, 63, 2, 0, 0}, {400, 64, 1, 1, 0},  {600, 600, 2, 2, 0},
+                        {600, 600, 1, 1, 0}};
+  for (const Case &c : cases) {
+    lt::ScopedThreads th(c.threads);
+    lt::HeldBlocks h;
+    auto a = lt::random_matrix<double>(c.m, c.n, c.m, 3);
+    std::vector<idx> ipiv;
+    ASSERT_EQ(factor(c.m, c.n, a, ipiv), 0);
+    if (c.reports) EXPECT_EQ(h.blocks.size(), c.reports) << c.m << "x" << c.n;
+    // Other members may hold their product's packing buffers meanwhile.
+    if (c.extra == 2) EXPECT_GE(h.extra(), 2) << c.m << "x" << c.n << " threads " << c.threads;
+    else EXPECT_EQ(h.extra(), c.extra) << c.m << "x" << c.n << " threads " << c.threads;
+    EXPECT_EQ(h.left(), 0);
+  }
+}
+
+// Square, tall and wide matrices with 1 to 4 threads in all precisions;
+// the pivots are the same whatever the team (each panel is factored by one
+// member with the same arithmetic).
+TYPED_TEST(LuTyped, ThreadedTierResidualForTeamSizes) {
+  using T = TypeParam;
+  const idx shapes[][2] = {{300, 300}, {420, 250}, {250, 420}, {513, 513}};
+  for (auto &s : shapes) {
+    idx m = s[0], n = s[1];
+    auto a0 = lt::random_matrix<T>(m, n, m, static_cast<unsigned>(m + n));
+    std::vector<idx> first;
+    for (int threads = 1; threads <= 4; ++threads) {
+      lt::ScopedThreads th(threads);
+      auto a = a0;
+      std::vector<idx> ipiv;
+      ASSERT_EQ(factor(m, n, a, ipiv), 0);
+      EXPECT_LT(lt::lu_residual(m, n, a0.data(), m, a.data(), ipiv.data()), 30.0)
+          << m << "x" << n << " threads " << threads;
+      if (threads == 1) first = ipiv;
+      else EXPECT_EQ(ipiv, first) << m << "x" << n << " threads " << threads;
+    }
+  }
+}
+
+// Exactly zero columns (first, inside a late panel, last) give info = the
+// first of them with every team size, and the factorization is completed.
+TYPED_TEST(LuTyped, ThreadedTierSingular) {
+  using T = TypeParam;
+  idx n = 400;
+  for (idx k : {idx(1), idx(333), n}) {
+    auto a0 = lt::random_matrix<T>(n, n, n, 8);
+    for (idx i = 0; i < n; ++i) a0[i + (k - 1) * n] = T(0);
+    if (k == 1) for (idx i = 0; i < n; ++i) a0[i + 350 * n] = T(0);
+    for (int threads : {1, 2, 3}) {
+      lt::ScopedThreads th(threads);
+      auto a = a0;
+      std::vector<idx> ipiv;
+      EXPECT_EQ(factor(n, n, a, ipiv), k) << k << " threads " << threads;
+      EXPECT_LT(lt::lu_residual(n, n, a0.data(), n, a.data(), ipiv.data()), 30.0);
+    }
+  }
+}
+
+// A stop by the progress function, at the first report or in the middle,
+// gives -1002 in each tier and releases every block the tier took.
+TEST(LuTiers, ProgressStopReleasesEverything) {
+  struct Case { idx n; int threads; };
+  for (const Case &c : {Case{40, 2}, Case{300, 1}, Case{600, 1}, Case{600, 2}, Case{600, 3}, Case{900, 4}}) {
+    for (int at : {0, 3}) {
+      if (c.n == 40 && at > 0) continue;  // one unblocked leaf, one report
+      lt::ScopedThreads th(c.threads);
+      lt::HeldBlocks h;
+      lt::HeldBlocks::stop_after = at;
+      auto a = lt::random_matrix<std::complex<float>>(c.n, c.n, c.n, 4);
+      std::vector<idx> ipiv;
+      EXPECT_EQ(factor(c.n, c.n, a, ipiv), -1002) << c.n << " threads " << c.threads << " at " << at;
+      EXPECT_EQ(h.left(), 0) << c.n << " threads " << c.threads;
+    }
+  }
+}
+
+// The distribution covers the columns once: factored panels exactly up to
+// min(m, n), no panel wider than nb, update-only blocks beyond.
+TEST(LuTeam, PanelDistributionCoversColumns) {
+  for (idx m : {1, 64, 300, 1000}) {
+    for (idx n : {1, 64, 300, 1001}) {
+      for (idx nb : {1, 16, 48, 128}) {
+        lp::nb_dist d;
+        ASSERT_EQ(lp::nb_dist_init(&d, m, n, nb), 0);
+        EXPECT_EQ(lp::nb_dist_get_nb(&d), nb);
+        idx next = 0;
+        for (idx k = 0; k < d.nblocks; ++k) {
+          idx j0, jb;
+          lp::nb_dist_get_panel(&d, k, &j0, &jb);
+          ASSERT_EQ(j0, next);
+          ASSERT_GE(jb, 1);
+          ASSERT_LE(jb, nb);
+          next = j0 + jb;
+          if (k + 1 == d.npanels) EXPECT_EQ(next, std::min(m, n));
+        }
+        EXPECT_EQ(next, n);
+        lp::nb_dist_destroy(&d);
+        EXPECT_EQ(d.start, nullptr);
+      }
+    }
+  }
+}
+
+// The graph's list is a topological order: replayed in list order, every
+// task finds its inputs complete; every panel is factored once and every
+// block updated once by every panel left of it.
+TEST(LuTeam, TaskListIsTopological) {
+  for (idx m : {300, 1000}) {
+    for (idx n : {200, 1000, 1500}) {
+      for (int threads : {1, 2, 4}) {
+        lp::nb_dist d;
+        ASSERT_EQ(lp::nb_dist_init(&d, m, n, 64), 0);
+        std::vector<char> area(lp::cdag1d_datasize(&d, threads) + 64);
+        void *p = reinterpret_cast<void *>((reinterpret_cast<uintptr_t>(area.data()) + 63) & ~uintptr_t(63));
+        lp::cdag1d g;
+        lp::cdag1d_team_init(&g, &d, threads, p);
+        std::vector<idx> level(static_cast<size_t>(d.nblocks), 0);
+        idx factored = 0;
+        for (idx t = 0; t < g.ntasks; ++t) {
+          const lp::team_task &tk = g.tasks[t];
+          if (tk.kind == lp::kCdagFactor) {
+            ASSERT_EQ(level[tk.a], tk.a) << "panel " << tk.a;
+            level[tk.a] = tk.a + 1;
+            ++factored;
+          } else {
+            ASSERT_EQ(level[tk.a], tk.a + 1) << "update by unfactored panel " << tk.a;
+            ASSERT_LT(tk.a, tk.b);
+            ASSERT_LT(tk.b, tk.c);
+            for (idx b = tk.b; b < tk.c; ++b) {
+              ASSERT_EQ(level[b], tk.a);
+              level[b] = tk.a + 1;
+            }
+          }
+        }
+        EXPECT_EQ(factored, d.npanels);
+        for (idx b = 0; b < d.nblocks; ++b) EXPECT_EQ(level[b], std::min(b + 1, d.npanels)) << b;
+        lp::cdag1d_destroy(&g);
+        lp::nb_dist_destroy(&d);
+      }
+    }
+  }
+}
+
+// A member waiting on a counter returns as soon as the team is stopped.
+TEST(LuTeam, WaitEndsOnStop) {
+  lp::thread_team_ctxt c;
+  ASSERT_EQ(lp::thread_team_ctxt_init(&c, 2, 1000), 0);
+  ASSERT_NE(c.work, nullptr);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(c.work) % 64, 0u);
+  lp::team_counter k;
+  k.v.store(3);
+  EXPECT_TRUE(lp::thread_team_wait(&c, k, 3));
+  c.stop.store(1);
+  EXPECT_FALSE(lp::thread_team_wait(&c, k, 4));
+  lp::thread_team_note_info(&c, 9);
+  lp::thread_team_note_info(&c, 4);
+  lp::thread_team_note_info(&c, 7);
+  EXPECT_EQ(c.info.load(), 4);
+  lp::thread_team_ctxt_destroy(&c);
+  EXPECT_EQ(c.work, nullptr);
 }
