@@ -1,5 +1,6 @@
 // Exported Aasen factorizations and solves (one- and two-stage) of the four
-// precisions: symmetric in every precision, Hermitian in the complex ones.
+// precisions: symmetric in every precision, Hermitian in the complex ones,
+// and their panel routines.
 // One row each.
 #include "lapack/frame.h"
 #include "lapack/aasen/sytrf_aa_2stage.h"
@@ -21,7 +22,9 @@ using cC = const char *;
   NXL_LAPACK_ROW(void, P##SYTRS_AA_2STAGE, p##sytrs_aa_2stage, sytrs_aa_2stage, kNone, nullptr, cC, cI,   \
                  cI, const T *, cI, const T *, cI, cI, cI, T *, cI, I)                                    \
   NXL_LAPACK_ROW(void, P##SYSV_AA_2STAGE, p##sysv_aa_2stage, sysv_aa_2stage, kNone, nullptr, cC, cI, cI,  \
-                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)
+                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)                                          \
+  NXL_LAPACK_ROW(void, P##LASYF_AA, p##lasyf_aa, lasyf_aa, kNone, nullptr, cC, cI, cI, cI, T *, cI, I, T *, \
+                 cI, T *)
 
 #define NXL_ROWS_HA(P, p)                                                                                 \
   NXL_LAPACK_ROW(void, P##HETRF_AA, p##hetrf_aa, hetrf_aa, kNone, nullptr, cC, cI, T *, cI, I, T *, cI, I) \
@@ -34,7 +37,9 @@ using cC = const char *;
   NXL_LAPACK_ROW(void, P##HETRS_AA_2STAGE, p##hetrs_aa_2stage, hetrs_aa_2stage, kNone, nullptr, cC, cI,   \
                  cI, const T *, cI, const T *, cI, cI, cI, T *, cI, I)                                    \
   NXL_LAPACK_ROW(void, P##HESV_AA_2STAGE, p##hesv_aa_2stage, hesv_aa_2stage, kNone, nullptr, cC, cI, cI,  \
-                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)
+                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)                                          \
+  NXL_LAPACK_ROW(void, P##LAHEF_AA, p##lahef_aa, lahef_aa, kNone, nullptr, cC, cI, cI, cI, T *, cI, I, T *, \
+                 cI, T *)
 
 namespace nxl { namespace lapack { namespace rows_s {
 using T = float; using R = float;
