@@ -38,12 +38,13 @@ template <class T> struct GbStorage {
   T *afb;
   idx ldafb;
   idx *ipiv;
-  bool equilibrate(R *r, R *c, R *rowcnd, R *colcnd, char *equed) {
-    idx infequ = 0;
-    R amax = 0;
-    gbequ<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, rowcnd, colcnd, &amax, &infequ);
-    if (infequ == 0) laqgb<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, rowcnd, colcnd, &amax, equed);
-    return infequ == 0;
+  idx equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax) {
+    idx info = 0;
+    gbequ<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, rowcnd, colcnd, amax, &info);
+    return info;
+  }
+  void laq(const R *r, const R *c, R rowcnd, R colcnd, R amax, char *equed) {
+    laqgb<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, &rowcnd, &colcnd, &amax, equed);
   }
   // The band of A below the kl fill-in rows of afb, factored.
   idx factor() {

@@ -4,7 +4,8 @@
 //
 // The steps are the same for every storage of A; svx_check and svx_solve
 // run them on a storage policy (GeStorage here, the band one in gbsvx.h)
-// that equilibrates, factors, measures, estimates, solves and refines.
+// that finds and applies the scaling, factors, measures the pivot growth,
+// estimates the condition, solves and supplies the refinement's products.
 #ifndef NXL_LAPACK_LU_GESVX_H
 #define NXL_LAPACK_LU_GESVX_H
 
@@ -84,9 +85,13 @@ void svx_solve(St &st, const char *name, SvxFlags<real_t<T>> &f, idx n, idx nrhs
                real_t<T> *c, T *b, idx ldb, T *x, idx ldx, real_t<T> *rcond, real_t<T> *ferr, real_t<T> *berr,
                real_t<T> *rpv, idx *info) {
   using R = real_t<T>;
-  if (f.equil && st.equilibrate(r, c, &f.rowcnd, &f.colcnd, equed)) {
-    f.rowequ = *equed == 'R' || *equed == 'B';
-    f.colequ = *equed == 'C' || *equed == 'B';
+  if (f.equil) {
+    R amax = 0;
+    if (st.equ(r, c, &f.rowcnd, &f.colcnd, &amax) == 0) {
+      st.laq(r, c, f.rowcnd, f.colcnd, amax, equed);
+      f.rowequ = *equed == 'R' || *equed == 'B';
+      f.colequ = *equed == 'C' || *equed == 'B';
+    }
   }
   // op(A) = diag(rb) op(A_scaled) diag(rx) on the scaled side.
   const R *sb = f.notran ? (f.rowequ ? r : nullptr) : (f.colequ ? c : nullptr);
@@ -135,12 +140,13 @@ template <class T> struct GeStorage {
   T *af;
   idx ldaf;
   idx *ipiv;
-  bool equilibrate(R *r, R *c, R *rowcnd, R *colcnd, char *equed) {
-    idx infequ = 0;
-    R amax = 0;
-    geequ_work<T, false>("GEEQU", n, n, a, lda, r, c, rowcnd, colcnd, &amax, &infequ);
-    if (infequ == 0) laqge<T>(&n, &n, a, &lda, r, c, rowcnd, colcnd, &amax, equed);
-    return infequ == 0;
+  idx equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax) {
+    idx info = 0;
+    geequ_work<T, false>("GEEQU", n, n, a, lda, r, c, rowcnd, colcnd, amax, &info);
+    return info;
+  }
+  void laq(const R *r, const R *c, R rowcnd, R colcnd, R amax, char *equed) {
+    laqge<T>(&n, &n, a, &lda, r, c, &rowcnd, &colcnd, &amax, equed);
   }
   idx factor() {
     idx info = 0;

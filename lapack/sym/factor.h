@@ -74,6 +74,18 @@ template <class R, class Get> inline void col_max(idx k, idx n, Get get, R &cmax
   }
 }
 
+// A column with nothing to pivot on (zero, or a NaN diagonal): the first
+// such step is the zero pivot reported; the step records no interchange.
+template <class R> inline bool no_pivot(R absakk, R colmax) {
+  return std::max(absakk, colmax) == R(0) || std::isnan(absakk);
+}
+template <class T, bool Rook, bool RK> inline void zero_step(idx &info, idx &k, Vec<T> e, const Piv &ip, idx off) {
+  if (info == 0) info = k + 1;
+  if constexpr (RK) e[k] = T(0);
+  put_pivots<Rook>(ip, off, k, 1, k, k);
+  ++k;
+}
+
 // The pivot of step k (see the top of this file) from |A(k, k)| and the
 // largest entry colmax of column k below it, in row imax. cand(im, rowmax,
 // jmax) makes im the candidate (its column brought up to date), finds the
@@ -131,11 +143,8 @@ idx factor_unblocked(Mat<T> a, idx n, const Piv &ip, idx off, Vec<T> e) {
     R absakk = O::dabs(a(k, k)), colmax;
     idx imax;
     col_max<R>(k, n, [&](idx i) { return a(i, k); }, colmax, imax);
-    if (std::max(absakk, colmax) == R(0) || std::isnan(absakk)) {
-      if (info == 0) info = k + 1;
-      if constexpr (RK) e[k] = T(0);
-      put_pivots<Rook>(ip, off, k, 1, k, k);
-      ++k;
+    if (no_pivot(absakk, colmax)) {
+      zero_step<T, Rook, RK>(info, k, e, ip, off);
       continue;
     }
     PivotStep ps = choose_pivot<R, Rook>(
@@ -280,12 +289,9 @@ idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<
     R absakk = O::dabs(w(k, k)), colmax;
     idx imax;
     col_max<R>(k, n, [&](idx i) { return w(i, k); }, colmax, imax);
-    if (std::max(absakk, colmax) == R(0) || std::isnan(absakk)) {
-      if (info == 0) info = k + 1;
+    if (no_pivot(absakk, colmax)) {
       for (idx i = k; i < n; ++i) a(i, k) = w(i, k);
-      if constexpr (RK) e[k] = T(0);
-      put_pivots<Rook>(ip, off, k, 1, k, k);
-      ++k;
+      zero_step<T, Rook, RK>(info, k, e, ip, off);
       continue;
     }
     PivotStep ps = choose_pivot<R, Rook>(
