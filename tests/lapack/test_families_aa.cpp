@@ -15,7 +15,6 @@ using lt::idx;
 namespace lp = nxl::lapack;
 
 namespace {
-template <class T> using R_ = lt::real_t<T>;
 
 // P1 ... P_{n-1} L T L^H P_{n-1} ... P1 from the storage of sytrf_aa.
 template <class T>
@@ -53,7 +52,7 @@ TYPED_TEST_SUITE(AaTyped, Types);
 
 TYPED_TEST(AaTyped, FactorsRebuildAndSolve) {
   using T = TypeParam;
-  using R = R_<T>;
+  using R = lt::real_t<T>;
   for (bool herm : {false, true}) {
     if (herm && !lt::cplx<T>) continue;
     for (idx n : {1, 2, 3, 8, 33, 100, 150, 257}) {
