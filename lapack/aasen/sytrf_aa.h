@@ -43,17 +43,23 @@ template <class T> inline void report_long(const char *stem, idx pos, idx *info)
 //   sum_k H(:, k) L(:, k)^H + L(:, c1-1) T(c1-1, c1) L(:, c1)^H
 // over the panel's columns k (c1 the first column after the panel), the
 // cross term entering as one more column of H paired with L(:, c1). The
-// update runs by column blocks: matrix-vector products inside a diagonal
-// block, one matrix product below it. Work: H of n x (nb + 1), nb from the
-// caller's lwork (at least 2n, that is nb = 1); the panel's vectors are on
-// the stack.
+// update runs by column blocks: a matrix product for the diagonal block
+// (its stored triangle kept) when the work holds one, matrix-vector
+// products otherwise, and one matrix product below it. Work: H of
+// n x (nb + 1), nb from the caller's lwork (at least 2n, that is nb = 1),
+// then the diagonal block; the panel's vectors are on the stack.
 constexpr idx kAasenNb = 64;
 inline idx aasen_nb(idx n) { return imax(1, imin(kAasenNb, n)); }
-// Work size for the widest panel (what the queries answer).
-inline idx aasen_best_work(idx n) { return n * (aasen_nb(n) + 1); }
+inline idx aasen_block(idx nb) { return imax(nb, 32); }
+// Work size for the widest panel and a diagonal block (what the queries
+// answer).
+inline idx aasen_best_work(idx n) {
+  idx nb = aasen_nb(n), bs = aasen_block(nb);
+  return n * (nb + 1) + bs * bs;
+}
 
 template <class T, bool herm>
-void aasen_trailing(bool up, idx n, idx j, idx jb, T *a, idx lda, T *h, idx ldh, T *y) {
+void aasen_trailing(bool up, idx n, idx j, idx jb, T *a, idx lda, T *h, idx ldh, T *y, T *d) {
   LowerView<T, herm> v(up, a, lda);
   const idx jn = j + jb, kf = j > 0 ? 0 : 1, q = jb + 1 - kf, lc = j + kf - 1;
   const char ct = herm ? 'C' : 'T';
@@ -64,12 +70,25 @@ void aasen_trailing(bool up, idx n, idx j, idx jb, T *a, idx lda, T *h, idx ldh,
   for (idx i = jn; i < n; ++i) hx[i - j] = v.ref(i, jn - 2) * tcb;
   v.ref(jn, jn - 1) = T(1);
   auto hb = [&](idx i) { return h + (i - j) + kf * ldh; };
-  const idx bs = imax(jb, 32);
+  const idx bs = aasen_block(jb);
   for (idx c0 = jn; c0 < n; c0 += bs) {
     idx cb = imin(bs, n - c0), rb = n - c0 - cb;
-    for (idx c = c0; c < c0 + cb; ++c) {
-      for (idx t = 0; t < q; ++t) y[t] = cjh<herm>(v.ref(c, lc + t));
-      blas::gemv('N', c0 + cb - c, q, T(-1), hb(c), ldh, y, 1, T(1), v.at(c, c), v.rs);
+    if (d) {
+      // Diagonal block by one product into d, its stored triangle taken.
+      if (!up) {
+        blas::gemm('N', ct, cb, cb, q, T(1), hb(c0), ldh, v.at(c0, lc), lda, T(0), d, cb);
+        for (idx c = 0; c < cb; ++c)
+          for (idx i = c; i < cb; ++i) v.ref(c0 + i, c0 + c) -= d[i + c * cb];
+      } else {
+        blas::gemm(ct, 'T', cb, cb, q, T(1), v.at(c0, lc), lda, hb(c0), ldh, T(0), d, cb);
+        for (idx i = 0; i < cb; ++i)
+          for (idx c = 0; c <= i; ++c) v.ref(c0 + i, c0 + c) -= d[c + i * cb];
+      }
+    } else {
+      for (idx c = c0; c < c0 + cb; ++c) {
+        for (idx t = 0; t < q; ++t) y[t] = cjh<herm>(v.ref(c, lc + t));
+        blas::gemv('N', c0 + cb - c, q, T(-1), hb(c), ldh, y, 1, T(1), v.at(c, c), v.rs);
+      }
     }
     if (rb <= 0) continue;
     if (!up)
@@ -82,7 +101,14 @@ void aasen_trailing(bool up, idx n, idx j, idx jb, T *a, idx lda, T *h, idx ldh,
 
 template <class T, bool herm> void aasen_factor(bool up, idx n, T *a, idx lda, idx *ipiv, T *work, idx lwork) {
   if (n <= 0) return;
-  const idx nb = imax(1, imin(aasen_nb(n), lwork / n - 1));
+  // The widest panel the work holds, narrowed by at most half when that
+  // makes room for a diagonal block beside H (the update's diagonal blocks
+  // then go by matrix products, else by matrix-vector products).
+  idx nb = imax(1, imin(aasen_nb(n), lwork / n - 1)), nbd = nb;
+  while (nbd > 1 && n * (nbd + 1) + aasen_block(nbd) * aasen_block(nbd) > lwork) --nbd;
+  bool room = n * (nbd + 1) + aasen_block(nbd) * aasen_block(nbd) <= lwork && 2 * nbd >= nb;
+  if (room) nb = nbd;
+  T *d = room ? work + n * (nb + 1) : nullptr;
   T x[kAasenNb + 1];
   LowerView<T, herm> v(up, a, lda);
   for (idx j = 0; j < n;) {
@@ -93,7 +119,7 @@ template <class T, bool herm> void aasen_factor(bool up, idx n, T *a, idx lda, i
       ipiv[k] += j;
       if (ipiv[k] - 1 != k && j > off) blas::swap(j - off, v.at(k, 0), v.cs, v.at(ipiv[k] - 1, 0), v.cs);
     }
-    if (j + jb < n) aasen_trailing<T, herm>(up, n, j, jb, a, lda, work, n, x);
+    if (j + jb < n) aasen_trailing<T, herm>(up, n, j, jb, a, lda, work, n, x, d);
     j += jb;
   }
 }
