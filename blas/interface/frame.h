@@ -93,7 +93,13 @@ inline int report(const char *name, nxl_int pos) {
   return 1;
 }
 
-inline bool is(const char *flag, const char *c) { return nxl_serv_lsame(flag, c, 1, 1) != 0; }
+// flag names the upper-case letter *c in either case (a null flag names none).
+// Inline, since every call checks its flags this way.
+inline bool is(const char *flag, const char *c) {
+  if (!flag) return false;
+  const char f = *flag, u = *c;
+  return f == u || (f >= 'a' && f <= 'z' && f - ('a' - 'A') == u);
+}
 inline bool trans_ok(const char *t) { return is(t, "N") || is(t, "T") || is(t, "C"); }
 inline bool uplo_ok(const char *u) { return is(u, "U") || is(u, "L"); }
 inline bool diag_ok(const char *d) { return is(d, "U") || is(d, "N"); }

@@ -190,6 +190,66 @@ void pack_b_cols(G get, bool ktr, idx kc, idx nc, real_t<T> *dst) {
   }
 }
 
+// Real, untransposed A (columns contiguous): each k step of a micro-panel is
+// MR consecutive elements of one column; the columns a few steps ahead are
+// prefetched, since consecutive steps are a whole leading dimension apart.
+template <class R>
+void pack_a_cols_real(const R *__restrict s, idx ld, idx mc, idx kc, R alpha, R *__restrict dst) {
+  constexpr int MR = ukernel<R>::MR;
+  constexpr idx ahead = 8;
+  const bool a1 = alpha == R(1);
+  idx ir = 0;
+  for (; ir + MR <= mc; ir += MR) {
+    R *d = dst + ir * kc;
+    const R *src = s + ir;
+    for (idx p = 0; p < kc; ++p) {
+      const R *col = src + p * ld;
+      if (p + ahead < kc) {
+        __builtin_prefetch(col + ahead * ld);
+        __builtin_prefetch(col + ahead * ld + MR - 1);
+      }
+      if (a1) {
+        for (int i = 0; i < MR; ++i) d[p * MR + i] = col[i];
+      } else {
+        for (int i = 0; i < MR; ++i) d[p * MR + i] = alpha * col[i];
+      }
+    }
+  }
+  if (ir < mc) {
+    const R *rest = s + ir;
+    pack_a_rows<R>([=](idx i, idx p) { return rest[i + p * ld]; }, false, mc - ir, kc, alpha,
+                   dst + ir * kc);
+  }
+}
+
+// Real, untransposed B (each micro-panel column contiguous in k): columns are
+// read eight steps at a time and interleaved into the k-major panel, with
+// each column's next lines prefetched.
+template <class R>
+void pack_b_cols_real(const R *__restrict s, idx ld, idx kc, idx nc, R *__restrict dst) {
+  constexpr int NR = ukernel<R>::NR;
+  constexpr int L = 64 / int(sizeof(R));  // elements per cache line
+  idx jr = 0;
+  for (; jr + NR <= nc; jr += NR) {
+    R *d = dst + jr * kc;
+    const R *src = s + jr * ld;
+    idx p = 0;
+    for (; p + L <= kc; p += L) {
+      for (int j = 0; j < NR; ++j) {
+        const R *col = src + j * ld + p;
+        __builtin_prefetch(col + 4 * L);
+        for (int q = 0; q < L; ++q) d[(p + q) * NR + j] = col[q];
+      }
+    }
+    for (; p < kc; ++p)
+      for (int j = 0; j < NR; ++j) d[p * NR + j] = src[j * ld + p];
+  }
+  if (jr < nc) {
+    const R *rest = s + jr * ld;
+    pack_b_cols<R>([=](idx p, idx j) { return rest[p + j * ld]; }, true, kc, nc - jr, dst + jr * kc);
+  }
+}
+
 // Packs V(i0.., p0..) choosing a fast accessor for plain views.
 template <class T>
 void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T> *dst) {
@@ -198,6 +258,10 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
     const idx ld = V.ld, r = V.r0 + i0, c = V.c0 + p0;
     if (!V.trans) {
       const T *s = a + r + c * ld;
+      if constexpr (!is_complex_v<T>) {
+        pack_a_cols_real<T>(s, ld, mc, kc, alpha, dst);
+        return;
+      }
       if (V.cj)
         pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[i + p * ld]); }, false, mc, kc, alpha, dst);
       else
@@ -221,6 +285,10 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
     const idx ld = V.ld, r = V.r0 + p0, c = V.c0 + j0;
     if (!V.trans) {
       const T *s = a + r + c * ld;
+      if constexpr (!is_complex_v<T>) {
+        pack_b_cols_real<T>(s, ld, kc, nc, dst);
+        return;
+      }
       if (V.cj)
         pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(s[p + j * ld]); }, true, kc, nc, dst);
       else
@@ -473,12 +541,16 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
             }
             const R *ap = ws.apack + (ir / MR) * U::MR * kc * cf;
             T *c = C + (ic + ir) + (jc + jr) * ldc;
-            // Bring the C tile towards L1 while the micro-kernel runs.
-            for (int j = 0; j < nr; ++j) {
-              __builtin_prefetch(c + j * ldc, 1, 3);
-              __builtin_prefetch(reinterpret_cast<const char *>(c + j * ldc) + (mr * sizeof(T) - 1), 1, 3);
-            }
-            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile);
+            tile_dest dst;
+            dst.c = reinterpret_cast<char *>(c);
+            dst.ldc = ldc * idx(sizeof(T));
+            dst.ncols = nr;
+            dst.colbytes = mr * int(sizeof(T));
+            // Whole tiles off the diagonal with beta 0 or 1 go straight to C.
+            if (U::direct && !diag && mr == MR && nr == NR && bm != bmode::general)
+              dst.mode = bm == bmode::one ? tile_dest::add : tile_dest::copy;
+            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            if (dst.mode != tile_dest::tile) continue;
             if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, bm, ti, tj, sh);
             else store_full(c, ldc, mr, nr, tt, beta, bm);
           }

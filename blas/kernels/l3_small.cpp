@@ -10,13 +10,12 @@ inline namespace NXL_CP_NS {
 namespace small {
 namespace {
 
-inline char upper(const char *f) {
-  const char c = *f;
-  return (c >= 'a' && c <= 'z') ? char(c - 32) : c;
-}
+// The flags were checked: each is one of n, t, c in either case, so clearing
+// the lower-case bit gives the upper-case letter.
+inline char upper(const char *f) { return char(*f & ~0x20); }
 
 template <class T>
-void gemm_k(const char *ta, const char *tb, const idx *m, const idx *n, const idx *k, const T *alpha,
+__attribute__((always_inline)) inline void gemm_k(const char *ta, const char *tb, const idx *m, const idx *n, const idx *k, const T *alpha,
             const T *a, const idx *lda, const T *b, const idx *ldb, const T *beta, T *c,
             const idx *ldc) {
   const char fa = upper(ta), fb = upper(tb);

@@ -5,9 +5,10 @@
 // depth: per step of the depth, MR rows of a column of op(A) are loaded as
 // vectors straight from A (the last one with a lane mask, so no row is read
 // outside the matrix) and NR elements of op(B) are broadcast straight from
-// B, whatever its transposition. A partial vector of C is stored element by
-// element: masked stores are slow on some processors, and a later call
-// reading that C would wait for them. Only a transposed A is first
+// B, whatever its transposition. A partial vector of C is stored in
+// power-of-two pieces from the register, not with a masked store: masked
+// stores are slow on some processors, and a later call reading that C would
+// wait for them. Only a transposed A is first
 // copied into a column-major stack block, so that its columns are contiguous.
 //
 // Complex elements use two accumulators per vector: one collects A times the
@@ -192,9 +193,37 @@ template <class T> struct args {
   T *c;
   idx ldc;
   int bmode;  // 0: beta = 0, 1: beta = 1, 2: general
-  V alr, ali, ber, bei;  // alpha and beta, real and imaginary parts broadcast
-  V sa, sb, se;          // sign flips of the complex combination; se: real lanes
+  // Scalars and sign-table pointers rather than vectors: the record then
+  // needs no vector-aligned frame, which every call would pay for.
+  R alr, ali, ber, bei;         // alpha and beta, real and imaginary parts
+  const R *sa, *sb, *se;        // sign flips of the complex combination; se: real lanes
 };
+
+// The first N (< W) lanes of v to c, straight from the register in
+// power-of-two pieces at fixed offsets (no trip through memory, whose reload
+// could miss store forwarding, and no library call for a variable length).
+template <class R, int O, class V, int... I>
+__attribute__((always_inline)) inline void store_piece(R *c, V v, std::integer_sequence<int, I...>) {
+  if constexpr (sizeof...(I) == 1) {
+    c[O] = v[O];
+  } else {
+    using P = R __attribute__((vector_size(sizeof...(I) * sizeof(R))));
+    const P piece = __builtin_shufflevector(v, v, (O + I)...);
+    __builtin_memcpy(c + O, &piece, sizeof piece);
+  }
+}
+template <class R, int N, class V>
+__attribute__((always_inline)) inline void store_n(R *c, V v) {
+  constexpr int o8 = N & 8, o4 = o8 + (N & 4), o2 = o4 + (N & 2);
+  if constexpr ((N & 8) != 0) store_piece<R, 0>(c, v, std::make_integer_sequence<int, 8>());
+  if constexpr ((N & 4) != 0) store_piece<R, o8>(c, v, std::make_integer_sequence<int, 4>());
+  if constexpr ((N & 2) != 0) store_piece<R, o4>(c, v, std::make_integer_sequence<int, 2>());
+  if constexpr ((N & 1) != 0) store_piece<R, o2>(c, v, std::make_integer_sequence<int, 1>());
+}
+template <class R, class V, int... N>
+__attribute__((always_inline)) inline void store_prefix(R *c, V v, int n, std::integer_sequence<int, N...>) {
+  ((n == N ? store_n<R, N>(c, v) : void()), ...);
+}
 
 template <class T, int MV, int NR, bool MK>
 inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M mk, int nrem) {
@@ -233,15 +262,15 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
   }
   // C = alpha * sum + beta * C: all of the block's C is read before any of
   // it is written, so no load waits on a masked store.
-  const V alr = g.alr;
+  const V alr = S::set1(g.alr);
   V t[NR][MV];
 #pragma clang loop unroll(full)
   for (int j = 0; j < NR; ++j)
 #pragma clang loop unroll(full)
     for (int v = 0; v < MV; ++v) {
       if constexpr (CF == 2) {
-        const V x = S::add(S::flip(acc[0][j][v], g.sa), S::flip(S::swap(acc[CF - 1][j][v]), g.sb));
-        t[j][v] = S::add(S::mul(alr, x), S::flip(S::mul(g.ali, S::swap(x)), g.se));
+        const V x = S::add(S::flip(acc[0][j][v], S::load(g.sa)), S::flip(S::swap(acc[CF - 1][j][v]), S::load(g.sb)));
+        t[j][v] = S::add(S::mul(alr, x), S::flip(S::mul(S::set1(g.ali), S::swap(x)), S::load(g.se)));
       } else {
         t[j][v] = S::mul(alr, acc[0][j][v]);
       }
@@ -250,7 +279,7 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
   const idx ldc = g.ldc * CF;
   const int bm = g.bmode;
   if (bm != 0) {
-    const V ber = g.ber;
+    const V ber = S::set1(g.ber);
 #pragma clang loop unroll(full)
     for (int j = 0; j < NR; ++j)
 #pragma clang loop unroll(full)
@@ -259,7 +288,7 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
         const V old = (MK && v == MV - 1) ? S::loadm(c, mk) : S::load(c);
         if (bm == 1) t[j][v] = S::add(t[j][v], old);
         else if constexpr (CF == 2)
-          t[j][v] = S::add(t[j][v], S::add(S::mul(ber, old), S::flip(S::mul(g.bei, S::swap(old)), g.se)));
+          t[j][v] = S::add(t[j][v], S::add(S::mul(ber, old), S::flip(S::mul(S::set1(g.bei), S::swap(old)), S::load(g.se))));
         else t[j][v] = S::add(t[j][v], S::mul(ber, old));
       }
   }
@@ -268,10 +297,8 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
 #pragma clang loop unroll(full)
     for (int v = 0; v < MV; ++v) {
       R *c = c0 + j * ldc + v * W;
-      if (MK && v == MV - 1) {
-        alignas(64) R tmp[W];
-        S::store(tmp, t[j][v]);
-        for (int i = 0; i < nrem; ++i) c[i] = tmp[i];
+      if (MK && v == MV - 1 && nrem < W) {
+        store_prefix<R>(c, t[j][v], nrem, std::make_integer_sequence<int, W>());
       } else {
         S::store(c, t[j][v]);
       }
@@ -322,18 +349,18 @@ template <class R> struct signs {
 
 // The product on this code path. k >= 1 and alpha != 0; ta, tb: op is a
 // transposition; ca, cb: op conjugates (complex only).
-template <class T>
-void gemm(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, const T *a, idx lda,
-          const T *b, idx ldb, T beta, T *c, idx ldc) {
+template <class T, bool TA>
+__attribute__((always_inline)) inline void gemm_op(bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, const T *a, idx lda,
+             const T *b, idx ldb, T beta, T *c, idx ldc) {
   using R = real_t<T>;
-  using S = simd<R>;
   args<T> g;
   constexpr int CF = is_complex_v<T> ? 2 : 1;
   // Reals, not T: std::complex would zero the whole block on construction.
-  alignas(64) R at[kMax * kMax * CF];
+  // Only a transposed A needs the block (a large frame costs every call).
+  alignas(64) R at[TA ? kMax * kMax * CF : 1];
   g.a = reinterpret_cast<const R *>(a);
   g.lda = lda * CF;
-  if (ta) {
+  if constexpr (TA) {
     // op(A) (m x k) copied column by column.
     const R *ar = g.a;
     const idx ldr = lda * CF, mr = m * CF;
@@ -362,20 +389,30 @@ void gemm(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, cons
   g.c = c;
   g.ldc = ldc;
   g.bmode = beta == T(0) ? 0 : beta == T(1) ? 1 : 2;
-  g.alr = S::set1(re(alpha));
-  g.ali = S::set1(im(alpha));
-  g.ber = S::set1(re(beta));
-  g.bei = S::set1(im(beta));
+  g.alr = re(alpha);
+  g.ali = im(alpha);
+  g.ber = re(beta);
+  g.bei = im(beta);
   if constexpr (is_complex_v<T>) {
     using K = signs<R>;
-    g.se = S::load(K::even);
-    g.sa = S::load(ca ? K::odd : K::none);
-    g.sb = S::load(ca ? (cb ? K::all : K::none) : (cb ? K::odd : K::even));
+    g.se = K::even;
+    g.sa = ca ? K::odd : K::none;
+    g.sb = ca ? (cb ? K::all : K::none) : (cb ? K::odd : K::even);
   }
   constexpr int NR = regs<T>::NR;
   idx j0 = 0;
   for (; j0 + NR <= n; j0 += NR) col_block<T, NR>(g, j0);
   if (j0 < n) col_rest<T>(g, j0, int(n - j0), std::make_integer_sequence<int, NR - 1>());
+}
+
+// Inlined into the caller together with gemm_op, so that the arguments stay
+// in registers (a reload of stacked arguments written as vectors can miss
+// store forwarding, which costs a call of this size dearly).
+template <class T>
+__attribute__((always_inline)) inline void gemm(bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha, const T *a,
+                 idx lda, const T *b, idx ldb, T beta, T *c, idx ldc) {
+  if (ta) gemm_op<T, true>(ca, tb, cb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
+  else gemm_op<T, false>(ca, tb, cb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 
 }  // namespace small

@@ -19,6 +19,27 @@
 namespace nxl {
 inline namespace NXL_CP_NS {
 
+// Where a micro-kernel's result goes. mode tile: into the tile buffer t
+// (the engine then stores it); c, when set, names the C tile (ncols columns
+// of colbytes bytes, ldc bytes apart) to prefetch for writing before the
+// kernel ends. mode add / copy: a whole tile added to / copied over C
+// directly, skipping the buffer: the same sums c + t or copies the tile store
+// would make, so the result does not depend on the way taken.
+struct tile_dest {
+  enum kind { tile, add, copy };
+  char *c = nullptr;
+  idx ldc = 0;  // bytes between columns
+  int ncols = 0, colbytes = 0;
+  kind mode = tile;
+  template <int Locality = 3> void prefetch() const {
+    if (!c) return;
+    for (int j = 0; j < ncols; ++j) {
+      __builtin_prefetch(c + j * ldc, 1, Locality);
+      __builtin_prefetch(c + j * ldc + colbytes - 1, 1, Locality);
+    }
+  }
+};
+
 // Portable micro-kernel: plain loops the compiler turns into vector code with
 // the accumulators in registers. Under the reproducible build it is compiled
 // without contraction, so each element is a fixed sequence of products and
@@ -41,8 +62,8 @@ inline void ukr_generic(idx kc, const R *__restrict a, const R *__restrict b, R 
 }
 
 // Hand-written kernels of the paths that have them (blas/<path>/).
-void ukr_hand_d(idx kc, const double *a, const double *b, double *t);
-void ukr_hand_s(idx kc, const float *a, const float *b, float *t);
+void ukr_hand_d(idx kc, const double *a, const double *b, double *t, const tile_dest &pf);
+void ukr_hand_s(idx kc, const float *a, const float *b, float *t, const tile_dest &pf);
 
 // Block sizes, in real elements: MR x NR register tile, KC depth of the
 // packed panels (L1/L2), MC rows of the packed A block (L2), NC columns of
@@ -53,58 +74,74 @@ template <class R> struct ukernel;
 #if NXL_CP == 7 || NXL_CP == 6
 template <> struct ukernel<double> {
   static constexpr int MR = 16, NR = 14;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 192, NC = 4088;
-  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+  static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 32, NR = 14;
+  static constexpr bool direct = true;
   static constexpr idx KC = 384, MC = 256, NC = 4088;
-  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+  static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
 };
 #elif NXL_CP == 5
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 6;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 96, NC = 4080;
-  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+  static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 6;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 192, NC = 4080;
-  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+  static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
 };
 #elif NXL_CP == 4
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 4;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 96, NC = 4096;
-  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+  static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 4;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 192, NC = 4096;
-  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+  static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
 };
 #elif NXL_CP == 0 || NXL_CP == 2 || NXL_CP == 3
 template <> struct ukernel<double> {
   static constexpr int MR = 4, NR = 4;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 96, NC = 4096;
-  static void run(idx kc, const double *a, const double *b, double *t) { ukr_hand_d(kc, a, b, t); }
+  static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 8, NR = 4;
+  static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 192, NC = 4096;
-  static void run(idx kc, const float *a, const float *b, float *t) { ukr_hand_s(kc, a, b, t); }
+  static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
 };
 #else
 // The reproducible build: the portable kernel, compiled without contraction.
 template <> struct ukernel<double> {
   static constexpr int MR = 4, NR = 4;
+  static constexpr bool direct = false;
   static constexpr idx KC = 256, MC = 96, NC = 4096;
-  static void run(idx kc, const double *a, const double *b, double *t) { ukr_generic<double, 4, 4>(kc, a, b, t); }
+  static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) {
+    pf.prefetch();
+    ukr_generic<double, 4, 4>(kc, a, b, t);
+  }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 8, NR = 4;
+  static constexpr bool direct = false;
   static constexpr idx KC = 256, MC = 192, NC = 4096;
-  static void run(idx kc, const float *a, const float *b, float *t) { ukr_generic<float, 8, 4>(kc, a, b, t); }
+  static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) {
+    pf.prefetch();
+    ukr_generic<float, 8, 4>(kc, a, b, t);
+  }
 };
 #endif
 
