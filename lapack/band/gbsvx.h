@@ -38,10 +38,8 @@ template <class T> struct GbStorage {
   T *afb;
   idx ldafb;
   idx *ipiv;
-  idx equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax) {
-    idx info = 0;
-    gbequ<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, rowcnd, colcnd, amax, &info);
-    return info;
+  void equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax, idx *info) {
+    gbequ<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, rowcnd, colcnd, amax, info);
   }
   void laq(const R *r, const R *c, R rowcnd, R colcnd, R amax, char *equed) {
     laqgb<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, &rowcnd, &colcnd, &amax, equed);

@@ -87,7 +87,9 @@ void svx_solve(St &st, const char *name, SvxFlags<real_t<T>> &f, idx n, idx nrhs
   using R = real_t<T>;
   if (f.equil) {
     R amax = 0;
-    if (st.equ(r, c, &f.rowcnd, &f.colcnd, &amax) == 0) {
+    idx infequ = 0;
+    st.equ(r, c, &f.rowcnd, &f.colcnd, &amax, &infequ);
+    if (infequ == 0) {
       st.laq(r, c, f.rowcnd, f.colcnd, amax, equed);
       f.rowequ = *equed == 'R' || *equed == 'B';
       f.colequ = *equed == 'C' || *equed == 'B';
@@ -140,10 +142,8 @@ template <class T> struct GeStorage {
   T *af;
   idx ldaf;
   idx *ipiv;
-  idx equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax) {
-    idx info = 0;
-    geequ_work<T, false>("GEEQU", n, n, a, lda, r, c, rowcnd, colcnd, amax, &info);
-    return info;
+  void equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax, idx *info) {
+    geequ_work<T, false>("GEEQU", n, n, a, lda, r, c, rowcnd, colcnd, amax, info);
   }
   void laq(const R *r, const R *c, R rowcnd, R colcnd, R amax, char *equed) {
     laqge<T>(&n, &n, a, &lda, r, c, &rowcnd, &colcnd, &amax, equed);
