@@ -154,6 +154,8 @@ void clag2z(const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*,
 void clag2z_(const nxl_int*, const nxl_int*, const nxl_complex8*, const nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void clahef(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void clahef_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
+void clahef_aa(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*);
+void clahef_aa_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*);
 void clahef_rk(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void clahef_rk_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void clahef_rook(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
@@ -212,6 +214,8 @@ void claswp(const nxl_int*, nxl_complex8*, const nxl_int*, const nxl_int*, const
 void claswp_(const nxl_int*, nxl_complex8*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*);
 void clasyf(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void clasyf_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
+void clasyf_aa(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*);
+void clasyf_aa_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*);
 void clasyf_rk(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void clasyf_rk_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_complex8*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void clasyf_rook(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
@@ -546,6 +550,8 @@ void dlaswp(const nxl_int*, double*, const nxl_int*, const nxl_int*, const nxl_i
 void dlaswp_(const nxl_int*, double*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*);
 void dlasyf(const char*, const nxl_int*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*);
 void dlasyf_(const char*, const nxl_int*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*);
+void dlasyf_aa(const char*, const nxl_int*, const nxl_int*, const nxl_int*, double*, const nxl_int*, nxl_int*, double*, const nxl_int*, double*);
+void dlasyf_aa_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, double*, const nxl_int*, nxl_int*, double*, const nxl_int*, double*);
 void dlasyf_rk(const char*, const nxl_int*, const nxl_int*, nxl_int*, double*, const nxl_int*, double*, nxl_int*, double*, const nxl_int*, nxl_int*);
 void dlasyf_rk_(const char*, const nxl_int*, const nxl_int*, nxl_int*, double*, const nxl_int*, double*, nxl_int*, double*, const nxl_int*, nxl_int*);
 void dlasyf_rook(const char*, const nxl_int*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*, double*, const nxl_int*, nxl_int*);
@@ -880,6 +886,8 @@ void slaswp(const nxl_int*, float*, const nxl_int*, const nxl_int*, const nxl_in
 void slaswp_(const nxl_int*, float*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*);
 void slasyf(const char*, const nxl_int*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*);
 void slasyf_(const char*, const nxl_int*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*);
+void slasyf_aa(const char*, const nxl_int*, const nxl_int*, const nxl_int*, float*, const nxl_int*, nxl_int*, float*, const nxl_int*, float*);
+void slasyf_aa_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, float*, const nxl_int*, nxl_int*, float*, const nxl_int*, float*);
 void slasyf_rk(const char*, const nxl_int*, const nxl_int*, nxl_int*, float*, const nxl_int*, float*, nxl_int*, float*, const nxl_int*, nxl_int*);
 void slasyf_rk_(const char*, const nxl_int*, const nxl_int*, nxl_int*, float*, const nxl_int*, float*, nxl_int*, float*, const nxl_int*, nxl_int*);
 void slasyf_rook(const char*, const nxl_int*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*, float*, const nxl_int*, nxl_int*);
@@ -1240,6 +1248,8 @@ void zlag2c(const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*
 void zlag2c_(const nxl_int*, const nxl_int*, const nxl_complex16*, const nxl_int*, nxl_complex8*, const nxl_int*, nxl_int*);
 void zlahef(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void zlahef_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
+void zlahef_aa(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*);
+void zlahef_aa_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*);
 void zlahef_rk(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void zlahef_rk_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void zlahef_rook(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
@@ -1298,6 +1308,8 @@ void zlaswp(const nxl_int*, nxl_complex16*, const nxl_int*, const nxl_int*, cons
 void zlaswp_(const nxl_int*, nxl_complex16*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*, const nxl_int*);
 void zlasyf(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void zlasyf_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
+void zlasyf_aa(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*);
+void zlasyf_aa_(const char*, const nxl_int*, const nxl_int*, const nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*);
 void zlasyf_rk(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void zlasyf_rk_(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_complex16*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);
 void zlasyf_rook(const char*, const nxl_int*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*, nxl_complex16*, const nxl_int*, nxl_int*);

@@ -19,7 +19,7 @@
 #include "lapack/band/gbtrf.h"
 #include "lapack/band/gbtrs.h"
 #include "lapack/lu/laswp.h"
-#include "lapack/packed/sptrf.h"
+#include "lapack/aasen/lasyf_aa.h"
 #include "lapack/tridiag/gtsv.h"
 
 namespace nxl {
@@ -38,185 +38,91 @@ template <class T> inline void report_long(const char *stem, idx pos, idx *info)
   nxl_serv_xerbla(s, &p, i);
 }
 
-// The stored triangle seen as the lower triangle of a matrix M (M = A for
-// 'L', M = A^H or A^T for 'U'): ref(i, j), i >= j, is the storage of
-// M(i, j), whose value is cjh(ref) for 'U'.
-template <class T, bool herm> struct LowerView {
-  bool up;
-  T *a;
-  idx lda;
-  T &ref(idx i, idx j) const { return up ? a[j + i * lda] : a[i + j * lda]; }
-  T get(idx i, idx j) const { return up ? cjh<herm>(ref(i, j)) : ref(i, j); }
-  void put(idx i, idx j, T v) const { ref(i, j) = up ? cjh<herm>(v) : v; }
-};
-
-// Unblocked: factors the n x n matrix (only the stored triangle is
-// referenced); work holds 2n entries. T's off-diagonal entries that are
-// zero leave the matching column of L zero.
-template <class T, bool herm> void aasen_unblocked(bool up, idx n, T *a, idx lda, idx *ipiv, T *work) {
-  LowerView<T, herm> m{up, a, lda};
-  T *h = work, *v = work + n;
-  if (n == 0) return;
-  ipiv[0] = 1;
-  // L(i, k) for k >= 1, i >= k + 1; L(j, j) = 1, L(i, 0) = 0 for i >= 1.
-  auto l = [&](idx i, idx k) -> T { return k == i ? T(1) : (k == 0 ? T(0) : m.get(i, k - 1)); };
-  auto beta = [&](idx k) { return m.get(k + 1, k); };  // T(k+1, k)
-  for (idx j = 0; j < n; ++j) {
-    // H(k, j) = sum_r T(k, r) cjh(L(j, r)) for k < j.
-    for (idx k = 0; k < j; ++k) {
-      T s = diag_of<herm>(m.get(k, k)) * cjh<herm>(l(j, k));
-      if (k > 0) s += beta(k - 1) * cjh<herm>(l(j, k - 1));
-      s += cjh<herm>(beta(k)) * cjh<herm>(l(j, k + 1));
-      h[k] = s;
-    }
-    // A(j, j) = sum_k L(j, k) H(k, j) gives H(j, j), then T(j, j).
-    // (A Hermitian diagonal contributes its real part only; T(j, j) is
-    // real, and H(j, j) is taken consistent with it.)
-    T hjj = diag_of<herm>(m.get(j, j));
-    for (idx k = 1; k < j; ++k) hjj -= l(j, k) * h[k];
-    T tjj = j > 0 ? hjj - beta(j - 1) * cjh<herm>(l(j, j - 1)) : hjj;
-    m.put(j, j, diag_of<herm>(tjj));
-    h[j] = hjj - (tjj - diag_of<herm>(tjj));
-    idx r = n - j - 1;
-    if (r == 0) break;
-    // v = A(j+1.., j) - L(j+1.., 1..j) H(1..j, j).
-    for (idx i = 0; i < r; ++i) v[i] = m.get(j + 1 + i, j);
-    if (j > 0) {
-      if (!up) {
-        blas::gemv('N', r, j, T(-1), a + j + 1, lda, h + 1, 1, T(1), v, 1);
-      } else {
-        // Rows of U are columns of the storage: conj(v) = A(j, j+1..) - U^T conj(h).
-        for (idx k = 1; k <= j; ++k) h[k] = cjh<herm>(h[k]);
-        for (idx i = 0; i < r; ++i) v[i] = cjh<herm>(v[i]);
-        blas::gemv('T', j, r, T(-1), a + (j + 1) * lda, lda, h + 1, 1, T(1), v, 1);
-        for (idx i = 0; i < r; ++i) v[i] = cjh<herm>(v[i]);
-      }
-    }
-    // Pivot: the first entry of largest |re| + |im| goes to row j + 1.
-    idx p = blas::iamax(r, v, 1) - 1;
-    if (p > 0) {
-      idx jp = j + 1, pp = j + 1 + p;
-      std::swap(v[0], v[p]);
-      for (idx k = 0; k < j; ++k) std::swap(m.ref(jp, k), m.ref(pp, k));
-      sym_interchange<herm, T>(false, n, jp, pp, [&](idx i, idx k) -> T & { return m.ref(i, k); });
-    }
-    ipiv[j + 1] = j + 2 + p;
-    // T(j+1, j) and column j+1 of L.
-    m.put(j + 1, j, v[0]);
-    T inv = v[0] != T(0) ? recip(v[0]) : T(0);
-    for (idx i = 1; i < r; ++i) m.put(j + 1 + i, j, v[i] * inv);
-  }
+// Blocked, right-looking over panels of nb columns (lasyf_aa.h): each panel
+// leaves H = W for its columns; the trailing matrix then loses
+//   sum_k H(:, k) L(:, k)^H + L(:, c1-1) T(c1-1, c1) L(:, c1)^H
+// over the panel's columns k (c1 the first column after the panel), the
+// cross term entering as one more column of H paired with L(:, c1). The
+// update runs by column blocks: a matrix product for the diagonal block
+// (its stored triangle kept) when the work holds one, matrix-vector
+// products otherwise, and one matrix product below it. Work: H of
+// n x (nb + 1), nb from the caller's lwork (at least 2n, that is nb = 1),
+// then the diagonal block; the panel's vectors are on the stack.
+constexpr idx kAasenNb = 64;
+inline idx aasen_nb(idx n) { return imax(1, imin(kAasenNb, n)); }
+inline idx aasen_block(idx nb) { return imax(nb, 32); }
+// Work size for the widest panel and a diagonal block (what the queries
+// answer).
+inline idx aasen_best_work(idx n) {
+  idx nb = aasen_nb(n), bs = aasen_block(nb);
+  return n * (nb + 1) + bs * bs;
 }
 
-// Blocked, right-looking over panels of nb columns. With W = L T, A = W L^H.
-// What a finished panel [j0, j1) takes from the trailing triangle must be
-// Hermitian (symmetric), or the later interchanges of that triangle would
-// not commute with it: it is Q(j1) - Q(j0), Q(K) = L(:, <K) T(<K, <K)
-// L(:, <K)^H, that is
-//   sum_{j0<=k<j1} W~(.., k) cjh(L(.., k)) + L(.., j0) T(j0, j0-1) cjh(L(.., j0-1)),
-// W~ = W but for k = j1-1 without its L(.., j1) T(j1, j1-1) term. Column j
-// of the next panel then finds, with Wx = [T(j0, j0-1) L(.., j0), W(.., j0..)],
-//   T(j, j) = A(j, j) - Wx(j, ..) x - L(j, j-1) cjh(T(j, j-1)),
-//   v       = A(j+1.., j) - Wx(j+1.., ..) x - L(j+1.., j-1) cjh(T(j, j-1))
-//             - L(j+1.., j) T(j, j),
-// x = cjh(L(j, j0-1..j-1)); v's largest entry (pivoted into row j+1) is
-// T(j+1, j) and the rest times its inverse column j+1 of L. Column k of W,
-//   W(.., k) = L(.., k-1) cjh(T(k, k-1)) + L(.., k) T(k, k) + L(.., k+1) T(k+1, k),
-// is formed once L(.., k+1) is known. The trailing update runs column
-// block by column block (matrix products, a work block per diagonal block).
-// work: n (nb + 1) (Wx) + n (v) + nb + 1 (x) + nb nb (diagonal block).
-inline idx aasen_blocked_work(idx n, idx nb) { return n * (nb + 1) + n + nb + 1 + nb * nb; }
-constexpr idx kAasenNb = 96;
-
-template <class T, bool herm> void aasen_blocked(bool up, idx n, T *a, idx lda, idx *ipiv, T *work, idx nb) {
-  LowerView<T, herm> m{up, a, lda};
-  const idx ldw = n;
-  T *w = work, *v = w + n * (nb + 1), *x = v + n, *d = x + nb + 1;
+template <class T, bool herm>
+void aasen_trailing(bool up, idx n, idx j, idx jb, T *a, idx lda, T *h, idx ldh, T *y, T *d) {
+  LowerView<T, herm> v(up, a, lda);
+  const idx jn = j + jb, kf = j > 0 ? 0 : 1, q = jb + 1 - kf, lc = j + kf - 1;
   const char ct = herm ? 'C' : 'T';
-  auto l = [&](idx i, idx k) -> T { return k == i ? T(1) : (k <= 0 || k > i ? T(0) : m.get(i, k - 1)); };
-  auto beta = [&](idx k) { return m.get(k + 1, k); };
-  ipiv[0] = 1;
-  for (idx j0 = 0; j0 < n; j0 += nb) {
-    idx j1 = imin(n, j0 + nb);
-    // Wx column c holds k = j0 - 1 + c; column 0 only when j0 >= 2 (L(.., 0) = e_1).
-    const idx c0 = j0 >= 2 ? 0 : 1;
-    auto col = [&](idx k) { return w + (k - j0 + 1) * ldw; };
-    auto form_w = [&](idx k, bool next) {
-      T *wk = col(k);
-      T tk = diag_of<herm>(m.get(k, k));
-      T up1 = k > 0 ? cjh<herm>(beta(k - 1)) : T(0), dn1 = next && k + 1 < n ? beta(k) : T(0);
-      for (idx i = k + 1; i < n; ++i) wk[i] = l(i, k - 1) * up1 + l(i, k) * tk + l(i, k + 1) * dn1;
-    };
-    if (c0 == 0) {
-      T b = beta(j0 - 1);
-      for (idx i = j0; i < n; ++i) w[i] = l(i, j0) * b;
-    }
-    for (idx j = j0; j < j1; ++j) {
-      if (j > j0) form_w(j - 1, true);
-      idx cnt = j - j0 + 1 - c0;  // Wx columns c0 .. j - j0
-      for (idx c = c0; c <= j - j0; ++c) x[c] = cjh<herm>(l(j, j0 - 1 + c));
-      T s = diag_of<herm>(m.get(j, j));
-      for (idx c = c0; c <= j - j0; ++c) s -= w[j + c * ldw] * x[c];
-      T bc = j > 0 ? cjh<herm>(beta(j - 1)) : T(0);
-      if (j > 0) s -= l(j, j - 1) * bc;
-      T tjj = diag_of<herm>(s);
-      m.put(j, j, tjj);
-      idx r = n - j - 1;
-      if (r == 0) break;
-      for (idx i = 0; i < r; ++i) v[i] = m.get(j + 1 + i, j);
-      if (cnt > 0) blas::gemv('N', r, cnt, T(-1), w + c0 * ldw + j + 1, ldw, x + c0, 1, T(1), v, 1);
-      if (j > 0)
-        for (idx i = 0; i < r; ++i) v[i] -= l(j + 1 + i, j - 1) * bc + l(j + 1 + i, j) * tjj;
-      idx p = blas::iamax(r, v, 1) - 1;
-      if (p > 0) {
-        idx jp = j + 1, pp = j + 1 + p;
-        std::swap(v[0], v[p]);
-        for (idx k = 0; k < j; ++k) std::swap(m.ref(jp, k), m.ref(pp, k));
-        for (idx c = 0; c <= j - j0; ++c) std::swap(w[jp + c * ldw], w[pp + c * ldw]);
-        sym_interchange<herm, T>(false, n, jp, pp, [&](idx i, idx k) -> T & { return m.ref(i, k); });
-      }
-      ipiv[j + 1] = j + 2 + p;
-      m.put(j + 1, j, v[0]);
-      T inv = v[0] != T(0) ? recip(v[0]) : T(0);
-      for (idx i = 1; i < r; ++i) m.put(j + 1 + i, j, v[i] * inv);
-    }
-    if (j1 >= n) break;
-    form_w(j1 - 1, false);
-    // Trailing triangle: C(i, j) -= sum_k Wx(i, k) cjh(L(j, k)), i >= j >= j1,
-    // k from j0 - 1 (or 1: L(j, 0) = 0) to j1 - 1.
-    idx kf = j0 >= 2 ? j0 - 1 : imax(j0, 1), nk = j1 - kf;
-    if (nk <= 0) continue;
-    const T *wb = col(kf);
-    for (idx c = j1; c < n; c += nb) {
-      idx cb = imin(nb, n - c), rb = n - c - cb;
+  if (kf == 1 && jb == 1) return;  // one-column first panel: L(:, 0) = e_0 meets nothing below
+  // Cross-term column: L(:, jn-2) conj(T(jn, jn-1)) against L(:, jn-1), whose
+  // unit diagonal sits where T(jn, jn-1) is stored while the update runs.
+  T *hx = h + jb * ldh, tb = v.ref(jn, jn - 1), tcb = cjh<herm>(tb);
+  for (idx i = jn; i < n; ++i) hx[i - j] = v.ref(i, jn - 2) * tcb;
+  v.ref(jn, jn - 1) = T(1);
+  auto hb = [&](idx i) { return h + (i - j) + kf * ldh; };
+  const idx bs = aasen_block(jb);
+  for (idx c0 = jn; c0 < n; c0 += bs) {
+    idx cb = imin(bs, n - c0), rb = n - c0 - cb;
+    if (d) {
+      // Diagonal block by one product into d, its stored triangle taken.
       if (!up) {
-        const T *lb = a + c + (kf - 1) * lda;  // L(c.., kf..j1-1)
-        blas::gemm('N', ct, cb, cb, nk, T(1), wb + c, ldw, lb, lda, T(0), d, nb);
-        for (idx q = 0; q < cb; ++q)
-          for (idx p = q; p < cb; ++p) a[c + p + (c + q) * lda] -= d[p + q * nb];
-        if (rb > 0) blas::gemm('N', ct, rb, cb, nk, T(-1), wb + c + cb, ldw, lb, lda, T(1), a + c + cb + c * lda, lda);
+        blas::gemm('N', ct, cb, cb, q, T(1), hb(c0), ldh, v.at(c0, lc), lda, T(0), d, cb);
+        for (idx c = 0; c < cb; ++c)
+          for (idx i = c; i < cb; ++i) v.ref(c0 + i, c0 + c) -= d[i + c * cb];
       } else {
-        const T *xb = a + (kf - 1) + c * lda;  // the rows of U: L(c.., k)^H
-        blas::gemm('N', 'N', cb, cb, nk, T(1), wb + c, ldw, xb, lda, T(0), d, nb);
-        for (idx q = 0; q < cb; ++q)
-          for (idx p = q; p < cb; ++p) a[c + q + (c + p) * lda] -= cjh<herm>(d[p + q * nb]);
-        if (rb > 0)
-          blas::gemm(ct, ct, cb, rb, nk, T(-1), xb, lda, wb + c + cb, ldw, T(1), a + c + (c + cb) * lda, lda);
+        blas::gemm(ct, 'T', cb, cb, q, T(1), v.at(c0, lc), lda, hb(c0), ldh, T(0), d, cb);
+        for (idx i = 0; i < cb; ++i)
+          for (idx c = 0; c <= i; ++c) v.ref(c0 + i, c0 + c) -= d[c + i * cb];
+      }
+    } else {
+      for (idx c = c0; c < c0 + cb; ++c) {
+        for (idx t = 0; t < q; ++t) y[t] = cjh<herm>(v.ref(c, lc + t));
+        blas::gemv('N', c0 + cb - c, q, T(-1), hb(c), ldh, y, 1, T(1), v.at(c, c), v.rs);
       }
     }
+    if (rb <= 0) continue;
+    if (!up)
+      blas::gemm('N', ct, rb, cb, q, T(-1), hb(c0 + cb), ldh, v.at(c0, lc), lda, T(1), v.at(c0 + cb, c0), lda);
+    else
+      blas::gemm(ct, 'T', cb, rb, q, T(-1), v.at(c0, lc), lda, hb(c0 + cb), ldh, T(1), v.at(c0 + cb, c0), lda);
   }
+  v.ref(jn, jn - 1) = tb;
 }
 
-// Blocked when the work holds the panel, unblocked otherwise (or for
-// small n).
 template <class T, bool herm> void aasen_factor(bool up, idx n, T *a, idx lda, idx *ipiv, T *work, idx lwork) {
-  if (n >= 2 * kAasenNb && lwork >= aasen_blocked_work(n, kAasenNb))
-    aasen_blocked<T, herm>(up, n, a, lda, ipiv, work, kAasenNb);
-  else
-    aasen_unblocked<T, herm>(up, n, a, lda, ipiv, work);
+  if (n <= 0) return;
+  // The widest panel the work holds, narrowed by at most half when that
+  // makes room for a diagonal block beside H (the update's diagonal blocks
+  // then go by matrix products, else by matrix-vector products).
+  idx nb = imax(1, imin(aasen_nb(n), lwork / n - 1)), nbd = nb;
+  while (nbd > 1 && n * (nbd + 1) + aasen_block(nbd) * aasen_block(nbd) > lwork) --nbd;
+  bool room = n * (nbd + 1) + aasen_block(nbd) * aasen_block(nbd) <= lwork && 2 * nbd >= nb;
+  if (room) nb = nbd;
+  T *d = room ? work + n * (nb + 1) : nullptr;
+  T x[kAasenNb + 1];
+  LowerView<T, herm> v(up, a, lda);
+  for (idx j = 0; j < n;) {
+    const idx jb = imin(nb, n - j), off = j > 0 ? 1 : 0;
+    aasen_panel<T, herm>(up, off, n - j, jb, v.at(j, j - off), lda, ipiv + j, work, n, x);
+    // Local pivots to global ones, applied to the columns of L left of the panel's view.
+    for (idx k = j + 1; k < imin(n, j + jb + 1); ++k) {
+      ipiv[k] += j;
+      if (ipiv[k] - 1 != k && j > off) blas::swap(j - off, v.at(k, 0), v.cs, v.at(ipiv[k] - 1, 0), v.cs);
+    }
+    if (j + jb < n) aasen_trailing<T, herm>(up, n, j, jb, a, lda, work, n, x, d);
+    j += jb;
+  }
 }
-// Work size for the blocked form (what the queries answer).
-inline idx aasen_best_work(idx n) { return n >= 2 * kAasenNb ? aasen_blocked_work(n, kAasenNb) : 2 * n; }
 
 // Solves A X = B from the factors: interchanges, L, T (by middle(b)), L^H,
 // interchanges back.

@@ -13,12 +13,12 @@ namespace lapack {
 
 constexpr idx kTbRows = 4;
 
-// Factors A: blocked in work when it is large enough, else unblocked with
-// the band array (not yet filled) as its 2n entries of work.
+// Factors A in work when it is larger than the band array, else with the
+// band array (not yet filled) as its 4n entries of work.
 template <class T, bool herm>
 idx aasen_2stage_factor(bool up, idx n, T *a, idx lda, T *tb, idx *ipiv, idx *ipiv2, T *work, idx lwork) {
-  if (lwork >= aasen_best_work(n) && n >= 2 * kAasenNb) aasen_factor<T, herm>(up, n, a, lda, ipiv, work, lwork);
-  else aasen_unblocked<T, herm>(up, n, a, lda, ipiv, tb);
+  if (lwork > kTbRows * n) aasen_factor<T, herm>(up, n, a, lda, ipiv, work, lwork);
+  else aasen_factor<T, herm>(up, n, a, lda, ipiv, tb, kTbRows * n);
   LowerView<T, herm> m{up, a, lda};
   for (idx i = 0; i < kTbRows * n; ++i) tb[i] = T(0);
   for (idx j = 0; j < n; ++j) {

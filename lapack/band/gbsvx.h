@@ -10,6 +10,7 @@
 #include "lapack/band/gbrfs.h"
 #include "lapack/band/gbtrf.h"
 #include "lapack/band/langb.h"
+#include "lapack/lu/gesvx.h"
 
 namespace nxl {
 namespace lapack {
@@ -28,92 +29,55 @@ real_t<T> band_pivot_growth(idx n, idx kl, idx ku, idx k, const T *ab, idx ldab,
   return umax == R(0) ? R(1) : amax / umax;
 }
 
+// A band matrix (kl sub-, ku superdiagonals) and its band LU factors.
+template <class T> struct GbStorage {
+  using R = real_t<T>;
+  idx n, kl, ku;
+  T *ab;
+  idx ldab;
+  T *afb;
+  idx ldafb;
+  idx *ipiv;
+  void equ(R *r, R *c, R *rowcnd, R *colcnd, R *amax, idx *info) {
+    gbequ<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, rowcnd, colcnd, amax, info);
+  }
+  void laq(const R *r, const R *c, R rowcnd, R colcnd, R amax, char *equed) {
+    laqgb<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, &rowcnd, &colcnd, &amax, equed);
+  }
+  // The band of A below the kl fill-in rows of afb, factored.
+  idx factor() {
+    idx info = 0;
+    for (idx j = 0; j < n; ++j)
+      for (idx i = imax(0, j - ku); i <= imin(n - 1, j + kl); ++i)
+        afb[kl + ku + i - j + j * ldafb] = ab[ku + i - j + j * ldab];
+    gbtf2_work<T>(n, n, kl, ku, afb, ldafb, ipiv, &info);
+    return info;
+  }
+  R growth(idx k) { return band_pivot_growth<T>(n, kl, ku, k, ab, ldab, afb, ldafb); }
+  R norm(char nm, R *work) {
+    char s[2] = {nm, 0};
+    return langb<T>(s, &n, &kl, &ku, ab, &ldab, work);
+  }
+  void con(char nm, R anorm, R *rcond, T *cw, idx *iw) {
+    gbcon_work<T>(nm, n, kl, ku, afb, ldafb, ipiv, anorm, rcond, cw, iw);
+  }
+  void solve(char tr, idx nrhs, T *x, idx ldx) { gbtrs_work<T>(tr, n, kl, ku, nrhs, afb, ldafb, ipiv, x, ldx); }
+  BandOps<T> ops(char tr) { return BandOps<T>{tr, n, kl, ku, ab, afb, ldab, ldafb, ipiv}; }
+};
+
 template <class T>
 void gbsvx(const char *fact, const char *trans, const idx *pn, const idx *pkl, const idx *pku, const idx *pnrhs,
            T *ab, const idx *pldab, T *afb, const idx *pldafb, idx *ipiv, char *equed, real_t<T> *r, real_t<T> *c,
            T *b, const idx *pldb, T *x, const idx *pldx, real_t<T> *rcond, real_t<T> *ferr, real_t<T> *berr,
            T *work, void *iwork_or_rwork, idx *info) {
-  using R = real_t<T>;
-  idx n = *pn, kl = *pkl, ku = *pku, nrhs = *pnrhs, ldab = *pldab, ldafb = *pldafb, ldb = *pldb, ldx = *pldx;
-  *info = 0;
-  char fa = upper(fact), tr = upper(trans);
-  bool nofact = fa == 'N', equil = fa == 'E', notran = tr == 'N';
-  bool rowequ = false, colequ = false;
-  R rowcnd = 1, colcnd = 1, amax = 0;
-  R *rpv = is_complex_v<T> ? static_cast<R *>(iwork_or_rwork) : reinterpret_cast<R *>(work);
-  if (nofact || equil) {
-    *equed = 'N';
-  } else {
-    char e = upper(equed);
-    rowequ = e == 'R' || e == 'B';
-    colequ = e == 'C' || e == 'B';
-  }
-  if (!nofact && !equil && fa != 'F') return report<T>("GBSVX", 1, info);
-  if (tr != 'N' && tr != 'T' && tr != 'C') return report<T>("GBSVX", 2, info);
-  if (n < 0) return report<T>("GBSVX", 3, info);
-  if (kl < 0) return report<T>("GBSVX", 4, info);
-  if (ku < 0) return report<T>("GBSVX", 5, info);
-  if (nrhs < 0) return report<T>("GBSVX", 6, info);
-  if (ldab < kl + ku + 1) return report<T>("GBSVX", 8, info);
-  if (ldafb < 2 * kl + ku + 1) return report<T>("GBSVX", 10, info);
-  if (fa == 'F') {
-    char e = upper(equed);
-    if (e != 'N' && !rowequ && !colequ) return report<T>("GBSVX", 12, info);
-  }
-  if (rowequ && !scale_ratio<R>(n, r, &rowcnd)) return report<T>("GBSVX", 13, info);
-  if (colequ && !scale_ratio<R>(n, c, &colcnd)) return report<T>("GBSVX", 14, info);
-  if (ldb < imax(1, n)) return report<T>("GBSVX", 16, info);
-  if (ldx < imax(1, n)) return report<T>("GBSVX", 18, info);
-  if (!is_complex_v<T> && tr == 'C') tr = 'T';
-
-  if (equil) {
-    idx infequ = 0;
-    gbequ<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, &rowcnd, &colcnd, &amax, &infequ);
-    if (infequ == 0) {
-      laqgb<T>(&n, &n, &kl, &ku, ab, &ldab, r, c, &rowcnd, &colcnd, &amax, equed);
-      rowequ = *equed == 'R' || *equed == 'B';
-      colequ = *equed == 'C' || *equed == 'B';
-    }
-  }
-  const R *sb = notran ? (rowequ ? r : nullptr) : (colequ ? c : nullptr);
-  if (sb)
-    for (idx j = 0; j < nrhs; ++j)
-      for (idx i = 0; i < n; ++i) b[i + j * ldb] *= sb[i];
-  if (nofact || equil) {
-    // Copy the band of A below the kl fill-in rows of afb and factor it.
-    for (idx j = 0; j < n; ++j)
-      for (idx i = imax(0, j - ku); i <= imin(n - 1, j + kl); ++i)
-        afb[kl + ku + i - j + j * ldafb] = ab[ku + i - j + j * ldab];
-    gbtf2_work<T>(n, n, kl, ku, afb, ldafb, ipiv, info);
-    if (*info > 0) {
-      rpv[0] = band_pivot_growth<T>(n, kl, ku, *info, ab, ldab, afb, ldafb);
-      *rcond = 0;
-      return;
-    }
-  }
-  R rpvgrw = band_pivot_growth<T>(n, kl, ku, n, ab, ldab, afb, ldafb);
-  char nm = notran ? 'O' : 'I';
-  char nms[2] = {nm, 0};
-  Work<R> rowsum(n);
-  Work<T> cw(2 * n);
-  Work<idx> iw(n);
-  if (n > 0 && (!cw || !iw || !rowsum)) return report<T>("GBSVX", 1089, nullptr);
-  R anorm = langb<T>(nms, &n, &kl, &ku, ab, &ldab, rowsum.get());
-  gbcon_work<T>(nm, n, kl, ku, afb, ldafb, ipiv, anorm, rcond, cw.get(), iw.get());
-  for (idx j = 0; j < nrhs; ++j)
-    for (idx i = 0; i < n; ++i) x[i + j * ldx] = b[i + j * ldb];
-  gbtrs_work<T>(tr, n, kl, ku, nrhs, afb, ldafb, ipiv, x, ldx);
-  BandOps<T> ops{tr, n, kl, ku, ab, afb, ldab, ldafb, ipiv};
-  refine<T>(n, nrhs, b, ldb, x, ldx, ferr, berr, ops, "GBSVX", info);
-  const R *sx = notran ? (colequ ? c : nullptr) : (rowequ ? r : nullptr);
-  if (sx) {
-    R cnd = notran ? colcnd : rowcnd;
-    for (idx j = 0; j < nrhs; ++j)
-      for (idx i = 0; i < n; ++i) x[i + j * ldx] *= sx[i];
-    for (idx j = 0; j < nrhs; ++j) ferr[j] /= cnd;
-  }
-  if (*rcond < lamch<R>('E')) *info = n + 1;
-  rpv[0] = rpvgrw;
+  idx n = *pn, kl = *pkl, ku = *pku, ldab = *pldab, ldafb = *pldafb;
+  SvxFlags<real_t<T>> f;
+  idx pre = kl < 0 ? 4 : (ku < 0 ? 5 : 0);
+  idx ld = ldab < kl + ku + 1 ? 8 : (ldafb < 2 * kl + ku + 1 ? 10 : 0);
+  if (!svx_check<T>("GBSVX", fact, trans, n, *pnrhs, 2, pre, ld, equed, r, c, *pldb, *pldx, f, info)) return;
+  GbStorage<T> st{n, kl, ku, ab, ldab, afb, ldafb, ipiv};
+  svx_solve<T>(st, "GBSVX", f, n, *pnrhs, equed, r, c, b, *pldb, x, *pldx, rcond, ferr, berr,
+               svx_growth_slot<T>(work, iwork_or_rwork), info);
 }
 
 }  // namespace lapack

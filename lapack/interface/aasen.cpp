@@ -1,5 +1,6 @@
 // Exported Aasen factorizations and solves (one- and two-stage) of the four
-// precisions: symmetric in every precision, Hermitian in the complex ones.
+// precisions: symmetric in every precision, Hermitian in the complex ones,
+// and their panel routines.
 // One row each.
 #include "lapack/frame.h"
 #include "lapack/aasen/sytrf_aa_2stage.h"
@@ -10,45 +11,35 @@ using I = nxl_int *;
 using cC = const char *;
 }  // namespace
 
-#define NXL_ROWS_SA(P, p)                                                                                 \
-  NXL_LAPACK_ROW(void, P##SYTRF_AA, p##sytrf_aa, sytrf_aa, kNone, nullptr, cC, cI, T *, cI, I, T *, cI, I) \
-  NXL_LAPACK_ROW(void, P##SYTRS_AA, p##sytrs_aa, sytrs_aa, kNone, nullptr, cC, cI, cI, const T *, cI, cI, \
-                 T *, cI, T *, cI, I)                                                                     \
-  NXL_LAPACK_ROW(void, P##SYSV_AA, p##sysv_aa, sysv_aa, kNone, nullptr, cC, cI, cI, T *, cI, I, T *, cI,  \
-                 T *, cI, I)                                                                              \
-  NXL_LAPACK_ROW(void, P##SYTRF_AA_2STAGE, p##sytrf_aa_2stage, sytrf_aa_2stage, kNone, nullptr, cC, cI,   \
-                 T *, cI, T *, cI, I, I, T *, cI, I)                                                      \
-  NXL_LAPACK_ROW(void, P##SYTRS_AA_2STAGE, p##sytrs_aa_2stage, sytrs_aa_2stage, kNone, nullptr, cC, cI,   \
-                 cI, const T *, cI, const T *, cI, cI, cI, T *, cI, I)                                    \
-  NXL_LAPACK_ROW(void, P##SYSV_AA_2STAGE, p##sysv_aa_2stage, sysv_aa_2stage, kNone, nullptr, cC, cI, cI,  \
-                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)
-
-#define NXL_ROWS_HA(P, p)                                                                                 \
-  NXL_LAPACK_ROW(void, P##HETRF_AA, p##hetrf_aa, hetrf_aa, kNone, nullptr, cC, cI, T *, cI, I, T *, cI, I) \
-  NXL_LAPACK_ROW(void, P##HETRS_AA, p##hetrs_aa, hetrs_aa, kNone, nullptr, cC, cI, cI, const T *, cI, cI, \
-                 T *, cI, T *, cI, I)                                                                     \
-  NXL_LAPACK_ROW(void, P##HESV_AA, p##hesv_aa, hesv_aa, kNone, nullptr, cC, cI, cI, T *, cI, I, T *, cI,  \
-                 T *, cI, I)                                                                              \
-  NXL_LAPACK_ROW(void, P##HETRF_AA_2STAGE, p##hetrf_aa_2stage, hetrf_aa_2stage, kNone, nullptr, cC, cI,   \
-                 T *, cI, T *, cI, I, I, T *, cI, I)                                                      \
-  NXL_LAPACK_ROW(void, P##HETRS_AA_2STAGE, p##hetrs_aa_2stage, hetrs_aa_2stage, kNone, nullptr, cC, cI,   \
-                 cI, const T *, cI, const T *, cI, cI, cI, T *, cI, I)                                    \
-  NXL_LAPACK_ROW(void, P##HESV_AA_2STAGE, p##hesv_aa_2stage, hesv_aa_2stage, kNone, nullptr, cC, cI, cI,  \
-                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)
+// Y, y: SY or HE, the symmetric or the Hermitian form.
+#define NXL_ROWS_AA(P, p, Y, y)                                                                               \
+  NXL_LAPACK_ROW(void, P##Y##TRF_AA, p##y##trf_aa, y##trf_aa, kNone, nullptr, cC, cI, T *, cI, I, T *, cI, I)  \
+  NXL_LAPACK_ROW(void, P##Y##TRS_AA, p##y##trs_aa, y##trs_aa, kNone, nullptr, cC, cI, cI, const T *, cI, cI,   \
+                 T *, cI, T *, cI, I)                                                                        \
+  NXL_LAPACK_ROW(void, P##Y##SV_AA, p##y##sv_aa, y##sv_aa, kNone, nullptr, cC, cI, cI, T *, cI, I, T *, cI,    \
+                 T *, cI, I)                                                                                 \
+  NXL_LAPACK_ROW(void, P##Y##TRF_AA_2STAGE, p##y##trf_aa_2stage, y##trf_aa_2stage, kNone, nullptr, cC, cI,     \
+                 T *, cI, T *, cI, I, I, T *, cI, I)                                                         \
+  NXL_LAPACK_ROW(void, P##Y##TRS_AA_2STAGE, p##y##trs_aa_2stage, y##trs_aa_2stage, kNone, nullptr, cC, cI,     \
+                 cI, const T *, cI, const T *, cI, cI, cI, T *, cI, I)                                       \
+  NXL_LAPACK_ROW(void, P##Y##SV_AA_2STAGE, p##y##sv_aa_2stage, y##sv_aa_2stage, kNone, nullptr, cC, cI, cI,    \
+                 T *, cI, T *, cI, I, I, T *, cI, T *, cI, I)                                                \
+  NXL_LAPACK_ROW(void, P##LA##Y##F_AA, p##la##y##f_aa, la##y##f_aa, kNone, nullptr, cC, cI, cI, cI, T *, cI,   \
+                 I, T *, cI, T *)
 
 namespace nxl { namespace lapack { namespace rows_s {
 using T = float; using R = float;
-NXL_ROWS_SA(S, s)
+NXL_ROWS_AA(S, s, SY, sy)
 } } }
 namespace nxl { namespace lapack { namespace rows_d {
 using T = double; using R = double;
-NXL_ROWS_SA(D, d)
+NXL_ROWS_AA(D, d, SY, sy)
 } } }
 namespace nxl { namespace lapack { namespace rows_c {
 using T = std::complex<float>; using R = float;
-NXL_ROWS_SA(C, c) NXL_ROWS_HA(C, c)
+NXL_ROWS_AA(C, c, SY, sy) NXL_ROWS_AA(C, c, HE, he)
 } } }
 namespace nxl { namespace lapack { namespace rows_z {
 using T = std::complex<double>; using R = double;
-NXL_ROWS_SA(Z, z) NXL_ROWS_HA(Z, z)
+NXL_ROWS_AA(Z, z, SY, sy) NXL_ROWS_AA(Z, z, HE, he)
 } } }

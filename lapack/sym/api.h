@@ -10,6 +10,7 @@
 #include "lapack/aux/norms.h"
 #include "lapack/lu/gecon.h"
 #include "lapack/lu/refine.h"
+#include "lapack/sym/equb.h"
 #include "lapack/sym/factor.h"
 #include "lapack/sym/inverse.h"
 #include "lapack/sym/solve.h"
@@ -508,65 +509,18 @@ template <bool H> struct Fam {
     work[0] = work_size<T>(lwkopt);
   }
 
-  // ---- equilibration ----------------------------------------------------
-  // Scale factors s (powers of the radix) such that every row of
-  // diag(s) A diag(s) has its largest entry near 1: symmetric Ruiz
-  // iterations s_i /= sqrt(max_j |s_i a_ij s_j|). A zero row cannot be
-  // scaled: info is its index and s_i = 1.
+  // ---- equilibration (equb.h) ------------------------------------------
   template <class T>
   static void equb(const char *uplo, const idx *pn, const T *a, const idx *plda, real_t<T> *s,
-                   real_t<T> *scond, real_t<T> *amax, T *, idx *info) {
-    using R = real_t<T>;
+                   real_t<T> *scond, real_t<T> *amax, T *work, idx *info) {
     idx n = *pn, lda = *plda;
     *info = 0;
     bool up = same(uplo, 'U');
     if (!up && !same(uplo, 'L')) return fam_report<T, H>("EQUB", 1, info);
     if (n < 0) return fam_report<T, H>("EQUB", 2, info);
     if (lda < imax(1, n)) return fam_report<T, H>("EQUB", 4, info);
-    *amax = 0;
-    *scond = 1;
-    if (n == 0) return;
-    Work<R> rw(n);
-    if (!rw) return fam_report<T, H>("EQUB", 1089, nullptr);
-    R *r = rw.get();
-    auto mag = [&](idx i, idx j) {
-      T v = a[i + j * lda];
-      return i == j ? absv(Ops<T, H>::diag(v)) : absv(v);
-    };
-    auto row_max = [&]() {
-      for (idx i = 0; i < n; ++i) r[i] = 0;
-      for (idx j = 0; j < n; ++j) {
-        idx lo = up ? 0 : j, hi = up ? j + 1 : n;
-        for (idx i = lo; i < hi; ++i) {
-          R v = s[i] * mag(i, j) * s[j];
-          if (v > r[i]) r[i] = v;
-          if (v > r[j]) r[j] = v;
-        }
-      }
-    };
-    for (idx i = 0; i < n; ++i) s[i] = 1;
-    row_max();
-    for (idx i = 0; i < n; ++i) {
-      *amax = std::max(*amax, r[i]);
-      if (r[i] == R(0) && *info == 0) *info = i + 1;
-    }
-    for (int it = 0; it < 40; ++it) {
-      R worst = 0;
-      for (idx i = 0; i < n; ++i)
-        if (r[i] > R(0)) worst = std::max(worst, std::fabs(std::log2(r[i])));
-      if (!(worst > R(0.25))) break;
-      for (idx i = 0; i < n; ++i)
-        if (r[i] > R(0)) s[i] /= std::sqrt(r[i]);
-      row_max();
-    }
-    R smin = std::numeric_limits<R>::max(), smax = 0;
-    for (idx i = 0; i < n; ++i) {
-      s[i] = std::exp2(std::round(std::log2(s[i])));
-      smin = std::min(smin, s[i]);
-      smax = std::max(smax, s[i]);
-    }
-    const R smlnum = lamch<R>('S'), bignum = R(1) / smlnum;
-    *scond = std::max(smin, smlnum) / std::min(smax, bignum);
+    *info = sym_equb<T, H>(up, n, [&](idx i, idx j) { return a[i + j * lda]; }, s, scond, amax,
+                           reinterpret_cast<real_t<T> *>(work));
   }
 
   // ---- symmetric interchange ---------------------------------------------

@@ -60,6 +60,75 @@ template <class R, class Get> inline void row_max(idx lo, idx n, idx im, Get get
   if (rmax < R(0)) rmax = R(0);
 }
 
+// Largest |x| (first one) below the diagonal of column k; get(i) gives the
+// entry of row i.
+template <class R, class Get> inline void col_max(idx k, idx n, Get get, R &cmax, idx &imax) {
+  cmax = 0;
+  imax = k;
+  for (idx i = k + 1; i < n; ++i) {
+    R v = abs1(get(i));
+    if (v > cmax) {
+      cmax = v;
+      imax = i;
+    }
+  }
+}
+
+// A column with nothing to pivot on (zero, or a NaN diagonal): the first
+// such step is the zero pivot reported; the step records no interchange.
+template <class R> inline bool no_pivot(R absakk, R colmax) {
+  return std::max(absakk, colmax) == R(0) || std::isnan(absakk);
+}
+template <class T, bool Rook, bool RK> inline void zero_step(idx &info, idx &k, Vec<T> e, const Piv &ip, idx off) {
+  if (info == 0) info = k + 1;
+  if constexpr (RK) e[k] = T(0);
+  put_pivots<Rook>(ip, off, k, 1, k, k);
+  ++k;
+}
+
+// The pivot of step k (see the top of this file) from |A(k, k)| and the
+// largest entry colmax of column k below it, in row imax. cand(im, rowmax,
+// jmax) makes im the candidate (its column brought up to date), finds the
+// largest entry of its row and column off the diagonal, and returns its
+// |diagonal|; keep() is told when the candidate's column becomes the one
+// kept (a 1 x 1 pivot, or the next column of a rook walk).
+struct PivotStep {
+  idx kstep, kp, p;
+};
+template <class R, bool Rook, class Cand, class Keep>
+PivotStep choose_pivot(idx k, R absakk, R colmax, idx imax, Cand cand, Keep keep) {
+  const R alpha = growth_alpha<R>();
+  PivotStep st{1, k, k};
+  if (!(absakk < alpha * colmax)) return st;
+  for (;;) {
+    R rowmax;
+    idx jmax;
+    R dimm = cand(imax, rowmax, jmax);
+    if (!Rook) {
+      if (absakk >= alpha * colmax * (colmax / rowmax)) break;
+      st.kp = imax;
+      if (dimm >= alpha * rowmax) keep();
+      else st.kstep = 2;
+      break;
+    }
+    if (!(dimm < alpha * rowmax)) {
+      st.kp = imax;
+      keep();
+      break;
+    }
+    if (st.p == jmax || rowmax <= colmax) {
+      st.kp = imax;
+      st.kstep = 2;
+      break;
+    }
+    st.p = imax;
+    colmax = rowmax;
+    imax = jmax;
+    keep();
+  }
+  return st;
+}
+
 // Unblocked factorization of the n x n block `a` (view indices offset by
 // `off` in the pivot vector). Returns the first zero pivot (1-based, local)
 // or 0.
@@ -67,60 +136,25 @@ template <class T, bool H, bool Rook, bool RK>
 idx factor_unblocked(Mat<T> a, idx n, const Piv &ip, idx off, Vec<T> e) {
   using R = real_t<T>;
   using O = Ops<T, H>;
-  const R alpha = growth_alpha<R>(), sfmin = lamch<R>('S');
+  const R sfmin = lamch<R>('S');
   idx info = 0;
   for (idx k = 0; k < n;) {
-    idx kstep = 1, kp = k, p = k;
     if constexpr (H) a(k, k) = O::diag(a(k, k));
-    R absakk = O::dabs(a(k, k));
-    R colmax = 0;
-    idx imax = k;
-    for (idx i = k + 1; i < n; ++i) {
-      R v = abs1(a(i, k));
-      if (v > colmax) {
-        colmax = v;
-        imax = i;
-      }
-    }
-    if (std::max(absakk, colmax) == R(0) || std::isnan(absakk)) {
-      if (info == 0) info = k + 1;
-      if constexpr (RK) e[k] = T(0);
-      put_pivots<Rook>(ip, off, k, 1, k, k);
-      ++k;
+    R absakk = O::dabs(a(k, k)), colmax;
+    idx imax;
+    col_max<R>(k, n, [&](idx i) { return a(i, k); }, colmax, imax);
+    if (no_pivot(absakk, colmax)) {
+      zero_step<T, Rook, RK>(info, k, e, ip, off);
       continue;
     }
-    auto entry = [&](idx im) { return [&, im](idx j) { return j < im ? a(im, j) : a(j, im); }; };
-    if (!(absakk < alpha * colmax)) {
-      kp = k;
-    } else if (!Rook) {
-      R rowmax;
-      idx jmax;
-      row_max<R>(k, n, imax, entry(imax), rowmax, jmax);
-      if (absakk >= alpha * colmax * (colmax / rowmax)) kp = k;
-      else if (O::dabs(a(imax, imax)) >= alpha * rowmax) kp = imax;
-      else {
-        kp = imax;
-        kstep = 2;
-      }
-    } else {
-      for (;;) {
-        R rowmax;
-        idx jmax;
-        row_max<R>(k, n, imax, entry(imax), rowmax, jmax);
-        if (!(O::dabs(a(imax, imax)) < alpha * rowmax)) {
-          kp = imax;
-          break;
-        }
-        if (p == jmax || rowmax <= colmax) {
-          kp = imax;
-          kstep = 2;
-          break;
-        }
-        p = imax;
-        colmax = rowmax;
-        imax = jmax;
-      }
-    }
+    PivotStep ps = choose_pivot<R, Rook>(
+        k, absakk, colmax, imax,
+        [&](idx im, R &rowmax, idx &jmax) {
+          row_max<R>(k, n, im, [&](idx j) { return j < im ? a(im, j) : a(j, im); }, rowmax, jmax);
+          return O::dabs(a(im, im));
+        },
+        [] {});
+    idx kstep = ps.kstep, kp = ps.kp, p = ps.p;
     idx kk = k + kstep - 1;
     idx c0 = RK ? 0 : k;
     if (Rook && kstep == 2 && p != k) sym_swap<T, H>(a, n, c0, k, p);
@@ -199,7 +233,7 @@ template <class T, bool H, bool Rook, bool RK>
 idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<T> e, idx *kb) {
   using R = real_t<T>;
   using O = Ops<T, H>;
-  const R alpha = growth_alpha<R>(), sfmin = lamch<R>('S');
+  const R sfmin = lamch<R>('S');
   idx info = 0, k = 0;
   // y(r0:n) -= a(r0:n, 0:k) cj(w(row, 0:k))^T for a column y of A or W
   // (GEMV on the stored blocks; the conjugated coefficients go through a
@@ -248,68 +282,27 @@ idx factor_panel(Mat<T> a, idx n, idx nb, Mat<T> w, const Piv &ip, idx off, Vec<
   };
   for (;;) {
     if ((k >= nb - 1 && nb < n) || k >= n) break;
-    idx kstep = 1, kp = k, p = k;
     for (idx i = k; i < n; ++i) w(i, k) = a(i, k);
     if constexpr (H) w(k, k) = O::diag(w(k, k));
     update(k, k);
     if constexpr (H) w(k, k) = O::diag(w(k, k));
-    R absakk = O::dabs(w(k, k));
-    R colmax = 0;
-    idx imax = k;
-    for (idx i = k + 1; i < n; ++i) {
-      R v = abs1(w(i, k));
-      if (v > colmax) {
-        colmax = v;
-        imax = i;
-      }
-    }
-    if (std::max(absakk, colmax) == R(0) || std::isnan(absakk)) {
-      if (info == 0) info = k + 1;
+    R absakk = O::dabs(w(k, k)), colmax;
+    idx imax;
+    col_max<R>(k, n, [&](idx i) { return w(i, k); }, colmax, imax);
+    if (no_pivot(absakk, colmax)) {
       for (idx i = k; i < n; ++i) a(i, k) = w(i, k);
-      if constexpr (RK) e[k] = T(0);
-      put_pivots<Rook>(ip, off, k, 1, k, k);
-      ++k;
+      zero_step<T, Rook, RK>(info, k, e, ip, off);
       continue;
     }
-    auto wcol = [&](idx j) { return w(j, k + 1); };
-    if (!(absakk < alpha * colmax)) {
-      kp = k;
-    } else if (!Rook) {
-      load(imax);
-      R rowmax;
-      idx jmax;
-      row_max<R>(k, n, imax, wcol, rowmax, jmax);
-      if (absakk >= alpha * colmax * (colmax / rowmax)) {
-        kp = k;
-      } else if (O::dabs(w(imax, k + 1)) >= alpha * rowmax) {
-        kp = imax;
-        keep_candidate();
-      } else {
-        kp = imax;
-        kstep = 2;
-      }
-    } else {
-      for (;;) {
-        load(imax);
-        R rowmax;
-        idx jmax;
-        row_max<R>(k, n, imax, wcol, rowmax, jmax);
-        if (!(O::dabs(w(imax, k + 1)) < alpha * rowmax)) {
-          kp = imax;
-          keep_candidate();
-          break;
-        }
-        if (p == jmax || rowmax <= colmax) {
-          kp = imax;
-          kstep = 2;
-          break;
-        }
-        p = imax;
-        colmax = rowmax;
-        imax = jmax;
-        keep_candidate();
-      }
-    }
+    PivotStep ps = choose_pivot<R, Rook>(
+        k, absakk, colmax, imax,
+        [&](idx im, R &rowmax, idx &jmax) {
+          load(im);
+          row_max<R>(k, n, im, [&](idx j) { return w(j, k + 1); }, rowmax, jmax);
+          return O::dabs(w(im, k + 1));
+        },
+        keep_candidate);
+    idx kstep = ps.kstep, kp = ps.kp, p = ps.p;
     idx kk = k + kstep - 1;
     if (Rook && kstep == 2 && p != k) move(k, p, kk);
     if (kp != kk) move(kk, kp, kk);

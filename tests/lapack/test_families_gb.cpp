@@ -4,6 +4,7 @@
 #include "families_util.h"
 #include "lapack/band/gbsv.h"
 #include "lapack/band/gbsvx.h"
+#include "lapack/lu/gesvx.h"
 #include "nxl_lapack.h"
 
 using ft::C;
@@ -351,6 +352,77 @@ TYPED_TEST(GbTyped, ArgumentChecks) {
   lp::gbsvx<T>("N", "N", &n, &kl, &ku, &one, ab.data(), &ld, ab.data(), &ld, ipiv.data(), &equed, r.data(),
                c.data(), b.data(), &n, b.data(), &one, &rcond, fe.data(), be.data(), b.data(), ipiv.data(), &info);
   EXPECT_EQ(info, -18);
+}
+
+// The general and band expert drivers share their checks: every argument
+// in turn made bad reports its own position (the band one two further on
+// from nrhs), and a singular matrix gives info = the zero pivot, rcond = 0
+// and the pivot growth of the columns before it, in both storages.
+TYPED_TEST(GbTyped, ExpertDriversSharePositionsAndSingularity) {
+  using T = TypeParam;
+  using R = lt::real_t<T>;
+  const char p = lp::prefix<T>();
+  idx n = 4, kl = 1, ku = 1, one = 1, four = 4, m1 = -1, ldab = 3, ldafb = 4, info = 0;
+  std::vector<T> a(16, T(1)), af(16), ab(16, T(1)), afb(16), b(8, T(1)), x(8), work(16);
+  std::vector<idx> ipiv(4), iw(4);
+  std::vector<R> r(4, R(1)), c(4, R(1)), fe(2), be(2), rw(8);
+  R rcond = 0;
+  void *w2 = lt::cplx<T> ? static_cast<void *>(rw.data()) : static_cast<void *>(iw.data());
+  struct Case {
+    const char *fact, *trans, *equed;
+    int bad;  // 0 none, 1 n, 2 nrhs, 3 lda, 4 ldaf, 5 r, 6 c, 7 ldb, 8 ldx
+    idx ge, gb;
+  };
+  const Case cases[] = {{"X", "N", "N", 0, 1, 1},  {"N", "Q", "N", 0, 2, 2},  {"N", "N", "N", 1, 3, 3},
+                        {"N", "N", "N", 2, 4, 6},  {"N", "N", "N", 3, 6, 8},  {"N", "N", "N", 4, 8, 10},
+                        {"F", "N", "Z", 0, 10, 12}, {"F", "N", "R", 5, 11, 13}, {"F", "N", "C", 6, 12, 14},
+                        {"N", "N", "N", 7, 14, 16}, {"N", "N", "N", 8, 16, 18}};
+  ft::Xerbla cap;
+  for (const Case &k : cases) {
+    for (bool band : {false, true}) {
+      std::vector<R> rr = r, cc = c;
+      if (k.bad == 5) rr[2] = R(0);
+      if (k.bad == 6) cc[1] = R(-1);
+      char equed = k.equed[0];
+      idx *pn = k.bad == 1 ? &m1 : &n, *pr = k.bad == 2 ? &m1 : &one, *pb = k.bad == 7 ? &one : &four,
+          *px = k.bad == 8 ? &one : &four;
+      idx lda = k.bad == 3 ? 1 : (band ? ldab : 4), ldf = k.bad == 4 ? 1 : (band ? ldafb : 4);
+      info = 0;
+      if (band)
+        lp::gbsvx<T>(k.fact, k.trans, pn, &kl, &ku, pr, ab.data(), &lda, afb.data(), &ldf, ipiv.data(), &equed,
+                     rr.data(), cc.data(), b.data(), pb, x.data(), px, &rcond, fe.data(), be.data(), work.data(), w2,
+                     &info);
+      else
+        lp::gesvx<T>(k.fact, k.trans, pn, pr, a.data(), &lda, af.data(), &ldf, ipiv.data(), &equed, rr.data(),
+                     cc.data(), b.data(), pb, x.data(), px, &rcond, fe.data(), be.data(), work.data(), w2, &info);
+      EXPECT_EQ(info, -(band ? k.gb : k.ge)) << k.fact << k.trans << k.bad << band;
+      EXPECT_EQ(cap.name, std::string(1, p) + (band ? "GBSVX" : "GESVX"));
+    }
+  }
+  // Singular: the third column equals the first (general), the band's third
+  // column is zero.
+  for (idx i = 0; i < 4; ++i)
+    for (idx j = 0; j < 4; ++j) a[i + j * 4] = T(R(i == j ? 4 : 1));
+  for (idx i = 0; i < 4; ++i) a[i + 8] = a[i];
+  std::fill(ab.begin(), ab.end(), T(R(1)));
+  for (idx j = 0; j < 4; ++j) ab[1 + j * ldab] = T(R(4));
+  for (idx i = 0; i < 3; ++i) ab[i + 2 * ldab] = T(0);
+  for (bool band : {false, true}) {
+    char equed = 'N';
+    rcond = -1;
+    if (band)
+      lp::gbsvx<T>("N", "N", &n, &kl, &ku, &one, ab.data(), &ldab, afb.data(), &ldafb, ipiv.data(), &equed,
+                   r.data(), c.data(), b.data(), &four, x.data(), &four, &rcond, fe.data(), be.data(), work.data(),
+                   w2, &info);
+    else
+      lp::gesvx<T>("N", "N", &n, &one, a.data(), &four, af.data(), &four, ipiv.data(), &equed, r.data(), c.data(),
+                   b.data(), &four, x.data(), &four, &rcond, fe.data(), be.data(), work.data(), w2, &info);
+    EXPECT_EQ(info, 3) << band;
+    EXPECT_EQ(rcond, R(0));
+    R growth = lt::cplx<T> ? rw[0] : R(std::real(work[0]));
+    EXPECT_GT(growth, R(0.1)) << band;
+    EXPECT_LE(growth, R(1.01)) << band;
+  }
 }
 
 // The exported entry reports through the installed handler with the

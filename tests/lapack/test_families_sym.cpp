@@ -494,38 +494,64 @@ TYPED_TEST(SymTyped, SymmetricInterchange) {
     }
 }
 
-TYPED_TEST(SymTyped, EquilibrationScalesRows) {
+// Equilibration by binormalization: every row of diag(s) A diag(s) gets a
+// Euclidean norm within the radix of 1 with s powers of two, on a matrix
+// scaled over twelve orders of magnitude, on one with a zero row (whose
+// factor stays 1) and on one with a zero diagonal; info names the first
+// diagonal entry that is not positive (real part), scond = min s / max s,
+// amax the largest magnitude.
+TYPED_TEST(SymTyped, EquilibrationBalancesRowNorms) {
   using T = typename TypeParam::T;
   using R = lt::real_t<T>;
   constexpr bool H = TypeParam::H;
-  idx n = 12, info = -1;
-  for (bool up : {false, true}) {
-    SymMat<T, H> m(n, 21u, up, 0);
-    // Badly scaled: D A D with D spanning 1e-6 .. 1e6 (within float range).
-    for (idx j = 0; j < n; ++j)
-      for (idx i = 0; i < n; ++i) {
-        double f = std::pow(10.0, double(i) - 6) * std::pow(10.0, double(j) - 6);
-        m.dense[i + j * n] *= f;
-        if (up ? i <= j : i >= j) m.a[i + j * m.lda] *= T(R(f));
+  for (int kind : {0, 1, 2})
+    for (idx n : {1, 12, 37})
+      for (bool up : {false, true}) {
+        SymMat<T, H> m(n, 21u + static_cast<unsigned>(n + kind), up, kind);
+        for (idx j = 0; j < n; ++j)
+          for (idx i = 0; i < n; ++i) {
+            double f = kind == 0 ? std::pow(10.0, double(i % 13) - 6) * std::pow(10.0, double(j % 13) - 6) : 1.0;
+            m.dense[i + j * n] *= f;
+            if (up ? i <= j : i >= j) m.a[i + j * m.lda] *= T(R(f));
+          }
+        idx want = 0;
+        double amax = 0;
+        for (idx i = 0; i < n; ++i)
+          if (want == 0 && m.dense[i + i * n].real() <= 0) want = i + 1;
+        for (C v : m.dense) amax = std::max(amax, std::abs(v));
+        std::vector<R> s(n);
+        std::vector<T> work(2 * n);
+        R scond = 0, am = 0;
+        idx info = -1;
+        char u = up ? 'U' : 'L';
+        sy::Fam<H>::template equb<T>(&u, &n, m.a.data(), &m.lda, s.data(), &scond, &am, work.data(), &info);
+        EXPECT_EQ(info, want) << n << kind << up;
+        EXPECT_NEAR(double(am), amax, 1e-5 * amax);
+        double smin = 1e300, smax = 0;
+        for (idx i = 0; i < n; ++i) {
+          int ex;
+          EXPECT_EQ(std::frexp(double(s[i]), &ex), 0.5);  // a power of two
+          smin = std::min(smin, double(s[i]));
+          smax = std::max(smax, double(s[i]));
+          double r2 = 0;
+          for (idx j = 0; j < n; ++j) r2 += std::norm(m.dense[i + j * n] * double(s[i]) * double(s[j]));
+          if (kind == 2 && i == n / 2) {
+            EXPECT_EQ(s[i], R(1));
+            continue;
+          }
+          EXPECT_GT(std::sqrt(r2), 0.4) << i << " n " << n << " kind " << kind;
+          EXPECT_LT(std::sqrt(r2), 2.5) << i << " n " << n << " kind " << kind;
+        }
+        EXPECT_NEAR(double(scond), smin / smax, 1e-6 * smin / smax);
       }
-    std::vector<R> s(n);
-    std::vector<T> work(3 * n);
-    R scond = 0, amax = 0;
-    char u = up ? 'U' : 'L';
-    sy::Fam<H>::template equb<T>(&u, &n, m.a.data(), &m.lda, s.data(), &scond, &amax, work.data(), &info);
-    EXPECT_EQ(info, 0);
-    for (idx i = 0; i < n; ++i) {
-      double rmax = 0;
-      for (idx j = 0; j < n; ++j) rmax = std::max(rmax, std::abs(m.dense[i + j * n]) * double(s[i]) * double(s[j]));
-      EXPECT_GT(rmax, 0.1) << i;
-      EXPECT_LT(rmax, 10.0) << i;
-      int ex;
-      EXPECT_EQ(std::frexp(double(s[i]), &ex), 0.5);  // a power of two
-    }
-    EXPECT_GT(double(scond), 0.0);
-    EXPECT_LE(double(scond), 1.0);
-    EXPECT_GT(double(amax), 0.0);
-  }
+  idx zero = 0, info = -1, lda = 1;
+  R s0 = 0, scond = 0, am = 5;
+  T a0 = T(0), w0 = T(0);
+  char u = 'L';
+  sy::Fam<H>::template equb<T>(&u, &zero, &a0, &lda, &s0, &scond, &am, &w0, &info);
+  EXPECT_EQ(info, 0);
+  EXPECT_EQ(am, R(0));
+  EXPECT_EQ(scond, R(1));
 }
 
 TYPED_TEST(SymTyped, ArgumentChecksAndQueries) {
