@@ -1,6 +1,7 @@
 // Small-matrix LU kernels (max(m, n) <= 16 for the factorization, n and nrhs
 // <= 8 for the solve): plain loops over the columns, no BLAS calls, no
 // allocation. One source, compiled once per code path.
+#include "lapack/ps/lu_regs.h"
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
 
@@ -132,6 +133,10 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
 
 template <class T>
 void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+  constexpr idx E = simd<T>::E;
+  if (m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
+  if constexpr (E <= 8)
+    if (m <= 2 * E && n <= 2 * E) return getrf_in_registers<T, 2>(m, n, a, lda, ipiv, info);
   if (m >= n && n >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info);
   else getrf_right(m, n, a, lda, ipiv, info);
 }
