@@ -209,22 +209,41 @@ template <class T, int NV> struct lu_regs {
     }
   }
 
+  // 1/x of every element; complex by Smith's scaling, as inv() does for one.
+  __attribute__((always_inline)) static V reciprocals(V x) {
+    if constexpr (P == 1) {
+      return S::splat(R(1)) / x;
+    } else {
+      // Even lanes compute the element's quotients: a = re, b = im.
+      const V xs = vtypes<R>::swap(x);
+      const M big = (M)(S::abs(x) >= S::abs(xs));  // |a| >= |b| on the even lanes
+      const V p = S::blend(big, x, xs), q = S::blend(big, xs, x);
+      const V r = q / p, d = p + q * r;
+      const V one = S::splat(R(1));
+      const V nre = S::blend(big, one, r), nim = S::blend(big, -r, -one);
+      const M even = (vtypes<R>::lane() & Lane(1)) == Lane(0);
+      return S::blend(even, nre, vtypes<R>::swap(nim)) / S::blend(even, d, vtypes<R>::swap(d));
+    }
+  }
+
   template <int J> __attribute__((always_inline)) void step(idx *ipiv) {
-    // For real types the reciprocals of the whole column are formed while
-    // the pivot search runs, so that the division is off the chain of
+    // The reciprocals of the whole column are formed while the pivot search
+    // runs, so that the division is off the chain of
     // dependent steps; the pivot's one is then picked by a permutation.
     V recip[NV];
-    if constexpr (P == 1)
-      for (int v = 0; v < NV; ++v) recip[v] = S::splat(R(1)) / c[J][v];
+    for (int v = 0; v < NV; ++v) recip[v] = reciprocals(c[J][v]);
     const idx p = pivot<J>();
     ipiv[J] = p + 1;
     swap_rows<J>(0, p);
     const T piv = at<J>(J);
     if (piv != T(0)) {
       if (abs1(piv) >= safe_min<R>()) {
-        V rb;
-        if constexpr (P == 1) rb = permute<NV>(recip, M{} + static_cast<Lane>(p));
-        const typename S::template factor<false> r(P == 1 ? T(0) : inv(piv));
+        // The pivot's reciprocal on every lane (complex: the pair repeated).
+        const V rb = permute<NV>(recip, (vtypes<R>::lane() & static_cast<Lane>(P - 1)) + static_cast<Lane>(p * P));
+        T rp;
+        if constexpr (P == 2) rp = T(rb[0], rb[1]);
+        else rp = rb[0];
+        const typename S::template factor<false> r(rp);
         for (int v = J / E; v < NV; ++v) {
           const M below = row[v] > static_cast<Lane>(J);
           V scaled;

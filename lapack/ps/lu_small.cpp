@@ -69,18 +69,19 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
   }
 }
 
-// Right-looking LU by panels of four columns on vectors, for m >= n >= one
+// Right-looking LU by panels of KB columns on vectors, for m >= n >= one
 // vector of elements: factor the panel (pivot, interchange within the panel,
 // scale, update the panel's later columns), apply its interchanges to the
 // columns left and right of it, solve for the panel's rows of U, and update
-// the trailing matrix by a rank-4 product that keeps the panel's windows in
+// the trailing matrix by a rank-KB product that keeps the panel's windows in
 // registers while the trailing columns stream through once.
 template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   using R = real_t<T>;
+  constexpr idx KB = 8;
   const R sfmin = safe_min<R>();
   *info = 0;
-  for (idx j0 = 0; j0 < n; j0 += 4) {
-    const idx jb = n - j0 < 4 ? n - j0 : 4, j1 = j0 + jb;
+  for (idx j0 = 0; j0 < n; j0 += KB) {
+    const idx jb = n - j0 < KB ? n - j0 : KB, j1 = j0 + jb;
     T *blk = a + j0 * lda;
     for (idx c = 0; c < jb; ++c) {
       const idx j = j0 + c;
@@ -105,15 +106,15 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
       }
     if (j1 >= n) break;
     // Rows j0..j1-1 of U right of the panel: unit lower triangular solve.
-    // The multipliers and each column's four entries are held in locals, so
+    // The multipliers and each column's KB entries are held in locals, so
     // that the columns' short recurrences overlap instead of waiting on
     // stores to memory the compiler must assume they share.
-    T l[4][4] = {};
+    T l[KB][KB] = {};
     for (idx r = 1; r < jb; ++r)
       for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
     for (idx col = j1; col < n; ++col) {
       T *u = a + j0 + col * lda;
-      T x[4];
+      T x[KB];
       for (idx r = 0; r < jb; ++r) x[r] = u[r];
       for (idx r = 1; r < jb; ++r)
         for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
@@ -123,6 +124,10 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
     T *trail = a + j1 * lda;
     auto coef = [&](int q, idx col) { return trail[j0 + q + col * lda]; };
     switch (jb) {
+      case 8: rank_update<T, 8>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 7: rank_update<T, 7>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 6: rank_update<T, 6>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 5: rank_update<T, 5>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
       case 4: rank_update<T, 4>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
       case 3: rank_update<T, 3>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
       case 2: rank_update<T, 2>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
