@@ -245,11 +245,61 @@ template <class T> idx potrf_upper(idx n, T *a, idx lda) {
   return info;
 }
 
+// X := A^{-1} X with the factor of potrf (checked arguments): per column
+// of X the two triangular solves, each either a vectorized update of the
+// rows below (above) the current one or an inner product over its column.
+template <class T> void potrs_small(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
+  // The inner products may be summed in any order (vectorized).
+#pragma clang fp reassociate(on)
+  for (idx r = 0; r < nrhs; ++r) {
+    T *x = b + r * ldb;
+    if (upper) {
+      // U^H y = b: y_j = (b_j - u(0:j, j)^H y(0:j)) / u_jj.
+      for (idx j = 0; j < n; ++j) {
+        const T *c = a + j * lda;
+        T s = T(0);
+        for (idx i = 0; i < j; ++i) s += mul(nxl::conj(c[i]), x[i]);
+        x[j] = (x[j] - s) / re(c[j]);
+      }
+      // U x = y, by columns from the last.
+      for (idx j = n - 1; j >= 0; --j) {
+        const T *c = a + j * lda;
+        const T xj = x[j] / re(c[j]);
+        x[j] = xj;
+        NXL_PS_SHORT_LOOP
+        for (idx i = 0; i < j; ++i) x[i] -= mul(c[i], xj);
+      }
+    } else {
+      // L y = b, by columns.
+      for (idx j = 0; j < n; ++j) {
+        const T *c = a + j * lda;
+        const T xj = x[j] / re(c[j]);
+        x[j] = xj;
+        NXL_PS_SHORT_LOOP
+        for (idx i = j + 1; i < n; ++i) x[i] -= mul(c[i], xj);
+      }
+      // L^H x = y: x_j = (y_j - l(j+1:n, j)^H x(j+1:n)) / l_jj.
+      for (idx j = n - 1; j >= 0; --j) {
+        const T *c = a + j * lda;
+        T s = T(0);
+        for (idx i = j + 1; i < n; ++i) s += mul(nxl::conj(c[i]), x[i]);
+        x[j] = (x[j] - s) / re(c[j]);
+      }
+    }
+  }
+}
+
 }  // namespace ps
 }  // namespace NXL_LOCAL_NS
 }  // namespace nxl
 
 #define NXL_PS_CHOL(p, T)                                                                               \
+  extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##potrs_small)(const char *uplo, const nxl_int *n,     \
+      const nxl_int *nrhs, const T *a, const nxl_int *lda, T *b, const nxl_int *ldb, nxl_int *info,     \
+      int, int) {                                                                                       \
+    *info = 0;                                                                                          \
+    nxl::ps::potrs_small<T>(nxl::ps::flag_is(uplo, 'U'), *n, *nrhs, a, *lda, b, *ldb);                  \
+  }                                                                                                     \
   extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##potrf_small)(const char *uplo, const nxl_int *n,     \
       T *a, const nxl_int *lda, nxl_int *info, int, int) {                                              \
     *info = nxl::ps::flag_is(uplo, 'U') ? nxl::ps::potrf_upper<T>(*n, a, *lda)                          \
