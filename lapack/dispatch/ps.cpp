@@ -53,6 +53,12 @@ using c16 = std::complex<double>;
                   (const char *, const nxl_int *, const nxl_int *, const T *, const nxl_int *,     \
                    const nxl_int *, T *, const nxl_int *, nxl_int *, int, int),                    \
                   (tr, n, nrhs, a, lda, ipiv, b, ldb, info, one, 0))                               \
+  NXL_PS_DISPATCH(p##potrs_small,                                                                  \
+                  (const char *u, const nxl_int *n, const nxl_int *nrhs, const T *a,               \
+                   const nxl_int *lda, T *b, const nxl_int *ldb, nxl_int *info, int one),          \
+                  (const char *, const nxl_int *, const nxl_int *, const T *, const nxl_int *, T *, \
+                   const nxl_int *, nxl_int *, int, int),                                          \
+                  (u, n, nrhs, a, lda, b, ldb, info, one, 0))                                      \
   NXL_PS_DISPATCH(p##potrf_small,                                                                  \
                   (const char *u, const nxl_int *n, T *a, const nxl_int *lda, nxl_int *info,       \
                    int one),                                                                       \

@@ -115,84 +115,103 @@ template <class T> idx potrf_lower_short(idx n, T *a, idx lda) {
   return 0;
 }
 
-// Orders up to one vector: the triangle (as the lower one of U^H for 'U')
+// Orders up to two vectors: the triangle (as the lower one of U^H for 'U')
 // copied into a zeroed square of vectors and factored in registers,
 // right-looking on unscaled columns, A - a_j a_j^H / d_j, so that each step
 // waits on one division rather than a square root and a division; the
 // columns are scaled by 1/sqrt(d_j) off that chain.
 // One step of the register factorization: column J's pivot, the update of
 // the columns right of it, then column J scaled. False when the pivot fails.
-template <class T, int N, int J>
-__attribute__((always_inline)) inline bool potrf_regs_step(typename simd<T>::V *c) {
+// Each column is NV vectors; column c changes only from vector c / E down.
+template <class T, int N, int NV, int J>
+__attribute__((always_inline)) inline bool potrf_regs_step(typename simd<T>::V (*c)[NV]) {
   using S = simd<T>;
   using R = real_t<T>;
-  const R d = c[J][J * S::per];
+  constexpr int E = static_cast<int>(S::E);
+  const R d = c[J][J / E][(J % E) * S::per];
   if (!(d > R(0))) return false;
   const R invd = R(1) / d;
   [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
     auto one = [&](auto kk) __attribute__((always_inline)) {
       constexpr int cc = J + 1 + decltype(kk)::value;
+      constexpr int lane = (cc % E) * S::per;
       T f;
-      if constexpr (S::cplx) f = T(c[J][cc * 2] * invd, -c[J][cc * 2 + 1] * invd);
-      else f = c[J][cc] * invd;
-      c[cc] -= typename S::template factor<false>(f).times(c[J]);
+      if constexpr (S::cplx) f = T(c[J][cc / E][lane] * invd, -c[J][cc / E][lane + 1] * invd);
+      else f = c[J][cc / E][lane] * invd;
+      const typename S::template factor<false> ff(f);
+      for (int v = cc / E; v < NV; ++v) c[cc][v] -= ff.times(c[J][v]);
     };
     (one(std::integral_constant<int, K>{}), ...);
   }(std::make_integer_sequence<int, N - 1 - J>{});
   const R r = std::sqrt(d);
-  c[J] = c[J] * S::splat(R(1) / r);
-  c[J][J * S::per] = r;
-  if constexpr (S::cplx) c[J][J * 2 + 1] = R(0);
+  const auto s = S::splat(R(1) / r);
+  for (int v = J / E; v < NV; ++v) c[J][v] = c[J][v] * s;
+  c[J][J / E][(J % E) * S::per] = r;
+  if constexpr (S::cplx) c[J][J / E][(J % E) * 2 + 1] = R(0);
   return true;
 }
 
+// The lower triangle of order N in buf (leading dimension ldb, at least the
+// N rows rounded up to whole vectors readable) factored in registers.
 template <class T, int N> idx potrf_regs(T *buf, idx ldb) {
   using S = simd<T>;
   using V = typename S::V;
-  V c[N], keep[N];
-  for (int j = 0; j < N; ++j) c[j] = keep[j] = S::load(buf + j * ldb);
+  constexpr int E = static_cast<int>(S::E);
+  constexpr int NV = (N + E - 1) / E;
+  V c[N][NV], keep[N][NV];
+  for (int j = 0; j < N; ++j)
+    for (int v = 0; v < NV; ++v) c[j][v] = keep[j][v] = S::load(buf + j * ldb + v * E);
   idx done = 0;
   [&]<int... J>(std::integer_sequence<int, J...>) __attribute__((always_inline)) {
-    ((potrf_regs_step<T, N, J>(c) && (++done, true)) && ...);
+    (void)((potrf_regs_step<T, N, NV, J>(c) && (++done, true)) && ...);
   }(std::make_integer_sequence<int, N>{});
   const idx info = done < N ? done + 1 : 0;
   // Column j changes from its diagonal down; the rows above it, and every
   // column from a failed pivot on but that pivot, keep their bits.
   for (int j = 0; j < N; ++j) {
     const idx hi = info && j >= info ? (j == info - 1 ? j + 1 : j) : N;
-    put(buf + j * ldb, 0, j, hi, c[j], keep[j]);
+    for (int v = 0; v < NV; ++v) {
+      const idx lo = j > v * E ? j : v * E, top = hi < (v + 1) * E ? hi : (v + 1) * E;
+      if (lo < top) put(buf + j * ldb, v * E, lo, top, c[j][v], keep[j][v]);
+    }
   }
   if (info) buf[(info - 1) * (ldb + 1)] = T(re(buf[(info - 1) * (ldb + 1)]));
   return info;
 }
 
-template <class T, int N = simd<T>::E> idx potrf_regs_n(idx n, T *buf, idx ldb) {
+// Orders up to two vectors (where two vectors of columns still fit the
+// register file: 16 real or 8 complex elements at most).
+template <class T> constexpr idx regs_limit() { return simd<T>::E <= 8 ? 2 * simd<T>::E : simd<T>::E; }
+
+template <class T, int N = regs_limit<T>()> idx potrf_regs_n(idx n, T *buf, idx ldb) {
   if constexpr (N > 1)
     if (n < N) return potrf_regs_n<T, N - 1>(n, buf, ldb);
   return potrf_regs<T, N>(buf, ldb);
 }
 
 template <class T> idx potrf_tiny(bool upper, idx n, T *a, idx lda) {
+  constexpr idx D = regs_limit<T>();
   constexpr idx E = simd<T>::E;
-  // A lower triangle of exactly one vector of rows is factored where it is.
+  // A lower triangle of whole vectors of rows is factored where it is.
+  if (!upper && n == D) return potrf_regs<T, D>(a, lda);
   if (!upper && n == E) return potrf_regs<T, E>(a, lda);
-  alignas(64) T buf[E * E] = {};
+  alignas(64) T buf[D * D] = {};
   for (idx j = 0; j < n; ++j)
-    for (idx i = j; i < n; ++i) buf[i + j * E] = upper ? nxl::conj(a[j + i * lda]) : a[i + j * lda];
-  const idx info = potrf_regs_n<T>(n, buf, E);
+    for (idx i = j; i < n; ++i) buf[i + j * D] = upper ? nxl::conj(a[j + i * lda]) : a[i + j * lda];
+  const idx info = potrf_regs_n<T>(n, buf, D);
   // Columns past a failed pivot keep their input; the failed one gets d.
   const idx done = info ? info : n;
   for (idx j = 0; j < done; ++j)
     for (idx i = j; i < n; ++i) {
       if (j == done - 1 && info && i > j) break;
-      if (upper) a[j + i * lda] = nxl::conj(buf[i + j * E]);
-      else a[i + j * lda] = buf[i + j * E];
+      if (upper) a[j + i * lda] = nxl::conj(buf[i + j * D]);
+      else a[i + j * lda] = buf[i + j * D];
     }
   return info;
 }
 
 template <class T> idx potrf_lower(idx n, T *a, idx lda) {
-  return n > simd<T>::E ? potrf_lower_blocked(n, a, lda) : potrf_tiny(false, n, a, lda);
+  return n > regs_limit<T>() ? potrf_lower_blocked(n, a, lda) : potrf_tiny(false, n, a, lda);
 }
 
 // The upper triangle as the lower one of U^H in a contiguous buffer, where
@@ -211,7 +230,7 @@ template <class T> void lower_to_upper(idx n, const T *b, T *a, idx lda) {
 }
 
 template <class T> idx potrf_upper(idx n, T *a, idx lda) {
-  if (n <= simd<T>::E) return potrf_tiny(true, n, a, lda);
+  if (n <= regs_limit<T>()) return potrf_tiny(true, n, a, lda);
   constexpr idx kStack = 64;
   alignas(64) T local[kStack * kStack];
   T *b = local;
@@ -226,11 +245,61 @@ template <class T> idx potrf_upper(idx n, T *a, idx lda) {
   return info;
 }
 
+// X := A^{-1} X with the factor of potrf (checked arguments): per column
+// of X the two triangular solves, each either a vectorized update of the
+// rows below (above) the current one or an inner product over its column.
+template <class T> void potrs_small(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
+  // The inner products may be summed in any order (vectorized).
+#pragma clang fp reassociate(on)
+  for (idx r = 0; r < nrhs; ++r) {
+    T *x = b + r * ldb;
+    if (upper) {
+      // U^H y = b: y_j = (b_j - u(0:j, j)^H y(0:j)) / u_jj.
+      for (idx j = 0; j < n; ++j) {
+        const T *c = a + j * lda;
+        T s = T(0);
+        for (idx i = 0; i < j; ++i) s += mul(nxl::conj(c[i]), x[i]);
+        x[j] = (x[j] - s) / re(c[j]);
+      }
+      // U x = y, by columns from the last.
+      for (idx j = n - 1; j >= 0; --j) {
+        const T *c = a + j * lda;
+        const T xj = x[j] / re(c[j]);
+        x[j] = xj;
+        NXL_PS_SHORT_LOOP
+        for (idx i = 0; i < j; ++i) x[i] -= mul(c[i], xj);
+      }
+    } else {
+      // L y = b, by columns.
+      for (idx j = 0; j < n; ++j) {
+        const T *c = a + j * lda;
+        const T xj = x[j] / re(c[j]);
+        x[j] = xj;
+        NXL_PS_SHORT_LOOP
+        for (idx i = j + 1; i < n; ++i) x[i] -= mul(c[i], xj);
+      }
+      // L^H x = y: x_j = (y_j - l(j+1:n, j)^H x(j+1:n)) / l_jj.
+      for (idx j = n - 1; j >= 0; --j) {
+        const T *c = a + j * lda;
+        T s = T(0);
+        for (idx i = j + 1; i < n; ++i) s += mul(nxl::conj(c[i]), x[i]);
+        x[j] = (x[j] - s) / re(c[j]);
+      }
+    }
+  }
+}
+
 }  // namespace ps
 }  // namespace NXL_LOCAL_NS
 }  // namespace nxl
 
 #define NXL_PS_CHOL(p, T)                                                                               \
+  extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##potrs_small)(const char *uplo, const nxl_int *n,     \
+      const nxl_int *nrhs, const T *a, const nxl_int *lda, T *b, const nxl_int *ldb, nxl_int *info,     \
+      int, int) {                                                                                       \
+    *info = 0;                                                                                          \
+    nxl::ps::potrs_small<T>(nxl::ps::flag_is(uplo, 'U'), *n, *nrhs, a, *lda, b, *ldb);                  \
+  }                                                                                                     \
   extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##potrf_small)(const char *uplo, const nxl_int *n,     \
       T *a, const nxl_int *lda, nxl_int *info, int, int) {                                              \
     *info = nxl::ps::flag_is(uplo, 'U') ? nxl::ps::potrf_upper<T>(*n, a, *lda)                          \

@@ -1,6 +1,7 @@
 // Small-matrix LU kernels (max(m, n) <= 16 for the factorization, n and nrhs
 // <= 8 for the solve): plain loops over the columns, no BLAS calls, no
 // allocation. One source, compiled once per code path.
+#include "lapack/ps/lu_regs.h"
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
 
@@ -68,18 +69,53 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
   }
 }
 
-// Right-looking LU by panels of four columns on vectors, for m >= n >= one
+// X := L^{-1} X for the JB x ncols block X at u (leading dimension ld) and
+// the unit lower triangle of order JB at l: each column of X is held in
+// vectors (rows as lanes) and takes JB multiply-adds with the columns of L,
+// masked to the rows below each one. Reads whole vectors of rows from the
+// first row of both blocks.
+template <class T, int JB> void unit_lower_solve(const T *l, idx ld, T *u, idx ncols) {
+  using S = simd<T>;
+  using V = typename S::V;
+  constexpr int E = static_cast<int>(S::E), W = (JB + E - 1) / E;
+  V lc[JB][W];
+  for (int q = 0; q < JB; ++q)
+    for (int w = 0; w < W; ++w) {
+      const int lo = q + 1 - w * E, hi = JB - w * E;
+      lc[q][w] = S::blend(S::mask(lo > 0 ? lo : 0, hi < E ? hi : E), S::load(l + q * ld + w * E), S::splat(0));
+    }
+  for (idx col = 0; col < ncols; ++col) {
+    T *x = u + col * ld;
+    V v[W], keep[W];
+    for (int w = 0; w < W; ++w) v[w] = keep[w] = S::load(x + w * E);
+    for (int q = 0; q + 1 < JB; ++q) {
+      T xq;
+      if constexpr (S::cplx) xq = T(v[q / E][(q % E) * 2], v[q / E][(q % E) * 2 + 1]);
+      else xq = v[q / E][q % E];
+      // Masked to the rows below q: an infinite x_q must not reach the
+      // rows already final through a zero of L.
+      for (int w = q / E; w < W; ++w) v[w] = minus_product_below<T>(v[w], lc[q][w], xq, q - w * E);
+    }
+    for (int w = 0; w < W; ++w) {
+      const int lo = 1 - w * E, hi = JB - w * E;
+      if (hi > 0) put(x, w * E, w * E + (lo > 0 ? lo : 0), w * E + (hi < E ? hi : E), v[w], keep[w]);
+    }
+  }
+}
+
+// Right-looking LU by panels of KB columns on vectors, for m >= n >= one
 // vector of elements: factor the panel (pivot, interchange within the panel,
 // scale, update the panel's later columns), apply its interchanges to the
 // columns left and right of it, solve for the panel's rows of U, and update
-// the trailing matrix by a rank-4 product that keeps the panel's windows in
+// the trailing matrix by a rank-KB product that keeps the panel's windows in
 // registers while the trailing columns stream through once.
 template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   using R = real_t<T>;
+  constexpr idx KB = 8;
   const R sfmin = safe_min<R>();
   *info = 0;
-  for (idx j0 = 0; j0 < n; j0 += 4) {
-    const idx jb = n - j0 < 4 ? n - j0 : 4, j1 = j0 + jb;
+  for (idx j0 = 0; j0 < n; j0 += KB) {
+    const idx jb = n - j0 < KB ? n - j0 : KB, j1 = j0 + jb;
     T *blk = a + j0 * lda;
     for (idx c = 0; c < jb; ++c) {
       const idx j = j0 + c;
@@ -103,25 +139,43 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
         swap_rows(a, lda, j1, n, j, ipiv[j] - 1);
       }
     if (j1 >= n) break;
-    // Rows j0..j1-1 of U right of the panel: unit lower triangular solve.
-    // The multipliers and each column's four entries are held in locals, so
-    // that the columns' short recurrences overlap instead of waiting on
-    // stores to memory the compiler must assume they share.
-    T l[4][4] = {};
-    for (idx r = 1; r < jb; ++r)
-      for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
-    for (idx col = j1; col < n; ++col) {
-      T *u = a + j0 + col * lda;
-      T x[4];
-      for (idx r = 0; r < jb; ++r) x[r] = u[r];
+    // Rows j0..j1-1 of U right of the panel: unit lower triangular solve,
+    // on vectors when whole windows from row j0 lie inside the columns.
+    constexpr idx W = (KB + simd<T>::E - 1) / simd<T>::E;
+    if (j0 + W * simd<T>::E <= m) {
+      switch (jb) {
+        case 8: unit_lower_solve<T, 8>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+        case 7: unit_lower_solve<T, 7>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+        case 6: unit_lower_solve<T, 6>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+        case 5: unit_lower_solve<T, 5>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+        case 4: unit_lower_solve<T, 4>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+        case 3: unit_lower_solve<T, 3>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+        default: unit_lower_solve<T, 2>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
+      }
+    } else {
+      // The multipliers and each column's KB entries are held in locals, so
+      // that the columns' short recurrences overlap instead of waiting on
+      // stores to memory the compiler must assume they share.
+      T l[KB][KB] = {};
       for (idx r = 1; r < jb; ++r)
-        for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
-      for (idx r = 1; r < jb; ++r) u[r] = x[r];
+        for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
+      for (idx col = j1; col < n; ++col) {
+        T *u = a + j0 + col * lda;
+        T x[KB];
+        for (idx r = 0; r < jb; ++r) x[r] = u[r];
+        for (idx r = 1; r < jb; ++r)
+          for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
+        for (idx r = 1; r < jb; ++r) u[r] = x[r];
+      }
     }
     if (j1 >= m) continue;
     T *trail = a + j1 * lda;
     auto coef = [&](int q, idx col) { return trail[j0 + q + col * lda]; };
     switch (jb) {
+      case 8: rank_update<T, 8>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 7: rank_update<T, 7>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 6: rank_update<T, 6>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
+      case 5: rank_update<T, 5>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
       case 4: rank_update<T, 4>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
       case 3: rank_update<T, 3>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
       case 2: rank_update<T, 2>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
@@ -132,6 +186,10 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
 
 template <class T>
 void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+  constexpr idx E = simd<T>::E;
+  if (m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
+  if constexpr (E <= 8)
+    if (m <= 2 * E && n <= 2 * E) return getrf_in_registers<T, 2>(m, n, a, lda, ipiv, info);
   if (m >= n && n >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info);
   else getrf_right(m, n, a, lda, ipiv, info);
 }

@@ -11,6 +11,9 @@
   extern "C" void nxl_lapack_ps_##p##getrs_small(const char *, const nxl_int *, const nxl_int *,       \
                                                  const T *, const nxl_int *, const nxl_int *, T *,     \
                                                  const nxl_int *, nxl_int *, int);                     \
+  extern "C" void nxl_lapack_ps_##p##potrs_small(const char *, const nxl_int *, const nxl_int *,       \
+                                                 const T *, const nxl_int *, T *, const nxl_int *,     \
+                                                 nxl_int *, int);                                      \
   extern "C" void nxl_lapack_ps_##p##potrf_small(const char *, const nxl_int *, T *, const nxl_int *,   \
                                                  nxl_int *, int);                                      \
   extern "C" void nxl_lapack_ps_##p##potrf_u_small(const char *, const nxl_int *, T *, const nxl_int *, \
@@ -34,6 +37,10 @@ using idx = nxl_int;
   inline void getrs_small(const char *tr, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, \
                           idx ldb, idx *info) {                                                        \
     nxl_lapack_ps_##p##getrs_small(tr, &n, &nrhs, a, &lda, ipiv, b, &ldb, info, 1);                    \
+  }                                                                                                    \
+  inline void potrs_small(const char *u, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb,          \
+                          idx *info) {                                                                 \
+    nxl_lapack_ps_##p##potrs_small(u, &n, &nrhs, a, &lda, b, &ldb, info, 1);                           \
   }                                                                                                    \
   inline void potrf_small(const char *u, idx n, T *a, idx lda, idx *info) {                            \
     nxl_lapack_ps_##p##potrf_small(u, &n, a, &lda, info, 1);                                           \

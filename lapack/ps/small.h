@@ -42,7 +42,8 @@ template <class R> inline std::complex<R> inv(std::complex<R> x) {
   R r = a / b, d = b + a * r;
   return {r / d, R(-1) / d};
 }
-template <class T> inline T divide(T p, T q) { return mul(p, inv(q)); }
+// Quotient p / q, scaled so that a tiny q gives no overflowing reciprocal.
+template <class T> inline T divide(T p, T q) { return div(p, q); }
 template <class T> inline T divide_real(T p, real_t<T> q) { return p / q; }
 
 // Row of the pivot in x[0..n): the first NaN, else the first entry of

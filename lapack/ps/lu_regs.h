@@ -1,0 +1,297 @@
+// LU with partial pivoting held entirely in vector registers, for matrices
+// of at most NV vectors of rows and NV vectors of columns: each column is NV
+// vectors with the rows as lanes, the matrix zero-padded to a square of
+// D = NV * E. The steps are unrolled at compile time: the pivot search is a
+// vector max-reduction over the candidate rows, the row interchange a pair
+// of lane blends on every column, and the trailing update one masked
+// multiply-add per column vector. The arithmetic per element is that of the
+// right-looking column algorithm, so the factors are the same.
+#ifndef NXL_LAPACK_PS_LU_REGS_H
+#define NXL_LAPACK_PS_LU_REGS_H
+
+#include <cstdint>
+#include <utility>
+#if defined(__AVX512F__)
+#include <immintrin.h>
+#endif
+#include "lapack/ps/simd.h"
+#include "lapack/ps/small.h"
+
+namespace nxl {
+inline namespace NXL_LOCAL_NS {
+namespace ps {
+
+// Every lane set to the largest lane of x (signed integers), by halving
+// butterflies, so the result needs no broadcast.
+template <class M> __attribute__((always_inline)) inline M lanes_max(M x) {
+  constexpr int W = sizeof(M) / sizeof(x[0]);
+  auto mx = [](M a, M b) { const M gt = a > b; return (a & gt) | (b & ~gt); };
+  if constexpr (W == 16) x = mx(x, __builtin_shufflevector(x, x, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1, 2, 3, 4, 5, 6, 7));
+  if constexpr (W == 16) {
+    x = mx(x, __builtin_shufflevector(x, x, 4, 5, 6, 7, 0, 1, 2, 3, 12, 13, 14, 15, 8, 9, 10, 11));
+    x = mx(x, __builtin_shufflevector(x, x, 2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13));
+    x = mx(x, __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14));
+  } else {
+    x = mx(x, __builtin_shufflevector(x, x, 4, 5, 6, 7, 0, 1, 2, 3));
+    x = mx(x, __builtin_shufflevector(x, x, 2, 3, 0, 1, 6, 7, 4, 5));
+    x = mx(x, __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6));
+  }
+  return x;
+}
+
+// Bit k set where lane k of the comparison result x is true.
+template <class M> __attribute__((always_inline)) inline uint32_t lane_bits(M x) {
+#if defined(__AVX512F__)
+  if constexpr (sizeof(x[0]) == 8) return _mm512_test_epi64_mask((__m512i)x, (__m512i)x);
+  else return _mm512_test_epi32_mask((__m512i)x, (__m512i)x);
+#else
+  constexpr int W = sizeof(M) / sizeof(x[0]);
+  uint32_t b = 0;
+  for (int k = 0; k < W; ++k) b |= static_cast<uint32_t>(x[k] & 1) << k;
+  return b;
+#endif
+}
+
+// Lane k of the result is lane idx[k] of the NV vectors x taken as one.
+template <int NV, class V, class M> __attribute__((always_inline)) inline V permute(const V *x, M idx) {
+  constexpr int W = sizeof(V) / sizeof(x[0][0]);
+#if defined(__AVX512F__)
+  if constexpr (NV <= 2) {
+    if constexpr (sizeof(x[0][0]) == 8) {
+      if constexpr (NV == 1) return (V)_mm512_permutexvar_pd((__m512i)idx, (__m512d)x[0]);
+      else return (V)_mm512_permutex2var_pd((__m512d)x[0], (__m512i)idx, (__m512d)x[1]);
+    } else {
+      if constexpr (NV == 1) return (V)_mm512_permutexvar_ps((__m512i)idx, (__m512)x[0]);
+      else return (V)_mm512_permutex2var_ps((__m512)x[0], (__m512i)idx, (__m512)x[1]);
+    }
+  }
+#endif
+  V out;
+  for (int k = 0; k < W; ++k) out[k] = x[idx[k] / W][idx[k] % W];
+  return out;
+}
+
+// x - l * u on the lanes of the elements after the first `after` + 1 of a
+// vector (all of them when `after` < 0), x elsewhere: one masked
+// multiply-add per real product, so the kept lanes keep their bits.
+template <class T, class V>
+__attribute__((always_inline)) inline V minus_product_below(V x, V l, T u, int after) {
+  using S = simd<T>;
+  const typename S::M below = S::mask(after + 1 > 0 ? after + 1 : 0, S::E);
+#if defined(__AVX512F__)
+  using R = real_t<T>;
+  if constexpr (sizeof(R) == 8) {
+    const __mmask8 k = static_cast<__mmask8>(lane_bits(below));
+    if constexpr (S::cplx) {
+      const __m512d y = _mm512_mask3_fnmadd_pd((__m512d)l, _mm512_set1_pd(u.real()), (__m512d)x, k);
+      const V ui = S::splat(-u.imag()) * vtypes<R>::sign();
+      return (V)_mm512_mask3_fnmadd_pd((__m512d)vtypes<R>::swap(l), (__m512d)ui, y, k);
+    } else {
+      return (V)_mm512_mask3_fnmadd_pd((__m512d)l, _mm512_set1_pd(u), (__m512d)x, k);
+    }
+  } else {
+    const __mmask16 k = static_cast<__mmask16>(lane_bits(below));
+    if constexpr (S::cplx) {
+      const __m512 y = _mm512_mask3_fnmadd_ps((__m512)l, _mm512_set1_ps(u.real()), (__m512)x, k);
+      const V ui = S::splat(-u.imag()) * vtypes<R>::sign();
+      return (V)_mm512_mask3_fnmadd_ps((__m512)vtypes<R>::swap(l), (__m512)ui, y, k);
+    } else {
+      return (V)_mm512_mask3_fnmadd_ps((__m512)l, _mm512_set1_ps(u), (__m512)x, k);
+    }
+  }
+#else
+  return S::blend(below, x - typename S::template factor<false>(u).times(l), x);
+#endif
+}
+
+template <class T, int NV> struct lu_regs {
+  using S = simd<T>;
+  using R = real_t<T>;
+  using V = typename S::V;
+  using M = typename S::M;
+  using Lane = typename S::Lane;
+  static constexpr int E = static_cast<int>(S::E);
+  static constexpr int D = NV * E;
+  static constexpr int P = static_cast<int>(S::per);
+
+  V c[D][NV];
+  M row[NV];   // the row of each lane
+  M valid[NV]; // lanes of the rows 0..m-1
+  idx info = 0;
+
+  // Row index of every lane of vector v (both lanes of a complex element).
+  __attribute__((always_inline)) static M rows_of(int v) { return (vtypes<R>::lane() >> (P == 2 ? 1 : 0)) + static_cast<Lane>(v * E); }
+  __attribute__((always_inline)) static V splat_t(T x) {
+    V v;
+    for (int k = 0; k < E; ++k) {
+      if constexpr (P == 2) {
+        v[2 * k] = x.real();
+        v[2 * k + 1] = x.imag();
+      } else {
+        v[k] = x;
+      }
+    }
+    return v;
+  }
+  // Element I of column j, I a constant.
+  template <int I> __attribute__((always_inline)) T at(int j) const {
+    if constexpr (P == 2) return T(c[j][I / E][(I % E) * 2], c[j][I / E][(I % E) * 2 + 1]);
+    else return c[j][I / E][I % E];
+  }
+
+  __attribute__((always_inline)) void load(idx m, idx n, const T *a, idx lda) {
+    for (int v = 0; v < NV; ++v) {
+      row[v] = rows_of(v);
+      valid[v] = row[v] < static_cast<Lane>(m);
+    }
+    if (m == D) {
+      for (int j = 0; j < D; ++j)
+        for (int v = 0; v < NV; ++v) c[j][v] = j < n ? S::load(a + j * lda + v * E) : S::splat(R(0));
+      return;
+    }
+    alignas(64) T col[D];
+    for (int j = 0; j < D; ++j) {
+      for (idx i = 0; i < D; ++i) col[i] = j < n && i < m ? a[i + j * lda] : T(0);
+      for (int v = 0; v < NV; ++v) c[j][v] = S::load(col + v * E);
+    }
+  }
+
+  __attribute__((always_inline)) void store(idx m, idx n, T *a, idx lda) const {
+    if (m == D) {
+      for (int j = 0; j < D; ++j)
+        if (j < n)
+          for (int v = 0; v < NV; ++v) S::store(a + j * lda + v * E, c[j][v]);
+      return;
+    }
+    alignas(64) T col[D];
+    for (int j = 0; j < n; ++j) {
+      for (int v = 0; v < NV; ++v) S::store(col + v * E, c[j][v]);
+      for (idx i = 0; i < m; ++i) a[i + j * lda] = col[i];
+    }
+  }
+
+  // Row of the pivot of column J: the first NaN, else the first row of
+  // largest |re| + |im| among the rows J..m-1. The magnitudes are compared as
+  // integers (their bit patterns order as the values do), with every NaN
+  // raised to one key above infinity.
+  template <int J> __attribute__((always_inline)) idx pivot() const {
+    const M nan_key = (M)S::splat(__builtin_inf()) + Lane(1);
+    M key[NV], best = M{} - Lane(1);
+    for (int v = 0; v < NV; ++v) {
+      V a = S::abs(c[J][v]);
+      if constexpr (P == 2) a = a + vtypes<R>::swap(a);
+      M k = (M)a;
+      const M over = k > nan_key;
+      k = (k & ~over) | (nan_key & over);
+      const M use = valid[v] & (row[v] >= static_cast<Lane>(J));
+      key[v] = (k & use) | (~use & (M{} - Lane(1)));
+      const M gt = key[v] > best;
+      best = (key[v] & gt) | (best & ~gt);
+    }
+    best = lanes_max(best);
+    uint32_t bits = 0;
+    for (int v = 0; v < NV; ++v) bits |= lane_bits(key[v] == best) << (v * E * P);
+    return __builtin_ctz(bits) / P;
+  }
+
+  // Rows J and p of every column exchanged: one lane permutation per vector.
+  template <int J> __attribute__((always_inline)) void swap_rows(int j0, idx p) {
+    M idx[NV];
+    for (int v = 0; v < NV; ++v) {
+      const M g = vtypes<R>::lane() + static_cast<Lane>(v * E * P);
+      idx[v] = g + ((row[v] == static_cast<Lane>(J)) & static_cast<Lane>((p - J) * P)) +
+               ((row[v] == static_cast<Lane>(p)) & static_cast<Lane>((J - p) * P));
+    }
+    for (int j = j0; j < D; ++j) {
+      V out[NV];
+      for (int v = 0; v < NV; ++v) out[v] = permute<NV>(c[j], idx[v]);
+      for (int v = 0; v < NV; ++v) c[j][v] = out[v];
+    }
+  }
+
+  // 1/x of every element; complex by Smith's scaling, as inv() does for one.
+  __attribute__((always_inline)) static V reciprocals(V x) {
+    if constexpr (P == 1) {
+      return S::splat(R(1)) / x;
+    } else {
+      // Even lanes compute the element's quotients: a = re, b = im.
+      const V xs = vtypes<R>::swap(x);
+      const M big = (M)(S::abs(x) >= S::abs(xs));  // |a| >= |b| on the even lanes
+      const V p = S::blend(big, x, xs), q = S::blend(big, xs, x);
+      const V r = q / p, d = p + q * r;
+      const V one = S::splat(R(1));
+      const V nre = S::blend(big, one, r), nim = S::blend(big, -r, -one);
+      const M even = (vtypes<R>::lane() & Lane(1)) == Lane(0);
+      return S::blend(even, nre, vtypes<R>::swap(nim)) / S::blend(even, d, vtypes<R>::swap(d));
+    }
+  }
+
+  template <int J> __attribute__((always_inline)) void step(idx *ipiv) {
+    // The reciprocals of the whole column are formed while the pivot search
+    // runs, so that the division is off the chain of
+    // dependent steps; the pivot's one is then picked by a permutation.
+    V recip[NV];
+    for (int v = 0; v < NV; ++v) recip[v] = reciprocals(c[J][v]);
+    const idx p = pivot<J>();
+    ipiv[J] = p + 1;
+    swap_rows<J>(0, p);
+    const T piv = at<J>(J);
+    if (piv != T(0)) {
+      if (abs1(piv) >= safe_min<R>()) {
+        // The pivot's reciprocal on every lane (complex: the pair repeated).
+        const V rb = permute<NV>(recip, (vtypes<R>::lane() & static_cast<Lane>(P - 1)) + static_cast<Lane>(p * P));
+        T rp;
+        if constexpr (P == 2) rp = T(rb[0], rb[1]);
+        else rp = rb[0];
+        const typename S::template factor<false> r(rp);
+        for (int v = J / E; v < NV; ++v) {
+          const M below = row[v] > static_cast<Lane>(J);
+          V scaled;
+          if constexpr (P == 1) scaled = c[J][v] * rb;
+          else scaled = r.times(c[J][v]);
+          c[J][v] = S::blend(below, scaled, c[J][v]);
+        }
+      } else {
+        alignas(64) T col[D];
+        for (int v = 0; v < NV; ++v) S::store(col + v * E, c[J][v]);
+        for (int i = J + 1; i < D; ++i) col[i] = divide(col[i], piv);
+        for (int v = 0; v < NV; ++v) c[J][v] = S::load(col + v * E);
+      }
+    } else if (info == 0) {
+      info = J + 1;
+    }
+    // Trailing update of the rows below J; the rows above keep their bits
+    // even where a multiplier times an infinite entry would give NaN.
+    [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
+      auto one = [&](auto kk) __attribute__((always_inline)) {
+        constexpr int col = J + 1 + decltype(kk)::value;
+        const T u = at<J>(col);
+        for (int v = J / E; v < NV; ++v) c[col][v] = minus_product_below<T>(c[col][v], c[J][v], u, J - v * E);
+      };
+      (one(std::integral_constant<int, K>{}), ...);
+    }(std::make_integer_sequence<int, D - 1 - J>{});
+  }
+
+  template <bool Full> __attribute__((always_inline)) void run(idx k, idx *ipiv) {
+    [&]<int... J>(std::integer_sequence<int, J...>) __attribute__((always_inline)) {
+      if constexpr (Full) (step<J>(ipiv), ...);
+      else (void)((J < k && (step<J>(ipiv), true)) && ...);
+    }(std::make_integer_sequence<int, D>{});
+  }
+};
+
+// m x n with m, n <= NV vectors of elements.
+template <class T, int NV> void getrf_in_registers(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+  lu_regs<T, NV> r;
+  r.load(m, n, a, lda);
+  if (m == lu_regs<T, NV>::D && n == m) r.template run<true>(m, ipiv);
+  else r.template run<false>(m < n ? m : n, ipiv);
+  r.store(m, n, a, lda);
+  *info = r.info;
+}
+
+}  // namespace ps
+}  // namespace NXL_LOCAL_NS
+}  // namespace nxl
+
+#endif  // NXL_LAPACK_PS_LU_REGS_H

@@ -1,0 +1,215 @@
+// Small LU kernels (register-resident and blocked): residuals at every
+// order and shape up to past the kernels' limits, the pivot tie rule, zero
+// pivots, NaN and infinite entries, padded leading dimensions, and the
+// small solve with its own argument checks.
+#include <gtest/gtest.h>
+#include <cmath>
+#include <limits>
+#include "lapack/lu/gesv.h"
+#include "service/nxl_serv.h"
+#include "util.h"
+
+using lt::idx;
+namespace lp = nxl::lapack;
+
+namespace {
+template <class T> class SmallLu : public ::testing::Test {};
+using Types = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
+TYPED_TEST_SUITE(SmallLu, Types);
+
+template <class T> T sentinel() { return T(-77); }
+
+// Factors a with lda = m + 3 (rows m.. hold a sentinel that must survive).
+template <class T> void factor(idx m, idx n, std::vector<T> &a, idx lda, std::vector<idx> &ipiv, idx &info) {
+  ipiv.assign(static_cast<size_t>(std::max<idx>(1, std::min(m, n))), -5);
+  lp::getrf<T>(&m, &n, a.data(), &lda, ipiv.data(), &info);
+}
+
+template <class T> std::vector<T> padded(idx m, idx n, idx lda, unsigned seed) {
+  auto a = lt::random_matrix<T>(m, n, lda, seed);
+  for (idx j = 0; j < n; ++j)
+    for (idx i = m; i < lda; ++i) a[i + j * lda] = sentinel<T>();
+  return a;
+}
+}  // namespace
+
+// Square, tall and wide matrices of every order 1..70: |PA - LU| small,
+// pivots in range, the rows past m untouched.
+TYPED_TEST(SmallLu, ResidualEveryOrderAndShape) {
+  using T = TypeParam;
+  for (idx n = 1; n <= 70; ++n)
+    for (idx dm : {0, 3, -3}) {
+      const idx m = n + dm;
+      if (m < 1) continue;
+      const idx lda = m + 3;
+      auto a0 = padded<T>(m, n, lda, static_cast<unsigned>(n * 7 + dm + 11));
+      auto a = a0;
+      std::vector<idx> ipiv;
+      idx info = -9;
+      factor(m, n, a, lda, ipiv, info);
+      ASSERT_EQ(info, 0) << m << "x" << n;
+      for (idx i = 0; i < std::min(m, n); ++i) ASSERT_TRUE(ipiv[i] > i && ipiv[i] <= m) << m << "x" << n;
+      EXPECT_LT(lt::lu_residual(m, n, a0.data(), lda, a.data(), ipiv.data()), 30.0) << m << "x" << n;
+      for (idx j = 0; j < n; ++j)
+        for (idx i = m; i < lda; ++i) ASSERT_EQ(a[i + j * lda], sentinel<T>()) << m << "x" << n;
+    }
+}
+
+// Of equal magnitudes the upper row is the pivot, at every step: a column
+// of +-1 (and, complex, of |re| + |im| ties) pivots on its first candidate.
+TYPED_TEST(SmallLu, TiesTakeTheUpperRow) {
+  using T = TypeParam;
+  for (idx n : {3, 4, 8, 9, 16, 33}) {
+    const idx lda = n;
+    std::vector<T> a(static_cast<size_t>(n * n));
+    for (idx j = 0; j < n; ++j)
+      for (idx i = 0; i < n; ++i) {
+        // Column 0: magnitudes 1 everywhere but 2 at rows 2 and n-1.
+        T v = (i + j) % 2 ? T(-1) : T(1);
+        if (j == 0 && (i == 2 || i == n - 1)) v = T(-2);
+        if constexpr (lt::cplx<T>)
+          if (j == 0 && i == n - 1) v = T(-1, 1);
+        a[i + j * lda] = j == 0 ? v : T(static_cast<double>((i * 7 + j * 3) % 5) - 2.0);
+      }
+    std::vector<idx> ipiv;
+    idx info = 0;
+    factor(n, n, a, lda, ipiv, info);
+    EXPECT_EQ(ipiv[0], n > 2 ? 3 : 1) << n;
+  }
+  // A column that is all ties: every step keeps its diagonal row.
+  for (idx n : {4, 8, 16}) {
+    std::vector<T> a(static_cast<size_t>(n * n), T(0));
+    for (idx j = 0; j < n; ++j)
+      for (idx i = 0; i < n; ++i) a[i + j * n] = i >= j ? T(i == j ? 4 : 1) : T(0);
+    for (idx i = 0; i < n; ++i) a[i] = T(1);  // column 0: all ones
+    std::vector<idx> ipiv;
+    idx info = 0;
+    factor(n, n, a, n, ipiv, info);
+    EXPECT_EQ(ipiv[0], 1);
+  }
+}
+
+// An exactly zero column k: info = k + 1, the factorization completed (the
+// residual still holds) and the column left unscaled.
+TYPED_TEST(SmallLu, ZeroColumnReportsFirstZeroPivot) {
+  using T = TypeParam;
+  for (idx n : {1, 2, 4, 7, 8, 11, 16, 24, 32, 64})
+    for (idx k : {idx(0), n / 2, n - 1}) {
+      const idx lda = n + 1;
+      auto a0 = padded<T>(n, n, lda, static_cast<unsigned>(n + 100 * k));
+      for (idx i = 0; i < n; ++i) a0[i + k * lda] = T(0);
+      if (k + 1 < n)  // a second zero column later must not overwrite info
+        for (idx i = 0; i < n; ++i) a0[i + (n - 1) * lda] = T(0);
+      auto a = a0;
+      std::vector<idx> ipiv;
+      idx info = 0;
+      factor(n, n, a, lda, ipiv, info);
+      EXPECT_EQ(info, k + 1) << n << " " << k;
+      EXPECT_LT(lt::lu_residual(n, n, a0.data(), lda, a.data(), ipiv.data()), 30.0) << n << " " << k;
+    }
+}
+
+// NaN is the pivot wherever it stands; an infinite entry of U spoils no
+// column left of it and keeps its own value.
+TYPED_TEST(SmallLu, NanAndInfinity) {
+  using T = TypeParam;
+  using R = lt::real_t<T>;
+  const R nan = std::numeric_limits<R>::quiet_NaN(), inf = std::numeric_limits<R>::infinity();
+  for (idx n : {2, 5, 8, 13, 16, 40}) {
+    for (idx r : {idx(0), n / 2, n - 1}) {
+      auto a = padded<T>(n, n, n, static_cast<unsigned>(3 * n + r));
+      a[r] = T(nan);
+      std::vector<idx> ipiv;
+      idx info = 0;
+      factor(n, n, a, n, ipiv, info);
+      EXPECT_EQ(ipiv[0], r + 1) << n << " " << r;
+    }
+    // Row 0 dominates column 0, so it stays the first pivot row; its entry in
+    // the last column is infinite.
+    auto a = padded<T>(n, n, n, static_cast<unsigned>(5 * n));
+    a[0] = T(10);
+    a[(n - 1) * n] = T(inf);
+    std::vector<idx> ipiv;
+    idx info = 0;
+    factor(n, n, a, n, ipiv, info);
+    EXPECT_EQ(ipiv[0], 1);
+    EXPECT_EQ(std::real(a[(n - 1) * n]), inf) << n;
+    for (idx j = 0; j + 1 < n; ++j)
+      for (idx i = 0; i < n; ++i) ASSERT_TRUE(std::isfinite(lt::mag(a[i + j * n]))) << n << " " << i << " " << j;
+  }
+}
+
+// A tiny pivot (below the safe minimum) divides instead of multiplying by a
+// reciprocal that would overflow.
+TYPED_TEST(SmallLu, TinyPivotDivides) {
+  using T = TypeParam;
+  using R = lt::real_t<T>;
+  const R tiny = std::numeric_limits<R>::denorm_min() * R(64);
+  for (idx n : {3, 8, 16}) {
+    std::vector<T> a(static_cast<size_t>(n * n), T(0));
+    for (idx i = 0; i < n; ++i) a[i + i * n] = T(1);
+    a[0] = T(tiny);
+    a[1] = T(tiny / R(2));
+    std::vector<idx> ipiv;
+    idx info = 0;
+    factor(n, n, a, n, ipiv, info);
+    EXPECT_EQ(info, 0);
+    EXPECT_EQ(ipiv[0], 1);
+    EXPECT_NEAR(std::real(a[1]), 0.5, 1e-6) << n;
+  }
+}
+
+// The small solve (n, nrhs <= 8) for the three operators, and above it.
+TYPED_TEST(SmallLu, SolveEveryOperator) {
+  using T = TypeParam;
+  for (idx n : {1, 2, 5, 8, 9, 16, 40})
+    for (idx nrhs : {1, 3, 8, 9})
+      for (char tr : {'N', 'T', 'C'}) {
+        const idx lda = n + 2, ldb = n + 1;
+        auto a0 = padded<T>(n, n, lda, static_cast<unsigned>(n * 13 + nrhs));
+        auto a = a0;
+        std::vector<idx> ipiv;
+        idx info = 0;
+        factor(n, n, a, lda, ipiv, info);
+        ASSERT_EQ(info, 0);
+        auto b = lt::random_matrix<T>(n, nrhs, ldb, static_cast<unsigned>(n + nrhs));
+        auto x = b;
+        char t[2] = {tr, 0};
+        lp::getrs<T>(t, &n, &nrhs, a.data(), &lda, ipiv.data(), x.data(), &ldb, &info);
+        ASSERT_EQ(info, 0);
+        EXPECT_LT(lt::solve_residual(tr, n, nrhs, a0.data(), lda, x.data(), ldb, b.data(), ldb), 50.0)
+            << n << " " << nrhs << " " << tr;
+      }
+}
+
+namespace {
+struct Report {
+  static inline std::string name;
+  static inline idx pos = 0;
+  static void handler(const char *n, const nxl_int *info, int len) {
+    name.assign(n, static_cast<size_t>(len));
+    pos = *info;
+  }
+};
+}  // namespace
+
+// The small solve checks its own arguments, in the standard's positions.
+TEST(SmallLuChecks, SolveReportsBadArguments) {
+  auto old = nxl_serv_set_xerbla(Report::handler);
+  double a[4] = {1, 0, 0, 1}, b[2] = {1, 1};
+  idx ipiv[2] = {1, 2};
+  struct Case {
+    const char *tr;
+    idx n, nrhs, lda, ldb, pos;
+  } cases[] = {{"X", 2, 1, 2, 2, 1}, {"N", -1, 1, 2, 2, 2}, {"N", 2, -1, 2, 2, 3},
+               {"N", 2, 1, 1, 2, 5}, {"T", 2, 1, 2, 1, 8}};
+  for (const auto &c : cases) {
+    Report::pos = 0;
+    idx info = 0;
+    lp::getrs<double>(c.tr, &c.n, &c.nrhs, a, &c.lda, ipiv, b, &c.ldb, &info);
+    EXPECT_EQ(info, -c.pos);
+    EXPECT_EQ(Report::pos, c.pos);
+    EXPECT_EQ(Report::name, "DGETRS");
+  }
+  nxl_serv_set_xerbla(old);
+}
