@@ -92,8 +92,9 @@ template <class R> struct KernelTable {
   // Real forward untangle. Z (h values per transform, [k][q] layout, row
   // length s0) is the h-point transform of z_j = x_2j + i x_2j+1; writes
   // X_k, k = 0..h, of each of the s0 transforms to re/im[q*dist + k*stride],
-  // scaled. ur/ui: exp(-2 pi i k / 2h), k = 0..h.
-  void (*r2c_post)(long h, long s0, const R *zr, const R *zi, const R *ur, const R *ui, R *re, R *im,
+  // scaled. ur/ui: exp(-2 pi i k / 2h), k = 0..h. For s0 == 1, zr/zi have
+  // room for h+1 values: the kernel may copy Z_0 to index h.
+  void (*r2c_post)(long h, long s0, R *zr, R *zi, const R *ur, const R *ui, R *re, R *im,
                    long stride, long dist, R scale);
   // Real backward pre-pass: from X_k, k = 0..h, at re/im[q*dist + k*stride],
   // forms Z_k = (X_k + conj X_{h-k}) + i conj(u_k) (X_k - conj X_{h-k}),

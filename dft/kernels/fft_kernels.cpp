@@ -819,12 +819,14 @@ void tscatter(long n, long b, long ld, const T *__restrict yr, const T *__restri
   }
 }
 
-// X_k = E_k + u_k O_k with E_k = (Z_k + conj Z_{h-k})/2, O_k = (Z_k - conj Z_{h-k})/(2i).
+// X_k = E_k + u_k O_k with E_k = (Z_k + conj Z_{h-k})/2, O_k = (Z_k - conj Z_{h-k})/(2i),
+// for k = 0 .. h-1 (Z_h = Z_0 at index h, so that the loop runs over whole
+// vectors with no remainder for h a power of two).
 template <int OM, class T>
 NXL_AI void r2c_one(long h, const T *__restrict zr, const T *__restrict zi, const T *__restrict ur,
                     const T *__restrict ui, T *re, T *im, T half) {
 #pragma omp simd
-  for (long k = 1; k < h; ++k) {
+  for (long k = 0; k < h; ++k) {
     const T ar = zr[k], ai = zi[k], br = zr[h - k], bi = zi[h - k];
     const T er = ar + br, ei = ai - bi, or_ = ai + bi, oi = br - ar;
     const T wr = ur[k], wi = ui[k];
@@ -833,13 +835,15 @@ NXL_AI void r2c_one(long h, const T *__restrict zr, const T *__restrict zi, cons
 }
 
 template <class T>
-void r2c_post(long h, long s0, const T *__restrict zr, const T *__restrict zi, const T *__restrict ur,
-              const T *__restrict ui, T *re, T *im, long stride, long dist, T scale) {
+void r2c_post(long h, long s0, T *zr, T *zi, const T *__restrict ur, const T *__restrict ui, T *re, T *im,
+              long stride, long dist, T scale) {
   const T half = T(0.5) * scale;
   if (s0 == 1 && h > 1 && stride == 2 && (im == re + 1 || re == im + 1)) {
+    const T z0r = zr[0], z0i = zi[0];
+    zr[h] = z0r;
+    zi[h] = z0i;
     if (im == re + 1) r2c_one<1>(h, zr, zi, ur, ui, re, im, half);
     else r2c_one<2>(h, zr, zi, ur, ui, im, re, half);
-    const T z0r = zr[0], z0i = zi[0];
     re[0] = (z0r + z0i) * scale; im[0] = T(0);
     re[2 * h] = (z0r - z0i) * scale; im[2 * h] = T(0);
     return;

@@ -136,6 +136,17 @@ TEST(EngineSmall, EveryPowerOfTwoLayoutAndBuild) {
   E::set_kernel_override(-1);
 }
 
+// The real forward untangling of one transform into interleaved output runs
+// over whole vectors (Z_0 repeated at index h); every even length, power of
+// two or not, against the direct sum.
+TEST(EngineSmall, RealTransformsOfEveryEvenLength) {
+  for (long n2 = 2; n2 <= 260; n2 += 2) {
+    check_real_small<double>(n2);
+    check_real_small<float>(n2);
+  }
+  for (long n2 : {2L * 1009, 3000L, 4096L + 2}) check_real_small<double>(n2);
+}
+
 // A threaded batch gives the same bits as the transforms one at a time.
 template <class R> void check_threaded_batch(long n, long hm) {
   const auto x = to<R>(random_complex(n * hm, 77));
