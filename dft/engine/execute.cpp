@@ -19,16 +19,21 @@ namespace {
 
 // Runs body(thread, lo, hi) over [0, units) split statically among nt
 // threads; with one thread, directly on the caller (no parallel region).
-template <class F> void team(int nt, long units, F &&body) {
-  if (nt <= 1) {
-    body(0, 0L, units);
-    return;
-  }
+// The parallel region stays out of line: a function that contains one pays
+// the runtime's thread lookup on every call, taken or not.
+template <class F> __attribute__((noinline)) void team_region(int nt, long units, F &body) {
 #pragma omp parallel num_threads(nt)
   {
     const int t = omp_get_thread_num(), m = omp_get_num_threads();
     body(t, units * t / m, units * (t + 1) / m);
   }
+}
+template <class F> void team(int nt, long units, F &&body) {
+  if (nt <= 1) {
+    body(0, 0L, units);
+    return;
+  }
+  team_region(nt, units, body);
 }
 
 template <class R> inline SBuf<const R> cst(SBuf<R> b) { return {b.r, b.i, b.step}; }
@@ -140,6 +145,15 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
   if (nd->nst == 0) {
     copy_seq<R>(n * s0, x, y);
     return;
+  }
+  if (s0 == 1 && nd->small_e >= 0) {
+    const typename KernelTable<R>::Small f =
+        small_kernel<R>(nd, k, mode_of(x.r, x.i, x.step), mode_of<R>(y.r, y.i, y.step));
+    if (f) {
+      f(1, base_of(x.r, x.i, x.step), x.i, 0, const_cast<R *>(base_of<R>(y.r, y.i, y.step)), y.i, 0,
+        nd->ar + nd->small_tw, nd->ai + nd->small_tw, R(1));
+      return;
+    }
   }
   R *w = work;
   SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
@@ -297,6 +311,26 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   const KernelTable<R> *k = pl->k;
   const long n = pl->n;
   const Node<R> *root = pl->root;
+  // Short power-of-two transforms of unit-stride data: each straight from
+  // the input to the output through the in-register kernel, scale included;
+  // no work areas, gathers or scatters.
+  if (root->kind == Node<R>::kStockham && root->small_e >= 0) {
+    const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
+    const typename KernelTable<R>::Small f =
+        xs && ys ? small_kernel<R>(root, k, mode_of(in.re, in.im, xs), mode_of<R>(out.re, out.im, ys)) : nullptr;
+    if (f) {
+      const R *xb = base_of(in.re, in.im, xs);
+      R *yb = const_cast<R *>(base_of<R>(out.re, out.im, ys));
+      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
+      // Threads only for batches long enough to pay for the parallel region.
+      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
+      team(nt, hm, [&](int, long lo, long hi) {
+        f(hi - lo, xb + lo * in.dist, in.im + lo * in.dist, in.dist, yb + lo * out.dist, out.im + lo * out.dist,
+          out.dist, tr, ti, scale);
+      });
+      return 0;
+    }
+  }
   // One short transform between unit-stride arrays: straight to the passes,
   // with their work on the stack (no work slot to take). With two passes or
   // more the first reads all of x before the last writes y, so x and y may

@@ -25,6 +25,15 @@ namespace nxl::dft {
 enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kNumRadix };
 inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16};
 
+// Whole transforms of n = 2^e points held in registers, e <= kSmallMaxLog.
+inline constexpr int kSmallMaxLog = 10;
+// Input/output layout pairs of the in-register transforms ([in][out] mode,
+// modes as the passes' below): split to split, interleaved to interleaved
+// in either order, interleaved to split (the real forward transform's
+// half-length input) and split to exchanged interleaved (the real backward
+// transform's output).
+enum SmallIO { kIO00, kIO11, kIO22, kIO10, kIO02, kNumSmallIO };
+
 template <class R> struct KernelTable {
   // A pass computes the part [lo, hi) of its m*s butterflies, numbered
   // p*s + q (so that threads can share a pass); lo and hi are multiples of
@@ -44,6 +53,19 @@ template <class R> struct KernelTable {
   Pass passqv[kNumRadix][3]; // s % lanes == 0, hand-vectorised; [output mode]
   Pass passqh[kNumRadix][3]; // s % (lanes/2) == 0, the same with half vectors
   GenPass gen;
+  // In-register transforms: `hm` transforms of n = 2^e points, transform t
+  // read from element 0 at xr/xi + t*xd and written at yr/yi + t*yd (reals;
+  // interleaved modes use xr/yr as the base of the pairs). The n points are
+  // taken as an (n/w) x w matrix: w-point butterflies across vectors, the
+  // twiddles w_n^(p k) in [k-1][p] layout (k < w, p < n/w), w x w transposes
+  // in registers, then n/w-point butterflies across vectors. Input may be the
+  // output (all of a transform is read before any of it is written). Every
+  // value is multiplied by `scale`. small[e][io] is null where there is no
+  // such kernel; small_w[e] gives w (0: none).
+  using Small = void (*)(long hm, const R *xr, const R *xi, long xd, R *yr, R *yi, long yd, const R *twr,
+                         const R *twi, R scale);
+  Small small[kSmallMaxLog + 1][kNumSmallIO];
+  int small_w[kSmallMaxLog + 1];
   // First pass (s == 1) of radix `lanes` (the vector length: 2, 4, 8 or 16),
   // vectorised with in-register transposes; needs m % lanes == 0. [input mode]
   int lanes;
@@ -70,8 +92,9 @@ template <class R> struct KernelTable {
   // Real forward untangle. Z (h values per transform, [k][q] layout, row
   // length s0) is the h-point transform of z_j = x_2j + i x_2j+1; writes
   // X_k, k = 0..h, of each of the s0 transforms to re/im[q*dist + k*stride],
-  // scaled. ur/ui: exp(-2 pi i k / 2h), k = 0..h.
-  void (*r2c_post)(long h, long s0, const R *zr, const R *zi, const R *ur, const R *ui, R *re, R *im,
+  // scaled. ur/ui: exp(-2 pi i k / 2h), k = 0..h. For s0 == 1, zr/zi have
+  // room for h+1 values: the kernel may copy Z_0 to index h.
+  void (*r2c_post)(long h, long s0, R *zr, R *zi, const R *ur, const R *ui, R *re, R *im,
                    long stride, long dist, R scale);
   // Real backward pre-pass: from X_k, k = 0..h, at re/im[q*dist + k*stride],
   // forms Z_k = (X_k + conj X_{h-k}) + i conj(u_k) (X_k - conj X_{h-k}),

@@ -161,7 +161,11 @@ template <class R> constexpr long kFourStepMin = 1L << 21;
 
 template <class R> Node<R> *make_node(long n, bool top, const KernelTable<R> *k, std::size_t &bytes);
 
-template <class R> Node<R> *make_stockham(long n, int lanes, std::size_t &bytes) {
+// Longest transform taken by the in-register kernels (complex values).
+template <class R> constexpr long kSmallMax = 512;
+
+template <class R> Node<R> *make_stockham(long n, const KernelTable<R> *k, std::size_t &bytes) {
+  const int lanes = k->lanes;
   Node<R> *nd = new (std::nothrow) Node<R>;
   if (!nd) return nullptr;
   nd->kind = Node<R>::kStockham;
@@ -186,6 +190,16 @@ template <class R> Node<R> *make_stockham(long n, int lanes, std::size_t &bytes)
     L /= r;
   }
   nd->nst = c;
+  // The in-register kernel of a power-of-two length: its own twiddles.
+  int le = 0;
+  while ((1L << le) < n) ++le;
+  long sw = 0;
+  if ((1L << le) == n && le <= kSmallMaxLog && n <= kSmallMax<R> && k->small_w[le] > 0) {
+    sw = k->small_w[le];
+    nd->small_e = le;
+    nd->small_tw = total;
+    total += (sw - 1) * (n / sw);
+  }
   nd->arena = total;
   if (total > 0) {
     nd->ar = arena_alloc<R>(total, bytes);
@@ -210,6 +224,12 @@ template <class R> Node<R> *make_stockham(long n, int lanes, std::size_t &bytes)
     if (st.roots >= 0)
       for (int e = 0; e < r; ++e) root<R>(e, r, nd->ar[st.roots + e], nd->ai[st.roots + e]);
     L /= r;
+  }
+  if (sw > 0) {
+    const long M = n / sw;
+    for (long kk = 1; kk < sw; ++kk)
+      for (long p = 0; p < M; ++p)
+        root<R>(p * kk, n, nd->ar[nd->small_tw + (kk - 1) * M + p], nd->ai[nd->small_tw + (kk - 1) * M + p]);
   }
   return nd;
 }
@@ -320,7 +340,7 @@ template <class R> Node<R> *make_node(long n, bool top, const KernelTable<R> *k,
       if (n % d == 0) n1 = d;
     if (n1 >= 16) return make_fourstep<R>(n, n1, k, bytes);
   }
-  return make_stockham<R>(n, k->lanes, bytes);
+  return make_stockham<R>(n, k, bytes);
 }
 
 }  // namespace

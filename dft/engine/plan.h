@@ -37,6 +37,11 @@ template <class R> struct Node {
   // Stockham
   int nst = 0;
   Stage st[64];
+  // In-register kernel for the whole transform (n = 2^small_e), used when
+  // one sequence (s0 == 1) is transformed: its twiddles at small_tw, layout
+  // [k-1][p] for k < w, p < n/w (w = the kernel table's small_w); -1: none.
+  int small_e = -1;
+  long small_tw = -1;
   // Twiddles, chirps and convolution kernel: split arrays in one arena.
   R *ar = nullptr;  // real parts
   R *ai = nullptr;  // imaginary parts

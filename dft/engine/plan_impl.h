@@ -13,6 +13,18 @@ template <class R> struct SBuf {
   int step;
 };
 
+// The in-register kernel of a node for input and output layout modes (0
+// split, 1 interleaved, 2 interleaved exchanged), or null.
+template <class R> inline typename KernelTable<R>::Small small_kernel(const Node<R> *nd, const KernelTable<R> *k,
+                                                                       int im, int om) {
+  if (nd->small_e < 0) return nullptr;
+  const int io = im == om ? (im == 0 ? kIO00 : im == 1 ? kIO11 : kIO22)
+                 : im == 1 && om == 0 ? kIO10
+                 : im == 0 && om == 2 ? kIO02
+                                      : -1;
+  return io < 0 ? nullptr : k->small[nd->small_e][io];
+}
+
 // Reals of work a node needs for s0 interleaved sequences with `threads` threads.
 template <class R> long node_work(const Node<R> *nd, long s0, int threads);
 

@@ -344,40 +344,51 @@ template <class V, std::size_t... I> NXL_AI V odd(V a, V b, std::index_sequence<
   return __builtin_shufflevector(a, b, (2 * I + 1)...);
 }
 
+// Loads W points starting at element e in layout mode IM.
+template <int IM, int W, class V, class T> NXL_AI void vld(const T *r, const T *i, long e, V &a, V &b) {
+  if constexpr (IM == 0) {
+    a = vload<V>(r + e);
+    b = vload<V>(i + e);
+  } else {
+    const V u = vload<V>(r + 2 * e), v = vload<V>(r + 2 * e + W);
+    const V ev = even(u, v, std::make_index_sequence<W>{}), od = odd(u, v, std::make_index_sequence<W>{});
+    a = IM == 1 ? ev : od;
+    b = IM == 1 ? od : ev;
+  }
+}
+
+// W butterflies of radix W at p .. p+W-1 (p % W == 0) of a first pass with
+// m butterflies: loaded as W vectors (vector j = points p + j*m ..), the
+// butterfly across the vectors, the twiddles ([k-1][p] layout) and a W x W
+// transpose, after which a[q] holds outputs W*(p+q) + k, k < W.
+template <int W, int IM, class V, class T>
+NXL_AI void first_chunk(const T *xr, const T *xi, long p, long m, const T *twr, const T *twi, V *ar, V *ai) {
+#pragma clang loop unroll(full)
+  for (int j = 0; j < W; ++j) vld<IM, W>(xr, xi, p + j * m, ar[j], ai[j]);
+  Bfly<W, V>::run(ar, ai);
+#pragma clang loop unroll(full)
+  for (int k = 1; k < W; ++k) {
+    const V wr = vload<V>(twr + (k - 1) * m + p), wi = vload<V>(twi + (k - 1) * m + p);
+    const V a = ar[k], b = ai[k];
+    ar[k] = a * wr - b * wi;
+    ai[k] = a * wi + b * wr;
+  }
+  transpose<W, 1>(ar);
+  transpose<W, 1>(ai);
+}
+
 template <int IM, class T>
 void pass_v(long m, long, long lo, long hi, const T *__restrict twr, const T *__restrict twi,
             const T *__restrict xr, const T *__restrict xi, T *__restrict yr, T *__restrict yi) {
   constexpr int W = kVBytes / static_cast<int>(sizeof(T));
-  constexpr int R = W;
   using V = typename Vec<T, W>::type;
   for (long p = lo; p + W <= hi; p += W) {
-    V ar[R], ai[R];
-#pragma clang loop unroll(full)
-    for (int j = 0; j < R; ++j) {
-      if constexpr (IM == 0) {
-        ar[j] = vload<V>(xr + p + j * m);
-        ai[j] = vload<V>(xi + p + j * m);
-      } else {
-        const V a = vload<V>(xr + 2 * (p + j * m)), b = vload<V>(xr + 2 * (p + j * m) + W);
-        const V e = even(a, b, std::make_index_sequence<W>{}), o = odd(a, b, std::make_index_sequence<W>{});
-        ar[j] = IM == 1 ? e : o;
-        ai[j] = IM == 1 ? o : e;
-      }
-    }
-    Bfly<R, V>::run(ar, ai);
-#pragma clang loop unroll(full)
-    for (int k = 1; k < R; ++k) {
-      const V wr = vload<V>(twr + (k - 1) * m + p), wi = vload<V>(twi + (k - 1) * m + p);
-      const V a = ar[k], b = ai[k];
-      ar[k] = a * wr - b * wi;
-      ai[k] = a * wi + b * wr;
-    }
-    transpose<W, 1>(ar);
-    transpose<W, 1>(ai);
+    V ar[W], ai[W];
+    first_chunk<W, IM>(xr, xi, p, m, twr, twi, ar, ai);
 #pragma clang loop unroll(full)
     for (int q = 0; q < W; ++q) {
-      vstore(yr + R * (p + q), ar[q]);
-      vstore(yi + R * (p + q), ai[q]);
+      vstore(yr + W * (p + q), ar[q]);
+      vstore(yi + W * (p + q), ai[q]);
     }
   }
 }
@@ -808,12 +819,14 @@ void tscatter(long n, long b, long ld, const T *__restrict yr, const T *__restri
   }
 }
 
-// X_k = E_k + u_k O_k with E_k = (Z_k + conj Z_{h-k})/2, O_k = (Z_k - conj Z_{h-k})/(2i).
+// X_k = E_k + u_k O_k with E_k = (Z_k + conj Z_{h-k})/2, O_k = (Z_k - conj Z_{h-k})/(2i),
+// for k = 0 .. h-1 (Z_h = Z_0 at index h, so that the loop runs over whole
+// vectors with no remainder for h a power of two).
 template <int OM, class T>
 NXL_AI void r2c_one(long h, const T *__restrict zr, const T *__restrict zi, const T *__restrict ur,
                     const T *__restrict ui, T *re, T *im, T half) {
 #pragma omp simd
-  for (long k = 1; k < h; ++k) {
+  for (long k = 0; k < h; ++k) {
     const T ar = zr[k], ai = zi[k], br = zr[h - k], bi = zi[h - k];
     const T er = ar + br, ei = ai - bi, or_ = ai + bi, oi = br - ar;
     const T wr = ur[k], wi = ui[k];
@@ -822,13 +835,15 @@ NXL_AI void r2c_one(long h, const T *__restrict zr, const T *__restrict zi, cons
 }
 
 template <class T>
-void r2c_post(long h, long s0, const T *__restrict zr, const T *__restrict zi, const T *__restrict ur,
-              const T *__restrict ui, T *re, T *im, long stride, long dist, T scale) {
+void r2c_post(long h, long s0, T *zr, T *zi, const T *__restrict ur, const T *__restrict ui, T *re, T *im,
+              long stride, long dist, T scale) {
   const T half = T(0.5) * scale;
   if (s0 == 1 && h > 1 && stride == 2 && (im == re + 1 || re == im + 1)) {
+    const T z0r = zr[0], z0i = zi[0];
+    zr[h] = z0r;
+    zi[h] = z0i;
     if (im == re + 1) r2c_one<1>(h, zr, zi, ur, ui, re, im, half);
     else r2c_one<2>(h, zr, zi, ur, ui, im, re, half);
-    const T z0r = zr[0], z0i = zi[0];
     re[0] = (z0r + z0i) * scale; im[0] = T(0);
     re[2 * h] = (z0r - z0i) * scale; im[2 * h] = T(0);
     return;
@@ -904,6 +919,81 @@ template <class T> void scale(long n, long b, T *p, long stride, long dist, T s)
   }
 }
 
+// ---- Whole short transforms in registers ------------------------------------
+//
+// n = W*M points as M rows of W: point p + j*M (p < M, j < W). Chunks of W
+// rows p0..p0+W-1 are loaded as W vectors (vector j = points p0 + j*M ..),
+// take a W-point butterfly across the vectors, the twiddles w_n^(p k), and a
+// W x W transpose, after which vector p holds y[W*p + k], k < W. The M
+// vectors then take an M-point butterfly across them: vector k2 holds
+// X[W*k2 + k], k < W, stored as one vector (or two, interleaved).
+
+template <int N, int W, int IM, int OM, bool Scaled, class T>
+NXL_AI void small_one(const T *xr, const T *xi, T *yr, T *yi, const T *__restrict twr, const T *__restrict twi,
+                      T scale) {
+  using V = typename Vec<T, W>::type;
+  constexpr int M = N / W;
+  V br[M], bi[M];
+#pragma clang loop unroll(full)
+  for (int p0 = 0; p0 < M; p0 += W) {
+    V ar[W], ai[W];
+    first_chunk<W, IM>(xr, xi, p0, M, twr, twi, ar, ai);
+#pragma clang loop unroll(full)
+    for (int q = 0; q < W; ++q) {
+      br[p0 + q] = ar[q];
+      bi[p0 + q] = ai[q];
+    }
+  }
+  Bfly<M, V>::run(br, bi);
+#pragma clang loop unroll(full)
+  for (int k2 = 0; k2 < M; ++k2) {
+    V a = br[k2], b = bi[k2];
+    if constexpr (Scaled) {
+      a = a * scale;
+      b = b * scale;
+    }
+    vst<OM, W>(yr, yi, W * k2, a, b);
+  }
+}
+
+template <int N, int W, int IM, int OM, class T>
+void small_fft(long hm, const T *xr, const T *xi, long xd, T *yr, T *yi, long yd, const T *twr, const T *twi,
+               T scale) {
+  if (scale == T(1)) {
+    for (long t = 0; t < hm; ++t)
+      small_one<N, W, IM, OM, false>(xr + t * xd, xi + t * xd, yr + t * yd, yi + t * yd, twr, twi, scale);
+  } else {
+    for (long t = 0; t < hm; ++t)
+      small_one<N, W, IM, OM, true>(xr + t * xd, xi + t * xd, yr + t * yd, yi + t * yd, twr, twi, scale);
+  }
+}
+
+// Vector width of the in-register transform of 2^e points: the widest power
+// of two W with W*W <= n that the code path's vectors hold, when the n/W
+// vectors of each part fit the registers (n/W <= 16: longer ones spill and
+// lose to two passes through memory); 0 when there is none.
+template <class T> constexpr int small_width(int e) {
+  const long n = 1L << e;
+  int w = kVBytes / static_cast<int>(sizeof(T));
+  while (w > 2 && static_cast<long>(w) * w > n) w /= 2;
+  if (static_cast<long>(w) * w > n || n / w > 16) return 0;
+  return w;
+}
+
+template <int E, class T> constexpr void fill_small(KernelTable<T> &t) {
+  constexpr int W = small_width<T>(E);
+  if constexpr (W > 0) {
+    constexpr int N = 1 << E;
+    t.small_w[E] = W;
+    t.small[E][dft::kIO00] = small_fft<N, W, 0, 0, T>;
+    t.small[E][dft::kIO11] = small_fft<N, W, 1, 1, T>;
+    t.small[E][dft::kIO22] = small_fft<N, W, 2, 2, T>;
+    t.small[E][dft::kIO10] = small_fft<N, W, 1, 0, T>;
+    t.small[E][dft::kIO02] = small_fft<N, W, 0, 2, T>;
+  }
+  if constexpr (E < dft::kSmallMaxLog) fill_small<E + 1, T>(t);
+}
+
 template <int R, class T> constexpr void fill_radix(KernelTable<T> &t, int slot) {
   t.pass[slot][0] = pass_q<R, 0, 0, T>;
   t.pass[slot][1] = pass_q<R, 0, 1, T>;
@@ -938,6 +1028,7 @@ template <class T> constexpr KernelTable<T> make_table() {
   fill_radix<13, T>(t, dft::kR13);
   fill_radix<16, T>(t, dft::kR16);
   t.gen = gen_pass<T>;
+  fill_small<3, T>(t);
   t.lanes = kVBytes / static_cast<int>(sizeof(T));
   t.passv[0] = pass_v<0, T>;
   t.passv[1] = pass_v<1, T>;
