@@ -358,46 +358,75 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
 // Rank-1 and rank-2 updates of the columns [c0, c1) of a triangle (full or
 // packed storage); columns are independent of each other.
 
+// Columns are taken in groups of kRG: the rows that every column of a group
+// stores outside the group's own rows form a rectangle, updated by the
+// column-group primitive with x (and y) loaded once per group; each column's
+// rows inside the group and its diagonal follow element by element. Groups
+// start at multiples of kRG (thread parts start at multiples of 64), so an
+// element gets the same bits whatever the split.
+inline constexpr idx kRG = 8;
+
+template <class T, bool Herm, bool Two, class S>
+void rank_update(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,
+                 const S &st) {
+  const bool unit = incx == 1 && (!Two || incy == 1);
+  const idx n = st.n;
+  T t[kRG], u[kRG];
+  T *rect[kRG];
+  for (idx j0 = c0; j0 < c1;) {
+    const idx jend = (j0 / kRG + 1) * kRG < c1 ? (j0 / kRG + 1) * kRG : c1;
+    const idx g = jend - j0;
+    for (idx c = 0; c < g; ++c) {
+      const T xj = x[(j0 + c) * incx];
+      if constexpr (Two) {
+        t[c] = mul(alpha, opc<Herm>(y[(j0 + c) * incy]));
+        u[c] = opc<Herm>(mul(alpha, xj));
+      } else {
+        t[c] = mul(alpha, opc<Herm>(xj));
+        u[c] = T(0);
+      }
+    }
+    const idx lo = st.upper ? 0 : jend, hi = st.upper ? j0 : n;
+    for (idx c = 0; c < g; ++c) {
+      Seg<T *> s = st.col(j0 + c);
+      rect[c] = s.p + (lo - s.r0);
+    }
+    if (hi > lo) {
+      if (unit) {
+        rank_cols<T, Two>(hi - lo, g, rect, x + lo, t, Two ? y + lo : y, u);
+      } else {
+        for (idx c = 0; c < g; ++c)
+          rank_col_strided<T, Two>(hi - lo, rect[c], x + lo * incx, incx, t[c],
+                                   Two ? y + lo * incy : y, incy, u[c]);
+      }
+    }
+    for (idx c = 0; c < g; ++c) {
+      const idx j = j0 + c;
+      Seg<T *> s = st.col(j);
+      const idx r0 = st.upper ? j0 : j + 1, r1 = st.upper ? j : jend;
+      for (idx i = r0; i < r1; ++i) {
+        T &e = s.p[i - s.r0];
+        e = rank_elem<T, Two>(e, x[i * incx], t[c], Two ? y[i * incy] : T(0), u[c]);
+      }
+      T &d = s.p[j - s.r0];
+      T v = mul(x[j * incx], t[c]);
+      if constexpr (Two) v = v + mul(y[j * incy], u[c]);
+      if constexpr (Herm) d = T(re(d) + re(v));
+      else d = d + v;
+    }
+    j0 = jend;
+  }
+}
+
 template <class T, bool Herm, class S>
 void syr_cols(idx c0, idx c1, T alpha, const T *x, idx incx, const S &st) {
-  for (idx j = c0; j < c1; ++j) {
-    Seg<T *> s = st.col(j);
-    T xj = x[j * incx];
-    T t = mul(alpha, opc<Herm>(xj));
-    T *d;
-    if (st.upper) {
-      axpy_vec<T, false>(j - s.r0, x + s.r0 * incx, incx, t, nullptr, 0, T(0), s.p);
-      d = s.p + (j - s.r0);
-    } else {
-      d = s.p;
-      axpy_vec<T, false>(s.r1 - j - 1, x + (j + 1) * incx, incx, t, nullptr, 0, T(0), s.p + 1);
-    }
-    if constexpr (Herm) *d = T(re(*d) + re(mul(xj, t)));
-    else *d = *d + mul(xj, t);
-  }
+  rank_update<T, Herm, false>(c0, c1, alpha, x, incx, static_cast<const T *>(nullptr), 0, st);
 }
 
 template <class T, bool Herm, class S>
 void syr2_cols(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,
                const S &st) {
-  for (idx j = c0; j < c1; ++j) {
-    Seg<T *> s = st.col(j);
-    T xj = x[j * incx], yj = y[j * incy];
-    T t1 = mul(alpha, opc<Herm>(yj));
-    T t2 = opc<Herm>(mul(alpha, xj));
-    T *d;
-    if (st.upper) {
-      axpy_vec<T, true>(j - s.r0, x + s.r0 * incx, incx, t1, y + s.r0 * incy, incy, t2, s.p);
-      d = s.p + (j - s.r0);
-    } else {
-      d = s.p;
-      axpy_vec<T, true>(s.r1 - j - 1, x + (j + 1) * incx, incx, t1, y + (j + 1) * incy, incy, t2,
-                        s.p + 1);
-    }
-    T v = mul(xj, t1) + mul(yj, t2);
-    if constexpr (Herm) *d = T(re(*d) + re(v));
-    else *d = *d + v;
-  }
+  rank_update<T, Herm, true>(c0, c1, alpha, x, incx, y, incy, st);
 }
 
 }  // namespace l2

@@ -284,43 +284,107 @@ inline void fused_cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx 
   cols_p<T, Conj, true, true>(m, n, a, t, y, incy, x, incx, out);
 }
 
-// y[i*incy] += x[i*incx] * t (+ w[i*incw] * u): the column update of the
-// rank-1 and rank-2 routines.
+// One element of a rank-1 (Two = false) or rank-2 update:
+// a + x*t (+ w*u). Complex products are written as the vector loop of
+// rank_cols computes them lane by lane (real lane: ar + xr*tr + xi*(-ti),
+// imaginary lane: ai + xi*tr + xr*ti), so that an element gets the same bits
+// whether a vector or this scalar form updates it.
 template <class T, bool Two>
-inline void axpy_vec(idx m, const T *x, idx incx, T t, const T *w, idx incw, T u, T *y) {
-  if (incx == 1 && (!Two || incw == 1)) {
-    if constexpr (is_complex_v<T>) {
-      using R = real_t<T>;
-      const R *xr = reinterpret_cast<const R *>(x);
-      const R *wr = reinterpret_cast<const R *>(w);
-      R *yr = reinterpret_cast<R *>(y);
-      const R tr = t.real(), ti = t.imag(), ur = u.real(), ui = u.imag();
-      for (idx i = 0; i < m; ++i) {
-        R x0 = xr[2 * i], x1 = xr[2 * i + 1];
-        R y0 = yr[2 * i] + x0 * tr - x1 * ti;
-        R y1 = yr[2 * i + 1] + x0 * ti + x1 * tr;
+inline T rank_elem(T a, T x, T t, T w, T u) {
+  if constexpr (is_complex_v<T>) {
+    using R = real_t<T>;
+    R r = a.real() + x.real() * t.real() + x.imag() * (-t.imag());
+    R i = a.imag() + x.imag() * t.real() + x.real() * t.imag();
+    if constexpr (Two) {
+      r = r + w.real() * u.real() + w.imag() * (-u.imag());
+      i = i + w.imag() * u.real() + w.real() * u.imag();
+    }
+    return T(r, i);
+  } else {
+    T v = a + x * t;
+    if constexpr (Two) v = v + w * u;
+    return v;
+  }
+}
+
+// a[c][i] += x[i]*t[c] (+ w[i]*u[c]) for rows [0, m) of NC columns, unit
+// stride: x (and w) are loaded once for all the columns of the group, and
+// each column is streamed once.
+template <class T, int NC, bool Two>
+inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *w, const T *u) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  const R *xr = reinterpret_cast<const R *>(x);
+  const R *wr = reinterpret_cast<const R *>(w);
+  R *ar[NC];
+  V tr[NC], ti[NC], ur[NC], ui[NC];
+  const V zero = V{} * R(0);
+#pragma clang loop unroll(full)
+  for (int c = 0; c < NC; ++c) {
+    ar[c] = reinterpret_cast<R *>(a[c]);
+    tr[c] = zero + re(t[c]);
+    ti[c] = zero;
+    ur[c] = zero;
+    ui[c] = zero;
+    if constexpr (Two) ur[c] = zero + re(u[c]);
+    if constexpr (Cx) {
+      for (int k = 0; k < VL; k += 2) {
+        ti[c][k] = -im(t[c]);
+        ti[c][k + 1] = im(t[c]);
         if constexpr (Two) {
-          R w0 = wr[2 * i], w1 = wr[2 * i + 1];
-          y0 = y0 + w0 * ur - w1 * ui;
-          y1 = y1 + w0 * ui + w1 * ur;
+          ui[c][k] = -im(u[c]);
+          ui[c][k + 1] = im(u[c]);
         }
-        yr[2 * i] = y0;
-        yr[2 * i + 1] = y1;
-      }
-    } else {
-      for (idx i = 0; i < m; ++i) {
-        T v = y[i] + x[i] * t;
-        if constexpr (Two) v = v + w[i] * u;
-        y[i] = v;
       }
     }
-    return;
   }
-  for (idx i = 0; i < m; ++i) {
-    T v = y[i] + mul(x[i * incx], t);
-    if constexpr (Two) v = v + mul(w[i * incw], u);
-    y[i] = v;
+  const idx len = m * W;
+  idx b = 0;
+  for (; b + VL <= len; b += VL) {
+    const V xv = X::load(xr + b);
+    const V xs = Cx ? X::swap(xv) : zero;
+    V wv = zero, ws = zero;
+    if constexpr (Two) {
+      wv = X::load(wr + b);
+      if constexpr (Cx) ws = X::swap(wv);
+    }
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) {
+      V av = X::load(ar[c] + b) + xv * tr[c];
+      if constexpr (Cx) av = av + xs * ti[c];
+      if constexpr (Two) {
+        av = av + wv * ur[c];
+        if constexpr (Cx) av = av + ws * ui[c];
+      }
+      X::store(ar[c] + b, av);
+    }
   }
+  for (idx i = b / W; i < m; ++i) {
+    const T xi = x[i], wi = Two ? w[i] : T(0);
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) a[c][i] = rank_elem<T, Two>(a[c][i], xi, t[c], wi, Two ? u[c] : T(0));
+  }
+}
+
+// The same for g columns (any g), unit stride, in groups of eight.
+template <class T, bool Two>
+inline void rank_cols(idx m, idx g, T *const *a, const T *x, const T *t, const T *w, const T *u) {
+  if (m <= 0) return;
+  idx c = 0;
+  for (; c + 8 <= g; c += 8) rank_cols_unit<T, 8, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+  for (; c + 4 <= g; c += 4) rank_cols_unit<T, 4, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+  for (; c < g; ++c) rank_cols_unit<T, 1, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+}
+
+// One column with strided vectors: a[i] += x[i*incx]*t (+ w[i*incw]*u).
+template <class T, bool Two>
+inline void rank_col_strided(idx m, T *a, const T *x, idx incx, T t, const T *w, idx incw, T u) {
+  for (idx i = 0; i < m; ++i)
+    a[i] = rank_elem<T, Two>(a[i], x[i * incx], t, Two ? w[i * incw] : T(0), u);
 }
 
 // y := beta*y over n elements; beta = 0 writes zeros without reading y.
