@@ -23,6 +23,8 @@ inline char upc(const char *c) { return (*c >= 'a' && *c <= 'z') ? char(*c - 32)
 inline constexpr idx kNB = 64;
 // Columns per chunk of the gemv scale buffer.
 inline constexpr idx kCB = 256;
+// Columns per group of the band algorithms on ragged columns.
+inline constexpr idx kBG = 8;
 
 // The stored part of column j of a triangle: rows [r0, r1), p points at row r0.
 // Upper triangles end with the diagonal (row r1 - 1 = j), lower ones start
@@ -63,6 +65,9 @@ struct BandSt {
     return Seg<P>{a + j * lda, j, r1};
   }
 };
+
+template <class S> struct is_band : std::false_type {};
+template <class P> struct is_band<BandSt<P>> : std::true_type {};
 
 template <class P>
 struct PackSt {
@@ -118,6 +123,31 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
               const T *x, idx incx, T beta, T *y, idx incy) {
   const bool notrans = tr == 'N';
   if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
+  if (incx == 1 && incy == 1) {
+    // Groups of kBG columns as ragged columns.
+    T t[kBG], out[kBG];
+    idx lo[kBG], hi[kBG];
+    const T *p[kBG];
+    for (idx j0 = 0; j0 < n; j0 += kBG) {
+      const idx g = n - j0 < kBG ? n - j0 : kBG;
+      for (idx c = 0; c < g; ++c) {
+        const idx j = j0 + c;
+        const idx r0 = j - ku > 0 ? j - ku : 0, r1 = j + kl + 1 < m ? j + kl + 1 : m;
+        lo[c] = r0 < m ? r0 : m;
+        hi[c] = r1 > lo[c] ? r1 : lo[c];
+        p[c] = a + j * lda + (ku + lo[c] - j);
+        if (notrans) t[c] = mul(alpha, x[j]);
+      }
+      if (notrans) {
+        ragged_cols<T, false, true, false>(g, lo, hi, p, t, y, nullptr, nullptr);
+      } else {
+        if (tr == 'C') ragged_cols<T, true, false, true>(g, lo, hi, p, nullptr, nullptr, x, out);
+        else ragged_cols<T, false, false, true>(g, lo, hi, p, nullptr, nullptr, x, out);
+        for (idx c = 0; c < g; ++c) y[j0 + c] = y[j0 + c] + mul(alpha, out[c]);
+      }
+    }
+    return;
+  }
   for (idx j = 0; j < n; ++j) {
     idx r0 = j - ku > 0 ? j - ku : 0;
     idx r1 = j + kl + 1 < m ? j + kl + 1 : m;
@@ -211,6 +241,34 @@ void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy
   }
 }
 
+// Band storage with unit-stride vectors: each column's off-diagonal rows
+// (contiguous on either side of the diagonal) as ragged columns, kBG at a
+// time, in one fused pass that updates y and forms the dot products.
+template <class T, bool Herm>
+void symv_band(idx n, T alpha, const BandSt<const T *> &st, const T *x, T *y) {
+  T t[kBG], out[kBG];
+  idx lo[kBG], hi[kBG];
+  const T *p[kBG], *d[kBG];
+  for (idx j0 = 0; j0 < n; j0 += kBG) {
+    const idx g = n - j0 < kBG ? n - j0 : kBG;
+    for (idx c = 0; c < g; ++c) {
+      const idx j = j0 + c;
+      const Seg<const T *> s = st.col(j);
+      t[c] = mul(alpha, x[j]);
+      lo[c] = st.upper ? s.r0 : j + 1;
+      hi[c] = st.upper ? j : s.r1;
+      p[c] = st.upper ? s.p : s.p + 1;
+      d[c] = s.p + (j - s.r0);
+    }
+    ragged_cols<T, Herm, true, true>(g, lo, hi, p, t, y, x, out);
+    for (idx c = 0; c < g; ++c) {
+      T dv = *d[c];
+      if constexpr (Herm) dv = T(re(dv));
+      y[j0 + c] = y[j0 + c] + (mul(t[c], dv) + mul(alpha, out[c]));
+    }
+  }
+}
+
 // The contribution of the stored columns [c0, c1) (c0 a multiple of kNB) of
 // a full-storage matrix: a diagonal block with the column algorithm and the
 // rectangle beside it in one fused pass.
@@ -260,11 +318,31 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
     auto own = [&](auto step) {
       for (idx s = 0; s < g; ++s) step(fwd ? s : g - 1 - s);
     };
+    // Band storage, unit stride: the rows of each column outside the group
+    // as ragged columns (the rectangle and the corner together).
+    idx olo[kG], ohi[kG];
+    const T *op[kG];
+    const bool ragged = is_band<S>::value && incx == 1;
+    if (ragged)
+      for (idx c = 0; c < g; ++c) {
+        const Seg<const T *> &s = gr.seg[c];
+        olo[c] = upper ? s.r0 : j0 + g;
+        ohi[c] = upper ? (j0 > s.r0 ? j0 : s.r0) : (s.r1 > olo[c] ? s.r1 : olo[c]);
+        op[c] = s.p + (olo[c] - s.r0);
+      }
     auto outer_axpy = [&] {
+      if (ragged) {
+        ragged_cols<T, false, true, false>(g, olo, ohi, op, t, x, nullptr, nullptr);
+        return;
+      }
       axpy_cols_p(rm, g, gr.rect, t, xr, incx);
       for (idx c = 0; c < g; ++c) seg_axpy(gr, c, gr.out_lo(c), gr.out_hi(c), t[c], x, incx);
     };
     auto outer_dot = [&] {
+      if (ragged) {
+        ragged_cols<T, Conj, false, true>(g, olo, ohi, op, nullptr, nullptr, x, dot);
+        return;
+      }
       dot_cols_p<T, Conj>(rm, g, gr.rect, xr, incx, dot);
       for (idx c = 0; c < g; ++c)
         dot[c] = dot[c] + seg_dot<T, Conj>(gr, c, gr.out_lo(c), gr.out_hi(c), x, incx);

@@ -13,6 +13,10 @@
 
 #include "service/scalar.h"
 
+#if defined(__AVX__)
+#include <immintrin.h>
+#endif
+
 namespace nxl {
 inline namespace NXL_CP_NS {
 namespace l2 {
@@ -42,6 +46,53 @@ template <class R> struct lanes {
     return v;
   }
   static void store(R *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+  // Integer lanes of the same width: lane masks (all bits set or clear).
+  typedef std::conditional_t<sizeof(R) == 8, long long, int> I;
+  typedef I M __attribute__((vector_size(kVecBytes)));
+  static M mask(int l0, int l1) {
+    M io;
+    for (int k = 0; k < VL; ++k) io[k] = I(k);
+    return (io >= I(l0)) & (io < I(l1));
+  }
+  // Lanes [l0, l1) from p[l0..l1), zero elsewhere; p + l is read only for
+  // those lanes (masked loads do not fault on the others).
+  static V load_part(const R *p, int l0, int l1) {
+#if defined(__AVX512F__)
+    if constexpr (kVecBytes == 64) {
+      const unsigned k = ((1u << l1) - 1u) & ~((1u << l0) - 1u);
+      if constexpr (sizeof(R) == 8) return (V)_mm512_maskz_loadu_pd(__mmask8(k), p);
+      else return (V)_mm512_maskz_loadu_ps(__mmask16(k), p);
+    }
+#endif
+#if defined(__AVX__)
+    if constexpr (kVecBytes == 32) {
+      if constexpr (sizeof(R) == 8) return (V)_mm256_maskload_pd(p, (__m256i)mask(l0, l1));
+      else return (V)_mm256_maskload_ps(p, (__m256i)mask(l0, l1));
+    }
+#endif
+    V v = V{} * R(0);
+    for (int k = l0; k < l1; ++k) v[k] = p[k];
+    return v;
+  }
+  // Stores lanes [l0, l1) of v to p[l0..l1) and nothing else.
+  static void store_part(R *p, V v, int l0, int l1) {
+#if defined(__AVX512F__)
+    if constexpr (kVecBytes == 64) {
+      const unsigned k = ((1u << l1) - 1u) & ~((1u << l0) - 1u);
+      if constexpr (sizeof(R) == 8) _mm512_mask_storeu_pd(p, __mmask8(k), (__m512d)v);
+      else _mm512_mask_storeu_ps(p, __mmask16(k), (__m512)v);
+      return;
+    }
+#endif
+#if defined(__AVX__)
+    if constexpr (kVecBytes == 32) {
+      if constexpr (sizeof(R) == 8) _mm256_maskstore_pd(p, (__m256i)mask(l0, l1), (__m256d)v);
+      else _mm256_maskstore_ps(p, (__m256i)mask(l0, l1), (__m256)v);
+      return;
+    }
+#endif
+    for (int k = l0; k < l1; ++k) p[k] = v[k];
+  }
   static V swap(V v) {
     if constexpr (VL == 2) return __builtin_shufflevector(v, v, 1, 0);
     else if constexpr (VL == 4) return __builtin_shufflevector(v, v, 1, 0, 3, 2);
@@ -282,6 +333,99 @@ template <class T, bool Conj>
 inline void fused_cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy,
                          const T *x, idx incx, T *out) {
   cols_p<T, Conj, true, true>(m, n, a, t, y, incy, x, incx, out);
+}
+
+// Ragged columns: columns whose stored rows [lo, hi) differ from one column
+// to the next (band storage, the rows of a group outside its own triangle),
+// p pointing at row lo; y and x are unit-stride and indexed by row. Each
+// column runs over vector blocks on a fixed grid of rows (multiples of the
+// vector length from row 0): whole blocks inside, masked loads and stores
+// for its first and last blocks, so the corners of a band cost vector
+// operations, not element loops, and consecutive columns meet the same y
+// blocks at the same addresses.
+//   Axpy: y[r] += A(r) t          Dot: returns sum_r op(A(r)) x[r]
+// Dot products sum four lane accumulators in a fixed order set by the rows
+// alone, so they do not depend on how the columns are grouped.
+template <class T, bool Conj, bool Axpy, bool Dot>
+inline T ragged_col(idx lo, idx hi, const T *p, T t, T *y, const T *x) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  const idx lr = W * lo, hr = W * hi;
+  if (hr <= lr) return T(0);
+  const R *ar = reinterpret_cast<const R *>(p);
+  const R *xr = reinterpret_cast<const R *>(x);
+  R *yr = reinterpret_cast<R *>(y);
+  const V zero = V{} * R(0);
+  V tr = zero, ti = zero;
+  if constexpr (Axpy) {
+    tr = zero + re(t);
+    if constexpr (Cx)
+      for (int k = 0; k < VL; k += 2) {
+        ti[k] = -im(t);
+        ti[k + 1] = im(t);
+      }
+  }
+  V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
+  // One block of rows [b, b + VL): lanes [l0, l1) (all lanes when Full).
+  auto step = [&](idx b, int l0, int l1, auto full, int acc) __attribute__((always_inline)) {
+    constexpr bool Full = decltype(full)::value;
+    const R *q = ar + (b - lr);
+    const V av = Full ? X::load(q) : X::load_part(q, l0, l1);
+    if constexpr (Axpy) {
+      V yv = Full ? X::load(yr + b) : X::load_part(yr + b, l0, l1);
+      yv = yv + av * tr;
+      if constexpr (Cx) yv = yv + X::swap(av) * ti;
+      if (Full) X::store(yr + b, yv);
+      else X::store_part(yr + b, yv, l0, l1);
+    }
+    if constexpr (Dot) {
+      const V xv = Full ? X::load(xr + b) : X::load_part(xr + b, l0, l1);
+      P[acc] = P[acc] + av * xv;
+      if constexpr (Cx) Q[acc] = Q[acc] + av * X::swap(xv);
+    }
+  };
+  using part = std::false_type;
+  using whole = std::true_type;
+  idx b = lr - lr % VL;
+  if (b != lr || hr - b < VL) {
+    step(b, int(lr - b), int(hr - b < VL ? hr - b : VL), part{}, 0);
+    b += VL;
+  }
+  for (; b + 4 * VL <= hr; b += 4 * VL) {
+    step(b, 0, VL, whole{}, 0);
+    step(b + VL, 0, VL, whole{}, 1);
+    step(b + 2 * VL, 0, VL, whole{}, 2);
+    step(b + 3 * VL, 0, VL, whole{}, 3);
+  }
+  for (; b + VL <= hr; b += VL) step(b, 0, VL, whole{}, 1);
+  if (b < hr) step(b, 0, int(hr - b), part{}, 2);
+  if constexpr (Dot) {
+    const V pv = (P[0] + P[1]) + (P[2] + P[3]), qv = (Q[0] + Q[1]) + (Q[2] + Q[3]);
+    R pe = 0, po = 0, qe = 0, qo = 0;
+    for (int k = 0; k < VL; k += 2) {
+      pe = pe + pv[k];
+      po = po + pv[k + 1];
+      qe = qe + qv[k];
+      qo = qo + qv[k + 1];
+    }
+    if constexpr (Cx) return Conj ? T(pe + po, qe - qo) : T(pe - po, qe + qo);
+    else return pe + po;
+  }
+  return T(0);
+}
+
+// g ragged columns (empty ranges allowed: their dot products are 0).
+template <class T, bool Conj, bool Axpy, bool Dot>
+inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, const T *t, T *y,
+                        const T *x, T *out) {
+  for (idx c = 0; c < g; ++c) {
+    const T v = ragged_col<T, Conj, Axpy, Dot>(lo[c], hi[c], p[c], Axpy ? t[c] : T(0), y, x);
+    if constexpr (Dot) out[c] = v;
+  }
 }
 
 // One element of a rank-1 (Two = false) or rank-2 update:
