@@ -25,6 +25,11 @@ inline constexpr idx kNB = 64;
 inline constexpr idx kCB = 256;
 // Columns per group of the band algorithms on ragged columns.
 inline constexpr idx kBG = 8;
+// Elements of T in one vector of the code path.
+template <class T>
+constexpr idx block_rows() {
+  return idx(lanes<real_t<T>>::VL / (is_complex_v<T> ? 2 : 1));
+}
 
 // The stored part of column j of a triangle: rows [r0, r1), p points at row r0.
 // Upper triangles end with the diagonal (row r1 - 1 = j), lower ones start
@@ -123,6 +128,17 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
               const T *x, idx incx, T beta, T *y, idx incy) {
   const bool notrans = tr == 'N';
   if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
+  if (notrans && incx == 1 && incy == 1) {
+    // Blocks of rows, each summed in registers over the columns of the band.
+    constexpr idx VB = block_rows<T>();
+    T acc[VB];
+    for (idx b = 0; b < m; b += VB) {
+      const idx e = b + VB < m ? b + VB : m;
+      band_block(b, e, n, kl, ku, a, lda, ku, x, acc);
+      for (idx r = b; r < e; ++r) y[r] = y[r] + mul(alpha, acc[r - b]);
+    }
+    return;
+  }
   if (incx == 1 && incy == 1) {
     // Groups of kBG columns as ragged columns.
     T t[kBG], out[kBG];
@@ -379,6 +395,23 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
         }
       });
     }
+  }
+}
+
+// Band triangular product x := A x, unit stride: blocks of rows, each summed
+// in registers over its band columns from the values of x that no earlier
+// block has overwritten (upper: ascending blocks, lower: descending).
+template <class T>
+void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
+  constexpr idx VB = block_rows<T>();
+  const idx kl = upper ? (unit ? -1 : 0) : k, ku = upper ? k : (unit ? -1 : 0);
+  const idx off = upper ? k : 0;
+  const idx nb = (n + VB - 1) / VB;
+  T acc[VB];
+  for (idx bi = 0; bi < nb; ++bi) {
+    const idx b = (upper ? bi : nb - 1 - bi) * VB, e = b + VB < n ? b + VB : n;
+    band_block(b, e, n, kl, ku, a, lda, off, x, acc);
+    for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + x[r] : acc[r - b];
   }
 }
 

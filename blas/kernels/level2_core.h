@@ -54,6 +54,8 @@ template <class R> struct lanes {
     for (int k = 0; k < VL; ++k) io[k] = I(k);
     return (io >= I(l0)) & (io < I(l1));
   }
+  // Lanes of m from a, the others from b.
+  static V blend(M m, V a, V b) { return (V)(((M)a & m) | ((M)b & ~m)); }
   // Lanes [l0, l1) from p[l0..l1), zero elsewhere; p + l is read only for
   // those lanes (masked loads do not fault on the others).
   static V load_part(const R *p, int l0, int l1) {
@@ -426,6 +428,63 @@ inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, 
     const T v = ragged_col<T, Conj, Axpy, Dot>(lo[c], hi[c], p[c], Axpy ? t[c] : T(0), y, x);
     if constexpr (Dot) out[c] = v;
   }
+}
+
+// Band rows: acc[r] = sum_j A(r, j) x[j] for the rows of one block
+// [b, e) (e - b at most one vector of elements), over the columns j whose
+// band rows [j - ku, j + kl] meet the block; A(r, j) is at
+// a[j*lda + off + r - j]. The block's sums stay in registers: each column
+// adds one vector (masked where the block sticks out of its band rows), so
+// the result is written once. Columns go to four accumulators by their
+// distance from column b - kl, so the sums do not depend on where a
+// sub-problem starts.
+template <class T>
+inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda, idx off,
+                       const T *x, T *acc) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  const V zero = V{} * R(0);
+  V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
+  const idx jbase = b - kl;
+  const idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
+  const idx jf0 = e - 1 - kl, jf1 = b + ku;  // columns covering the whole block
+  for (idx q = jbase + ((jlo - jbase) / 4) * 4; q < jhi; q += 4) {
+#pragma clang loop unroll(full)
+    for (int u = 0; u < 4; ++u) {
+      const idx j = q + u;
+      if (j < jlo || j >= jhi) continue;
+      const R *col = reinterpret_cast<const R *>(a + j * lda + off - j) + W * b;
+      const R xr = re(x[j]), xi = im(x[j]);
+      if (j >= jf0 && j <= jf1) {
+        const V av = X::load(col);
+        P[u] = P[u] + av * xr;
+        if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * xi;
+      } else {
+        const idx s = j - ku > b ? j - ku : b, t = j + kl + 1 < e ? j + kl + 1 : e;
+        if (t <= s) continue;
+        const int l0 = int(W * (s - b)), l1 = int(W * (t - b));
+        const V av = X::load_part(col, l0, l1);
+        const auto m = X::mask(l0, l1);
+        P[u] = X::blend(m, P[u] + av * xr, P[u]);
+        if constexpr (Cx) Q[u] = X::blend(m, Q[u] + X::swap(av) * xi, Q[u]);
+      }
+    }
+  }
+  V pv = (P[0] + P[1]) + (P[2] + P[3]);
+  if constexpr (Cx) {
+    V sg = zero;
+    for (int k = 0; k < VL; k += 2) {
+      sg[k] = R(-1);
+      sg[k + 1] = R(1);
+    }
+    pv = pv + ((Q[0] + Q[1]) + (Q[2] + Q[3])) * sg;
+  }
+  R *ar = reinterpret_cast<R *>(acc);
+  for (int k = 0; k < W * (e - b); ++k) ar[k] = pv[k];
 }
 
 // One element of a rank-1 (Two = false) or rank-2 update:
