@@ -415,6 +415,31 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
   }
 }
 
+// Band triangular product or solve with op(A) = A^T or A^H, unit stride:
+// column j of A gives element j of the result as one dot product over its
+// off-diagonal rows, taken in the order in which those rows of x hold what
+// the step needs (product: not yet overwritten; solve: already solved), so
+// no group bookkeeping is needed.
+template <class T, bool Conj, bool Solve>
+void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T *x) {
+  // Product: upper columns descending, lower ascending; solve: the reverse.
+  const bool ascending = Solve ? upper : !upper;
+  for (idx s = 0; s < n; ++s) {
+    const idx j = ascending ? s : n - 1 - s;
+    const Seg<const T *> c = st.col(j);
+    const idx lo = upper ? c.r0 : j + 1, hi = upper ? j : c.r1;
+    const T dot = ragged_col<T, Conj, false, true>(lo, hi, upper ? c.p : c.p + 1, T(0), nullptr, x);
+    const T d = opc<Conj>(c.p[j - c.r0]);
+    T &xj = x[j];
+    if constexpr (Solve) {
+      const T v = xj - dot;
+      xj = unit ? v : div(v, d);
+    } else {
+      xj = (unit ? xj : mul(d, xj)) + dot;
+    }
+  }
+}
+
 template <class T, bool Conj, class S>
 void trmv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
   tr_groups<T, Conj, false>(trans, unit, n, st, x, incx);

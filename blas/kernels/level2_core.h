@@ -103,6 +103,20 @@ template <class R> struct lanes {
   }
 };
 
+// A scalar of T as two vectors for y += a*t on interleaved lanes:
+// tr = (re t, re t, ...), ti = (-im t, im t, ...) (zero for real T), so
+// that a*t = a*tr + swap(a)*ti.
+template <class T, class V>
+inline void bcast_scale(T t, V &tr, V &ti) {
+  tr = V{} * real_t<T>(0) + re(t);
+  ti = V{} * real_t<T>(0);
+  if constexpr (is_complex_v<T>)
+    for (int k = 0; k < int(sizeof(V) / sizeof(real_t<T>)); k += 2) {
+      ti[k] = -im(t);
+      ti[k + 1] = im(t);
+    }
+}
+
 // Dot products of NC columns ac[c] with x over `len` reals (complex: re/im
 // interleaved), and with Axpy also y += sum_c ac[c] * tr[c] (real only).
 // Two vector accumulators per column collect a * x (P) and, for complex,
@@ -362,15 +376,8 @@ inline T ragged_col(idx lo, idx hi, const T *p, T t, T *y, const T *x) {
   const R *xr = reinterpret_cast<const R *>(x);
   R *yr = reinterpret_cast<R *>(y);
   const V zero = V{} * R(0);
-  V tr = zero, ti = zero;
-  if constexpr (Axpy) {
-    tr = zero + re(t);
-    if constexpr (Cx)
-      for (int k = 0; k < VL; k += 2) {
-        ti[k] = -im(t);
-        ti[k + 1] = im(t);
-      }
-  }
+  V tr, ti;
+  bcast_scale(t, tr, ti);
   V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
   // One block of rows [b, b + VL): lanes [l0, l1) (all lanes when Full).
   auto step = [&](idx b, int l0, int l1, auto full, int acc) __attribute__((always_inline)) {
@@ -529,21 +536,8 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
 #pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
     ar[c] = reinterpret_cast<R *>(a[c]);
-    tr[c] = zero + re(t[c]);
-    ti[c] = zero;
-    ur[c] = zero;
-    ui[c] = zero;
-    if constexpr (Two) ur[c] = zero + re(u[c]);
-    if constexpr (Cx) {
-      for (int k = 0; k < VL; k += 2) {
-        ti[c][k] = -im(t[c]);
-        ti[c][k + 1] = im(t[c]);
-        if constexpr (Two) {
-          ui[c][k] = -im(u[c]);
-          ui[c][k + 1] = im(u[c]);
-        }
-      }
-    }
+    bcast_scale(t[c], tr[c], ti[c]);
+    bcast_scale(Two ? u[c] : T(0), ur[c], ui[c]);
   }
   const idx len = m * W;
   idx b = 0;
