@@ -459,7 +459,20 @@ inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda,
   const idx jbase = b - kl;
   const idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
   const idx jf0 = e - 1 - kl, jf1 = b + ku;  // columns covering the whole block
+  const idx ff0 = jf0 > jlo ? jf0 : jlo, ff1 = jf1 < jhi - 1 ? jf1 : jhi - 1;
   for (idx q = jbase + ((jlo - jbase) / 4) * 4; q < jhi; q += 4) {
+    if (q >= ff0 && q + 3 <= ff1) {
+      // Four columns that cover the whole block.
+      const R *col = reinterpret_cast<const R *>(a + q * lda + off - q) + W * b;
+      const idx step = W * (lda - 1);
+#pragma clang loop unroll(full)
+      for (int u = 0; u < 4; ++u) {
+        const V av = X::load(col + u * step);
+        P[u] = P[u] + av * re(x[q + u]);
+        if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * im(x[q + u]);
+      }
+      continue;
+    }
 #pragma clang loop unroll(full)
     for (int u = 0; u < 4; ++u) {
       const idx j = q + u;
