@@ -23,6 +23,13 @@ inline char upc(const char *c) { return (*c >= 'a' && *c <= 'z') ? char(*c - 32)
 inline constexpr idx kNB = 64;
 // Columns per chunk of the gemv scale buffer.
 inline constexpr idx kCB = 256;
+// Columns per group of the band algorithms on ragged columns.
+inline constexpr idx kBG = 8;
+// Elements of T in one vector of the code path.
+template <class T>
+constexpr idx block_rows() {
+  return idx(lanes<real_t<T>>::VL / (is_complex_v<T> ? 2 : 1));
+}
 
 // The stored part of column j of a triangle: rows [r0, r1), p points at row r0.
 // Upper triangles end with the diagonal (row r1 - 1 = j), lower ones start
@@ -63,6 +70,9 @@ struct BandSt {
     return Seg<P>{a + j * lda, j, r1};
   }
 };
+
+template <class S> struct is_band : std::false_type {};
+template <class P> struct is_band<BandSt<P>> : std::true_type {};
 
 template <class P>
 struct PackSt {
@@ -118,6 +128,43 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
               const T *x, idx incx, T beta, T *y, idx incy) {
   const bool notrans = tr == 'N';
   if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
+  if (!is_complex_v<T> && notrans && incx == 1 && incy == 1) {
+    // Blocks of rows, each summed in registers over the columns of the band
+    // (real types: a complex block holds too few rows to pay).
+    constexpr idx VB = block_rows<T>();
+    T acc[VB];
+    for (idx b = 0; b < m; b += VB) {
+      const idx e = b + VB < m ? b + VB : m;
+      band_block(b, e, n, kl, ku, a, lda, ku, x, acc);
+      for (idx r = b; r < e; ++r) y[r] = y[r] + mul(alpha, acc[r - b]);
+    }
+    return;
+  }
+  if (incx == 1 && incy == 1) {
+    // Groups of kBG columns as ragged columns.
+    T t[kBG], out[kBG];
+    idx lo[kBG], hi[kBG];
+    const T *p[kBG];
+    for (idx j0 = 0; j0 < n; j0 += kBG) {
+      const idx g = n - j0 < kBG ? n - j0 : kBG;
+      for (idx c = 0; c < g; ++c) {
+        const idx j = j0 + c;
+        const idx r0 = j - ku > 0 ? j - ku : 0, r1 = j + kl + 1 < m ? j + kl + 1 : m;
+        lo[c] = r0 < m ? r0 : m;
+        hi[c] = r1 > lo[c] ? r1 : lo[c];
+        p[c] = a + j * lda + (ku + lo[c] - j);
+        if (notrans) t[c] = mul(alpha, x[j]);
+      }
+      if (notrans) {
+        ragged_cols<T, false, true, false>(g, lo, hi, p, t, y, nullptr, nullptr);
+      } else {
+        if (tr == 'C') ragged_cols<T, true, false, true>(g, lo, hi, p, nullptr, nullptr, x, out);
+        else ragged_cols<T, false, false, true>(g, lo, hi, p, nullptr, nullptr, x, out);
+        for (idx c = 0; c < g; ++c) y[j0 + c] = y[j0 + c] + mul(alpha, out[c]);
+      }
+    }
+    return;
+  }
   for (idx j = 0; j < n; ++j) {
     idx r0 = j - ku > 0 ? j - ku : 0;
     idx r1 = j + kl + 1 < m ? j + kl + 1 : m;
@@ -211,6 +258,34 @@ void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy
   }
 }
 
+// Band storage with unit-stride vectors: each column's off-diagonal rows
+// (contiguous on either side of the diagonal) as ragged columns, kBG at a
+// time, in one fused pass that updates y and forms the dot products.
+template <class T, bool Herm>
+void symv_band(idx n, T alpha, const BandSt<const T *> &st, const T *x, T *y) {
+  T t[kBG], out[kBG];
+  idx lo[kBG], hi[kBG];
+  const T *p[kBG], *d[kBG];
+  for (idx j0 = 0; j0 < n; j0 += kBG) {
+    const idx g = n - j0 < kBG ? n - j0 : kBG;
+    for (idx c = 0; c < g; ++c) {
+      const idx j = j0 + c;
+      const Seg<const T *> s = st.col(j);
+      t[c] = mul(alpha, x[j]);
+      lo[c] = st.upper ? s.r0 : j + 1;
+      hi[c] = st.upper ? j : s.r1;
+      p[c] = st.upper ? s.p : s.p + 1;
+      d[c] = s.p + (j - s.r0);
+    }
+    ragged_cols<T, Herm, true, true>(g, lo, hi, p, t, y, x, out);
+    for (idx c = 0; c < g; ++c) {
+      T dv = *d[c];
+      if constexpr (Herm) dv = T(re(dv));
+      y[j0 + c] = y[j0 + c] + (mul(t[c], dv) + mul(alpha, out[c]));
+    }
+  }
+}
+
 // The contribution of the stored columns [c0, c1) (c0 a multiple of kNB) of
 // a full-storage matrix: a diagonal block with the column algorithm and the
 // rectangle beside it in one fused pass.
@@ -260,11 +335,31 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
     auto own = [&](auto step) {
       for (idx s = 0; s < g; ++s) step(fwd ? s : g - 1 - s);
     };
+    // Band storage, unit stride: the rows of each column outside the group
+    // as ragged columns (the rectangle and the corner together).
+    idx olo[kG], ohi[kG];
+    const T *op[kG];
+    const bool ragged = is_band<S>::value && incx == 1;
+    if (ragged)
+      for (idx c = 0; c < g; ++c) {
+        const Seg<const T *> &s = gr.seg[c];
+        olo[c] = upper ? s.r0 : j0 + g;
+        ohi[c] = upper ? (j0 > s.r0 ? j0 : s.r0) : (s.r1 > olo[c] ? s.r1 : olo[c]);
+        op[c] = s.p + (olo[c] - s.r0);
+      }
     auto outer_axpy = [&] {
+      if (ragged) {
+        ragged_cols<T, false, true, false>(g, olo, ohi, op, t, x, nullptr, nullptr);
+        return;
+      }
       axpy_cols_p(rm, g, gr.rect, t, xr, incx);
       for (idx c = 0; c < g; ++c) seg_axpy(gr, c, gr.out_lo(c), gr.out_hi(c), t[c], x, incx);
     };
     auto outer_dot = [&] {
+      if (ragged) {
+        ragged_cols<T, Conj, false, true>(g, olo, ohi, op, nullptr, nullptr, x, dot);
+        return;
+      }
       dot_cols_p<T, Conj>(rm, g, gr.rect, xr, incx, dot);
       for (idx c = 0; c < g; ++c)
         dot[c] = dot[c] + seg_dot<T, Conj>(gr, c, gr.out_lo(c), gr.out_hi(c), x, incx);
@@ -300,6 +395,48 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
           xj = v + (dot[c] + in);
         }
       });
+    }
+  }
+}
+
+// Band triangular product x := A x, unit stride: blocks of rows, each summed
+// in registers over its band columns from the values of x that no earlier
+// block has overwritten (upper: ascending blocks, lower: descending).
+template <class T>
+void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
+  constexpr idx VB = block_rows<T>();
+  const idx kl = upper ? (unit ? -1 : 0) : k, ku = upper ? k : (unit ? -1 : 0);
+  const idx off = upper ? k : 0;
+  const idx nb = (n + VB - 1) / VB;
+  T acc[VB];
+  for (idx bi = 0; bi < nb; ++bi) {
+    const idx b = (upper ? bi : nb - 1 - bi) * VB, e = b + VB < n ? b + VB : n;
+    band_block(b, e, n, kl, ku, a, lda, off, x, acc);
+    for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + x[r] : acc[r - b];
+  }
+}
+
+// Band triangular product or solve with op(A) = A^T or A^H, unit stride:
+// column j of A gives element j of the result as one dot product over its
+// off-diagonal rows, taken in the order in which those rows of x hold what
+// the step needs (product: not yet overwritten; solve: already solved), so
+// no group bookkeeping is needed.
+template <class T, bool Conj, bool Solve>
+void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T *x) {
+  // Product: upper columns descending, lower ascending; solve: the reverse.
+  const bool ascending = Solve ? upper : !upper;
+  for (idx s = 0; s < n; ++s) {
+    const idx j = ascending ? s : n - 1 - s;
+    const Seg<const T *> c = st.col(j);
+    const idx lo = upper ? c.r0 : j + 1, hi = upper ? j : c.r1;
+    const T dot = ragged_col<T, Conj, false, true>(lo, hi, upper ? c.p : c.p + 1, T(0), nullptr, x);
+    const T d = opc<Conj>(c.p[j - c.r0]);
+    T &xj = x[j];
+    if constexpr (Solve) {
+      const T v = xj - dot;
+      xj = unit ? v : div(v, d);
+    } else {
+      xj = (unit ? xj : mul(d, xj)) + dot;
     }
   }
 }
@@ -358,46 +495,75 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
 // Rank-1 and rank-2 updates of the columns [c0, c1) of a triangle (full or
 // packed storage); columns are independent of each other.
 
+// Columns are taken in groups of kRG: the rows that every column of a group
+// stores outside the group's own rows form a rectangle, updated by the
+// column-group primitive with x (and y) loaded once per group; each column's
+// rows inside the group and its diagonal follow element by element. Groups
+// start at multiples of kRG (thread parts start at multiples of 64), so an
+// element gets the same bits whatever the split.
+inline constexpr idx kRG = 8;
+
+template <class T, bool Herm, bool Two, class S>
+void rank_update(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,
+                 const S &st) {
+  const bool unit = incx == 1 && (!Two || incy == 1);
+  const idx n = st.n;
+  T t[kRG], u[kRG];
+  T *rect[kRG];
+  for (idx j0 = c0; j0 < c1;) {
+    const idx jend = (j0 / kRG + 1) * kRG < c1 ? (j0 / kRG + 1) * kRG : c1;
+    const idx g = jend - j0;
+    for (idx c = 0; c < g; ++c) {
+      const T xj = x[(j0 + c) * incx];
+      if constexpr (Two) {
+        t[c] = mul(alpha, opc<Herm>(y[(j0 + c) * incy]));
+        u[c] = opc<Herm>(mul(alpha, xj));
+      } else {
+        t[c] = mul(alpha, opc<Herm>(xj));
+        u[c] = T(0);
+      }
+    }
+    const idx lo = st.upper ? 0 : jend, hi = st.upper ? j0 : n;
+    for (idx c = 0; c < g; ++c) {
+      Seg<T *> s = st.col(j0 + c);
+      rect[c] = s.p + (lo - s.r0);
+    }
+    if (hi > lo) {
+      if (unit) {
+        rank_cols<T, Two>(hi - lo, g, rect, x + lo, t, Two ? y + lo : y, u);
+      } else {
+        for (idx c = 0; c < g; ++c)
+          rank_col_strided<T, Two>(hi - lo, rect[c], x + lo * incx, incx, t[c],
+                                   Two ? y + lo * incy : y, incy, u[c]);
+      }
+    }
+    for (idx c = 0; c < g; ++c) {
+      const idx j = j0 + c;
+      Seg<T *> s = st.col(j);
+      const idx r0 = st.upper ? j0 : j + 1, r1 = st.upper ? j : jend;
+      for (idx i = r0; i < r1; ++i) {
+        T &e = s.p[i - s.r0];
+        e = rank_elem<T, Two>(e, x[i * incx], t[c], Two ? y[i * incy] : T(0), u[c]);
+      }
+      T &d = s.p[j - s.r0];
+      T v = mul(x[j * incx], t[c]);
+      if constexpr (Two) v = v + mul(y[j * incy], u[c]);
+      if constexpr (Herm) d = T(re(d) + re(v));
+      else d = d + v;
+    }
+    j0 = jend;
+  }
+}
+
 template <class T, bool Herm, class S>
 void syr_cols(idx c0, idx c1, T alpha, const T *x, idx incx, const S &st) {
-  for (idx j = c0; j < c1; ++j) {
-    Seg<T *> s = st.col(j);
-    T xj = x[j * incx];
-    T t = mul(alpha, opc<Herm>(xj));
-    T *d;
-    if (st.upper) {
-      axpy_vec<T, false>(j - s.r0, x + s.r0 * incx, incx, t, nullptr, 0, T(0), s.p);
-      d = s.p + (j - s.r0);
-    } else {
-      d = s.p;
-      axpy_vec<T, false>(s.r1 - j - 1, x + (j + 1) * incx, incx, t, nullptr, 0, T(0), s.p + 1);
-    }
-    if constexpr (Herm) *d = T(re(*d) + re(mul(xj, t)));
-    else *d = *d + mul(xj, t);
-  }
+  rank_update<T, Herm, false>(c0, c1, alpha, x, incx, static_cast<const T *>(nullptr), 0, st);
 }
 
 template <class T, bool Herm, class S>
 void syr2_cols(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,
                const S &st) {
-  for (idx j = c0; j < c1; ++j) {
-    Seg<T *> s = st.col(j);
-    T xj = x[j * incx], yj = y[j * incy];
-    T t1 = mul(alpha, opc<Herm>(yj));
-    T t2 = opc<Herm>(mul(alpha, xj));
-    T *d;
-    if (st.upper) {
-      axpy_vec<T, true>(j - s.r0, x + s.r0 * incx, incx, t1, y + s.r0 * incy, incy, t2, s.p);
-      d = s.p + (j - s.r0);
-    } else {
-      d = s.p;
-      axpy_vec<T, true>(s.r1 - j - 1, x + (j + 1) * incx, incx, t1, y + (j + 1) * incy, incy, t2,
-                        s.p + 1);
-    }
-    T v = mul(xj, t1) + mul(yj, t2);
-    if constexpr (Herm) *d = T(re(*d) + re(v));
-    else *d = *d + v;
-  }
+  rank_update<T, Herm, true>(c0, c1, alpha, x, incx, y, incy, st);
 }
 
 }  // namespace l2

@@ -13,6 +13,10 @@
 
 #include "service/scalar.h"
 
+#if defined(__AVX__)
+#include <immintrin.h>
+#endif
+
 namespace nxl {
 inline namespace NXL_CP_NS {
 namespace l2 {
@@ -42,6 +46,55 @@ template <class R> struct lanes {
     return v;
   }
   static void store(R *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+  // Integer lanes of the same width: lane masks (all bits set or clear).
+  typedef std::conditional_t<sizeof(R) == 8, long long, int> I;
+  typedef I M __attribute__((vector_size(kVecBytes)));
+  static M mask(int l0, int l1) {
+    M io;
+    for (int k = 0; k < VL; ++k) io[k] = I(k);
+    return (io >= I(l0)) & (io < I(l1));
+  }
+  // Lanes of m from a, the others from b.
+  static V blend(M m, V a, V b) { return (V)(((M)a & m) | ((M)b & ~m)); }
+  // Lanes [l0, l1) from p[l0..l1), zero elsewhere; p + l is read only for
+  // those lanes (masked loads do not fault on the others).
+  static V load_part(const R *p, int l0, int l1) {
+#if defined(__AVX512F__)
+    if constexpr (kVecBytes == 64) {
+      const unsigned k = ((1u << l1) - 1u) & ~((1u << l0) - 1u);
+      if constexpr (sizeof(R) == 8) return (V)_mm512_maskz_loadu_pd(__mmask8(k), p);
+      else return (V)_mm512_maskz_loadu_ps(__mmask16(k), p);
+    }
+#endif
+#if defined(__AVX__)
+    if constexpr (kVecBytes == 32) {
+      if constexpr (sizeof(R) == 8) return (V)_mm256_maskload_pd(p, (__m256i)mask(l0, l1));
+      else return (V)_mm256_maskload_ps(p, (__m256i)mask(l0, l1));
+    }
+#endif
+    V v = V{} * R(0);
+    for (int k = l0; k < l1; ++k) v[k] = p[k];
+    return v;
+  }
+  // Stores lanes [l0, l1) of v to p[l0..l1) and nothing else.
+  static void store_part(R *p, V v, int l0, int l1) {
+#if defined(__AVX512F__)
+    if constexpr (kVecBytes == 64) {
+      const unsigned k = ((1u << l1) - 1u) & ~((1u << l0) - 1u);
+      if constexpr (sizeof(R) == 8) _mm512_mask_storeu_pd(p, __mmask8(k), (__m512d)v);
+      else _mm512_mask_storeu_ps(p, __mmask16(k), (__m512)v);
+      return;
+    }
+#endif
+#if defined(__AVX__)
+    if constexpr (kVecBytes == 32) {
+      if constexpr (sizeof(R) == 8) _mm256_maskstore_pd(p, (__m256i)mask(l0, l1), (__m256d)v);
+      else _mm256_maskstore_ps(p, (__m256i)mask(l0, l1), (__m256)v);
+      return;
+    }
+#endif
+    for (int k = l0; k < l1; ++k) p[k] = v[k];
+  }
   static V swap(V v) {
     if constexpr (VL == 2) return __builtin_shufflevector(v, v, 1, 0);
     else if constexpr (VL == 4) return __builtin_shufflevector(v, v, 1, 0, 3, 2);
@@ -49,6 +102,20 @@ template <class R> struct lanes {
     else return __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
   }
 };
+
+// A scalar of T as two vectors for y += a*t on interleaved lanes:
+// tr = (re t, re t, ...), ti = (-im t, im t, ...) (zero for real T), so
+// that a*t = a*tr + swap(a)*ti.
+template <class T, class V>
+inline void bcast_scale(T t, V &tr, V &ti) {
+  tr = V{} * real_t<T>(0) + re(t);
+  ti = V{} * real_t<T>(0);
+  if constexpr (is_complex_v<T>)
+    for (int k = 0; k < int(sizeof(V) / sizeof(real_t<T>)); k += 2) {
+      ti[k] = -im(t);
+      ti[k + 1] = im(t);
+    }
+}
 
 // Dot products of NC columns ac[c] with x over `len` reals (complex: re/im
 // interleaved), and with Axpy also y += sum_c ac[c] * tr[c] (real only).
@@ -284,43 +351,250 @@ inline void fused_cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx 
   cols_p<T, Conj, true, true>(m, n, a, t, y, incy, x, incx, out);
 }
 
-// y[i*incy] += x[i*incx] * t (+ w[i*incw] * u): the column update of the
-// rank-1 and rank-2 routines.
-template <class T, bool Two>
-inline void axpy_vec(idx m, const T *x, idx incx, T t, const T *w, idx incw, T u, T *y) {
-  if (incx == 1 && (!Two || incw == 1)) {
-    if constexpr (is_complex_v<T>) {
-      using R = real_t<T>;
-      const R *xr = reinterpret_cast<const R *>(x);
-      const R *wr = reinterpret_cast<const R *>(w);
-      R *yr = reinterpret_cast<R *>(y);
-      const R tr = t.real(), ti = t.imag(), ur = u.real(), ui = u.imag();
-      for (idx i = 0; i < m; ++i) {
-        R x0 = xr[2 * i], x1 = xr[2 * i + 1];
-        R y0 = yr[2 * i] + x0 * tr - x1 * ti;
-        R y1 = yr[2 * i + 1] + x0 * ti + x1 * tr;
-        if constexpr (Two) {
-          R w0 = wr[2 * i], w1 = wr[2 * i + 1];
-          y0 = y0 + w0 * ur - w1 * ui;
-          y1 = y1 + w0 * ui + w1 * ur;
-        }
-        yr[2 * i] = y0;
-        yr[2 * i + 1] = y1;
+// Ragged columns: columns whose stored rows [lo, hi) differ from one column
+// to the next (band storage, the rows of a group outside its own triangle),
+// p pointing at row lo; y and x are unit-stride and indexed by row. Each
+// column runs over vector blocks on a fixed grid of rows (multiples of the
+// vector length from row 0): whole blocks inside, masked loads and stores
+// for its first and last blocks, so the corners of a band cost vector
+// operations, not element loops, and consecutive columns meet the same y
+// blocks at the same addresses.
+//   Axpy: y[r] += A(r) t          Dot: returns sum_r op(A(r)) x[r]
+// Dot products sum four lane accumulators in a fixed order set by the rows
+// alone, so they do not depend on how the columns are grouped.
+template <class T, bool Conj, bool Axpy, bool Dot>
+inline T ragged_col(idx lo, idx hi, const T *p, T t, T *y, const T *x) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  const idx lr = W * lo, hr = W * hi;
+  if (hr <= lr) return T(0);
+  const R *ar = reinterpret_cast<const R *>(p);
+  const R *xr = reinterpret_cast<const R *>(x);
+  R *yr = reinterpret_cast<R *>(y);
+  const V zero = V{} * R(0);
+  V tr, ti;
+  bcast_scale(t, tr, ti);
+  V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
+  // One block of rows [b, b + VL): lanes [l0, l1) (all lanes when Full).
+  auto step = [&](idx b, int l0, int l1, auto full, int acc) __attribute__((always_inline)) {
+    constexpr bool Full = decltype(full)::value;
+    const R *q = ar + (b - lr);
+    const V av = Full ? X::load(q) : X::load_part(q, l0, l1);
+    if constexpr (Axpy) {
+      V yv = Full ? X::load(yr + b) : X::load_part(yr + b, l0, l1);
+      yv = yv + av * tr;
+      if constexpr (Cx) yv = yv + X::swap(av) * ti;
+      if (Full) X::store(yr + b, yv);
+      else X::store_part(yr + b, yv, l0, l1);
+    }
+    if constexpr (Dot) {
+      const V xv = Full ? X::load(xr + b) : X::load_part(xr + b, l0, l1);
+      P[acc] = P[acc] + av * xv;
+      if constexpr (Cx) Q[acc] = Q[acc] + av * X::swap(xv);
+    }
+  };
+  using part = std::false_type;
+  using whole = std::true_type;
+  idx b = lr - lr % VL;
+  if (b != lr || hr - b < VL) {
+    step(b, int(lr - b), int(hr - b < VL ? hr - b : VL), part{}, 0);
+    b += VL;
+  }
+  for (; b + 4 * VL <= hr; b += 4 * VL) {
+    step(b, 0, VL, whole{}, 0);
+    step(b + VL, 0, VL, whole{}, 1);
+    step(b + 2 * VL, 0, VL, whole{}, 2);
+    step(b + 3 * VL, 0, VL, whole{}, 3);
+  }
+  for (; b + VL <= hr; b += VL) step(b, 0, VL, whole{}, 1);
+  if (b < hr) step(b, 0, int(hr - b), part{}, 2);
+  if constexpr (Dot) {
+    const V pv = (P[0] + P[1]) + (P[2] + P[3]), qv = (Q[0] + Q[1]) + (Q[2] + Q[3]);
+    R pe = 0, po = 0, qe = 0, qo = 0;
+    for (int k = 0; k < VL; k += 2) {
+      pe = pe + pv[k];
+      po = po + pv[k + 1];
+      qe = qe + qv[k];
+      qo = qo + qv[k + 1];
+    }
+    if constexpr (Cx) return Conj ? T(pe + po, qe - qo) : T(pe - po, qe + qo);
+    else return pe + po;
+  }
+  return T(0);
+}
+
+// g ragged columns (empty ranges allowed: their dot products are 0).
+template <class T, bool Conj, bool Axpy, bool Dot>
+inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, const T *t, T *y,
+                        const T *x, T *out) {
+  for (idx c = 0; c < g; ++c) {
+    const T v = ragged_col<T, Conj, Axpy, Dot>(lo[c], hi[c], p[c], Axpy ? t[c] : T(0), y, x);
+    if constexpr (Dot) out[c] = v;
+  }
+}
+
+// Band rows: acc[r] = sum_j A(r, j) x[j] for the rows of one block
+// [b, e) (e - b at most one vector of elements), over the columns j whose
+// band rows [j - ku, j + kl] meet the block; A(r, j) is at
+// a[j*lda + off + r - j]. The block's sums stay in registers: each column
+// adds one vector (masked where the block sticks out of its band rows), so
+// the result is written once. Columns go to four accumulators by their
+// distance from column b - kl, so the sums do not depend on where a
+// sub-problem starts.
+template <class T>
+inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda, idx off,
+                       const T *x, T *acc) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  const V zero = V{} * R(0);
+  V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
+  const idx jbase = b - kl;
+  const idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
+  const idx jf0 = e - 1 - kl, jf1 = b + ku;  // columns covering the whole block
+  const idx ff0 = jf0 > jlo ? jf0 : jlo, ff1 = jf1 < jhi - 1 ? jf1 : jhi - 1;
+  for (idx q = jbase + ((jlo - jbase) / 4) * 4; q < jhi; q += 4) {
+    if (q >= ff0 && q + 3 <= ff1) {
+      // Four columns that cover the whole block.
+      const R *col = reinterpret_cast<const R *>(a + q * lda + off - q) + W * b;
+      const idx step = W * (lda - 1);
+#pragma clang loop unroll(full)
+      for (int u = 0; u < 4; ++u) {
+        const V av = X::load(col + u * step);
+        P[u] = P[u] + av * re(x[q + u]);
+        if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * im(x[q + u]);
       }
-    } else {
-      for (idx i = 0; i < m; ++i) {
-        T v = y[i] + x[i] * t;
-        if constexpr (Two) v = v + w[i] * u;
-        y[i] = v;
+      continue;
+    }
+#pragma clang loop unroll(full)
+    for (int u = 0; u < 4; ++u) {
+      const idx j = q + u;
+      if (j < jlo || j >= jhi) continue;
+      const R *col = reinterpret_cast<const R *>(a + j * lda + off - j) + W * b;
+      const R xr = re(x[j]), xi = im(x[j]);
+      if (j >= jf0 && j <= jf1) {
+        const V av = X::load(col);
+        P[u] = P[u] + av * xr;
+        if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * xi;
+      } else {
+        const idx s = j - ku > b ? j - ku : b, t = j + kl + 1 < e ? j + kl + 1 : e;
+        if (t <= s) continue;
+        const int l0 = int(W * (s - b)), l1 = int(W * (t - b));
+        const V av = X::load_part(col, l0, l1);
+        const auto m = X::mask(l0, l1);
+        P[u] = X::blend(m, P[u] + av * xr, P[u]);
+        if constexpr (Cx) Q[u] = X::blend(m, Q[u] + X::swap(av) * xi, Q[u]);
       }
     }
-    return;
   }
-  for (idx i = 0; i < m; ++i) {
-    T v = y[i] + mul(x[i * incx], t);
-    if constexpr (Two) v = v + mul(w[i * incw], u);
-    y[i] = v;
+  V pv = (P[0] + P[1]) + (P[2] + P[3]);
+  if constexpr (Cx) {
+    V sg = zero;
+    for (int k = 0; k < VL; k += 2) {
+      sg[k] = R(-1);
+      sg[k + 1] = R(1);
+    }
+    pv = pv + ((Q[0] + Q[1]) + (Q[2] + Q[3])) * sg;
   }
+  R *ar = reinterpret_cast<R *>(acc);
+  for (int k = 0; k < W * (e - b); ++k) ar[k] = pv[k];
+}
+
+// One element of a rank-1 (Two = false) or rank-2 update:
+// a + x*t (+ w*u). Complex products are written as the vector loop of
+// rank_cols computes them lane by lane (real lane: ar + xr*tr + xi*(-ti),
+// imaginary lane: ai + xi*tr + xr*ti), so that an element gets the same bits
+// whether a vector or this scalar form updates it.
+template <class T, bool Two>
+inline T rank_elem(T a, T x, T t, T w, T u) {
+  if constexpr (is_complex_v<T>) {
+    using R = real_t<T>;
+    R r = a.real() + x.real() * t.real() + x.imag() * (-t.imag());
+    R i = a.imag() + x.imag() * t.real() + x.real() * t.imag();
+    if constexpr (Two) {
+      r = r + w.real() * u.real() + w.imag() * (-u.imag());
+      i = i + w.imag() * u.real() + w.real() * u.imag();
+    }
+    return T(r, i);
+  } else {
+    T v = a + x * t;
+    if constexpr (Two) v = v + w * u;
+    return v;
+  }
+}
+
+// a[c][i] += x[i]*t[c] (+ w[i]*u[c]) for rows [0, m) of NC columns, unit
+// stride: x (and w) are loaded once for all the columns of the group, and
+// each column is streamed once.
+template <class T, int NC, bool Two>
+inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *w, const T *u) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  const R *xr = reinterpret_cast<const R *>(x);
+  const R *wr = reinterpret_cast<const R *>(w);
+  R *ar[NC];
+  V tr[NC], ti[NC], ur[NC], ui[NC];
+  const V zero = V{} * R(0);
+#pragma clang loop unroll(full)
+  for (int c = 0; c < NC; ++c) {
+    ar[c] = reinterpret_cast<R *>(a[c]);
+    bcast_scale(t[c], tr[c], ti[c]);
+    bcast_scale(Two ? u[c] : T(0), ur[c], ui[c]);
+  }
+  const idx len = m * W;
+  idx b = 0;
+  for (; b + VL <= len; b += VL) {
+    const V xv = X::load(xr + b);
+    const V xs = Cx ? X::swap(xv) : zero;
+    V wv = zero, ws = zero;
+    if constexpr (Two) {
+      wv = X::load(wr + b);
+      if constexpr (Cx) ws = X::swap(wv);
+    }
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) {
+      V av = X::load(ar[c] + b) + xv * tr[c];
+      if constexpr (Cx) av = av + xs * ti[c];
+      if constexpr (Two) {
+        av = av + wv * ur[c];
+        if constexpr (Cx) av = av + ws * ui[c];
+      }
+      X::store(ar[c] + b, av);
+    }
+  }
+  for (idx i = b / W; i < m; ++i) {
+    const T xi = x[i], wi = Two ? w[i] : T(0);
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) a[c][i] = rank_elem<T, Two>(a[c][i], xi, t[c], wi, Two ? u[c] : T(0));
+  }
+}
+
+// The same for g columns (any g), unit stride, in groups of eight.
+template <class T, bool Two>
+inline void rank_cols(idx m, idx g, T *const *a, const T *x, const T *t, const T *w, const T *u) {
+  if (m <= 0) return;
+  idx c = 0;
+  for (; c + 8 <= g; c += 8) rank_cols_unit<T, 8, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+  for (; c + 4 <= g; c += 4) rank_cols_unit<T, 4, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+  for (; c < g; ++c) rank_cols_unit<T, 1, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+}
+
+// One column with strided vectors: a[i] += x[i*incx]*t (+ w[i*incw]*u).
+template <class T, bool Two>
+inline void rank_col_strided(idx m, T *a, const T *x, idx incx, T t, const T *w, idx incw, T u) {
+  for (idx i = 0; i < m; ++i)
+    a[i] = rank_elem<T, Two>(a[i], x[i * incx], t, Two ? w[i * incw] : T(0), u);
 }
 
 // y := beta*y over n elements; beta = 0 writes zeros without reading y.

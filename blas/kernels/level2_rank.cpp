@@ -17,8 +17,23 @@ void ger_k NXL_L2_GER_P(T) {
   if (mm <= 0 || nn <= 0 || is_zero(al)) return;
   x += vec_start(mm, ix);
   y += vec_start(nn, iy);
-  for (idx j = 0; j < nn; ++j)
-    axpy_vec<T, false>(mm, x, ix, mul(al, opc<Conj>(y[j * iy])), nullptr, 0, T(0), a + j * ld);
+  // Groups of kRG columns, each column streamed once with x loaded once per
+  // group; strided x goes one column at a time.
+  T t[kRG];
+  T *cols[kRG];
+  for (idx j0 = 0; j0 < nn; j0 += kRG) {
+    const idx g = nn - j0 < kRG ? nn - j0 : kRG;
+    for (idx c = 0; c < g; ++c) {
+      t[c] = mul(al, opc<Conj>(y[(j0 + c) * iy]));
+      cols[c] = a + (j0 + c) * ld;
+    }
+    if (ix == 1) {
+      rank_cols<T, false>(mm, g, cols, x, t, nullptr, nullptr);
+    } else {
+      for (idx c = 0; c < g; ++c)
+        rank_col_strided<T, false>(mm, cols[c], x, ix, t[c], nullptr, 0, T(0));
+    }
+  }
 }
 
 template <class T, bool Herm, bool Packed, class A>

@@ -33,7 +33,9 @@ void sbmv_k NXL_L2_SBMV_P(T) {
   const idx nn = *n, ix = *incx, iy = *incy;
   const T al = *alpha;
   sym_product<T>(uplo, nn, al, x, ix, *beta, y, iy, [&](bool upper, const T *xs, T *ys) {
-    symv_cols<T, Herm>(nn, al, BandSt<const T *>{a, *lda, *kband, upper, nn}, xs, ix, ys, iy);
+    const BandSt<const T *> st{a, *lda, *kband, upper, nn};
+    if (ix == 1 && iy == 1) symv_band<T, Herm>(nn, al, st, xs, ys);
+    else symv_cols<T, Herm>(nn, al, st, xs, ix, ys, iy);
   });
 }
 

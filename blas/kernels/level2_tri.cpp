@@ -24,7 +24,9 @@ void tri_k(const char *uplo, const char *trans, const char *diag, idx n, idx k, 
       tr_full<T, C, Solve>(upper, tr, unit, n, a, lda, x, incx);
     } else if constexpr (St == Store::band) {
       BandSt<const T *> s{a, lda, k, upper, n};
-      if constexpr (Solve) trsv_cols<T, C>(tr, unit, n, s, x, incx);
+      if (!Solve && !tr && incx == 1 && !is_complex_v<T>) tbmv_rows<T>(upper, unit, n, k, a, lda, x);
+      else if (tr && incx == 1) tb_trans_cols<T, C, Solve>(upper, unit, n, s, x);
+      else if constexpr (Solve) trsv_cols<T, C>(tr, unit, n, s, x, incx);
       else trmv_cols<T, C>(tr, unit, n, s, x, incx);
     } else {
       PackSt<const T *> s{a, upper, n};

@@ -101,6 +101,15 @@ void set_threads(int nt) { nxl_serv_domain_set_num_threads(nt, 1); }
 
 template <class T> char pick_trans(Rng &r) { return "NTCntc"[r.i(0, 5)]; }
 
+// A fixed case for the sweeps: the checks draw only what it leaves open
+// (the values; the leading dimension's padding).
+struct Shape {
+  Kind kind;
+  bool upper, unit, two;
+  char tr;
+  idx m, n, kl, ku, incx, incy;
+};
+
 // Runs `call` once per thread count (dispatch) or once (kernel builds),
 // restoring the output from `reset` before each run and requiring the same
 // bits from every thread count.
@@ -140,17 +149,18 @@ void check_product(const std::vector<T> &a, const std::vector<T> &a0, const Vec<
 
 // ---------------------------------------------------------------------------
 // gemv and gbmv.
-template <class T> void check_general(const Fns<T> &f, Rng &r, int trials, bool band) {
+template <class T> void check_general(const Fns<T> &f, Rng &r, int trials, bool band,
+                                      const Shape *fx = nullptr) {
   const bool dispatch = f.layer == "dispatch";
   for (int t = 0; t < trials; ++t) {
-    const char tr = pick_trans<T>(r);
+    const char tr = fx ? fx->tr : pick_trans<T>(r);
     const bool notr = tr == 'N' || tr == 'n', cj = tr == 'C' || tr == 'c';
-    const idx m = r.dim(), n = r.dim();
-    const idx kl = band ? r.i(0, 6) + (r.i(0, 4) == 0 ? m : 0) : 0;
-    const idx ku = band ? r.i(0, 6) : 0;
+    const idx m = fx ? fx->m : r.dim(), n = fx ? fx->n : r.dim();
+    const idx kl = fx ? fx->kl : band ? r.i(0, 6) + (r.i(0, 4) == 0 ? m : 0) : 0;
+    const idx ku = fx ? fx->ku : band ? r.i(0, 6) : 0;
     const idx rows = band ? kl + ku + 1 : (m > 1 ? m : 1);
     const idx lda = rows + r.i(0, 3);
-    const idx incx = r.inc(), incy = r.inc();
+    const idx incx = fx ? fx->incx : r.inc(), incy = fx ? fx->incy : r.inc();
     const T alpha = r.scalar<T>(), beta = r.scalar<T>();
     const idx lenx = notr ? n : m, leny = notr ? m : n;
     std::string ctx = std::string(band ? "gbmv" : "gemv") + " trans=" + tr + " m=" + std::to_string(m) +
@@ -252,16 +262,17 @@ template <class T> Kind pick_kind(Rng &r) { return Kind(r.i(0, 2)); }
 
 // ---------------------------------------------------------------------------
 // symv/hemv, sbmv/hbmv, spmv/hpmv.
-template <class T> void check_symmetric(const Fns<T> &f, Rng &r, int trials) {
+template <class T> void check_symmetric(const Fns<T> &f, Rng &r, int trials,
+                                        const Shape *fx = nullptr) {
   const bool dispatch = f.layer == "dispatch";
   constexpr bool herm = Tr<T>::cx;
   for (int t = 0; t < trials; ++t) {
-    const Kind kind = pick_kind<T>(r);
-    const bool upper = r.i(0, 1) == 0;
-    const idx n = r.dim();
-    const idx k = kind == Kind::band ? r.i(0, 8) + (r.i(0, 5) == 0 ? n : 0) : 0;
+    const Kind kind = fx ? fx->kind : pick_kind<T>(r);
+    const bool upper = fx ? fx->upper : r.i(0, 1) == 0;
+    const idx n = fx ? fx->n : r.dim();
+    const idx k = fx ? fx->ku : kind == Kind::band ? r.i(0, 8) + (r.i(0, 5) == 0 ? n : 0) : 0;
     const idx lda = (kind == Kind::band ? k + 1 : (n > 1 ? n : 1)) + r.i(0, 2);
-    const idx incx = r.inc(), incy = r.inc();
+    const idx incx = fx ? fx->incx : r.inc(), incy = fx ? fx->incy : r.inc();
     const T alpha = r.scalar<T>(), beta = r.scalar<T>();
     SCOPED_TRACE(std::string("symmetric kind=") + std::to_string(int(kind)) + " uplo=" +
                  (upper ? "U" : "L") + " n=" + std::to_string(n) + " k=" + std::to_string(k) +
@@ -321,16 +332,17 @@ template <class T> void check_symmetric(const Fns<T> &f, Rng &r, int trials) {
 
 // ---------------------------------------------------------------------------
 // Triangular products and solves in the three storages.
-template <class T> void check_triangular(const Fns<T> &f, Rng &r, int trials, bool solve) {
+template <class T> void check_triangular(const Fns<T> &f, Rng &r, int trials, bool solve,
+                                         const Shape *fx = nullptr) {
   for (int t = 0; t < trials; ++t) {
-    const Kind kind = pick_kind<T>(r);
-    const bool upper = r.i(0, 1) == 0, unit = r.i(0, 1) == 0;
-    const char tr = pick_trans<T>(r);
+    const Kind kind = fx ? fx->kind : pick_kind<T>(r);
+    const bool upper = fx ? fx->upper : r.i(0, 1) == 0, unit = fx ? fx->unit : r.i(0, 1) == 0;
+    const char tr = fx ? fx->tr : pick_trans<T>(r);
     const bool notr = tr == 'N' || tr == 'n', cj = tr == 'C' || tr == 'c';
-    const idx n = r.dim();
-    const idx k = kind == Kind::band ? r.i(0, 8) + (r.i(0, 5) == 0 ? n : 0) : 0;
+    const idx n = fx ? fx->n : r.dim();
+    const idx k = fx ? fx->ku : kind == Kind::band ? r.i(0, 8) + (r.i(0, 5) == 0 ? n : 0) : 0;
     const idx lda = (kind == Kind::band ? k + 1 : (n > 1 ? n : 1)) + r.i(0, 2);
-    const idx incx = r.inc();
+    const idx incx = fx ? fx->incx : r.inc();
     SCOPED_TRACE(std::string(solve ? "solve" : "product") + " kind=" + std::to_string(int(kind)) +
                  " uplo=" + (upper ? "U" : "L") + " trans=" + tr + " diag=" + (unit ? "U" : "N") +
                  " n=" + std::to_string(n) + " k=" + std::to_string(k) + " lda=" +
@@ -403,12 +415,12 @@ template <class T> void check_triangular(const Fns<T> &f, Rng &r, int trials, bo
 
 // ---------------------------------------------------------------------------
 // ger/geru/gerc.
-template <class T> void check_ger(const Fns<T> &f, Rng &r, int trials) {
+template <class T> void check_ger(const Fns<T> &f, Rng &r, int trials, const Shape *fx = nullptr) {
   const bool dispatch = f.layer == "dispatch";
   for (int t = 0; t < trials; ++t) {
-    const bool conj = Tr<T>::cx && r.i(0, 1) == 1;
-    const idx m = r.dim(), n = r.dim(), lda = (m > 1 ? m : 1) + r.i(0, 3);
-    const idx incx = r.inc(), incy = r.inc();
+    const bool conj = Tr<T>::cx && (fx ? fx->tr == 'C' : r.i(0, 1) == 1);
+    const idx m = fx ? fx->m : r.dim(), n = fx ? fx->n : r.dim(), lda = (m > 1 ? m : 1) + r.i(0, 3);
+    const idx incx = fx ? fx->incx : r.inc(), incy = fx ? fx->incy : r.inc();
     const T alpha = r.scalar<T>();
     SCOPED_TRACE(std::string(conj ? "gerc" : "geru") + " m=" + std::to_string(m) + " n=" +
                  std::to_string(n) + " lda=" + std::to_string(lda) + " incx=" +
@@ -441,14 +453,15 @@ template <class T> void check_ger(const Fns<T> &f, Rng &r, int trials) {
 
 // ---------------------------------------------------------------------------
 // syr/her, syr2/her2 (full) and spr/hpr, spr2/hpr2 (packed).
-template <class T> void check_rank_update(const Fns<T> &f, Rng &r, int trials) {
+template <class T> void check_rank_update(const Fns<T> &f, Rng &r, int trials,
+                                          const Shape *fx = nullptr) {
   constexpr bool herm = Tr<T>::cx;
   using R = R_t<T>;
   for (int t = 0; t < trials; ++t) {
-    const Kind kind = r.i(0, 1) ? Kind::full : Kind::packed;
-    const bool upper = r.i(0, 1) == 0, two = r.i(0, 1) == 1;
-    const idx n = r.dim(), lda = (n > 1 ? n : 1) + r.i(0, 2);
-    const idx incx = r.inc(), incy = r.inc();
+    const Kind kind = fx ? fx->kind : r.i(0, 1) ? Kind::full : Kind::packed;
+    const bool upper = fx ? fx->upper : r.i(0, 1) == 0, two = fx ? fx->two : r.i(0, 1) == 1;
+    const idx n = fx ? fx->n : r.dim(), lda = (n > 1 ? n : 1) + r.i(0, 2);
+    const idx incx = fx ? fx->incx : r.inc(), incy = fx ? fx->incy : r.inc();
     const T alpha2 = r.scalar<T>();
     const R alpha1 = R(re_of(r.scalar<T>()));
     SCOPED_TRACE(std::string(two ? "rank-2" : "rank-1") + (kind == Kind::full ? " full" : " packed") +
@@ -538,6 +551,82 @@ TYPED_TEST(Level2, GeneralRankOne) {
 }
 TYPED_TEST(Level2, SymmetricRankOneAndTwo) {
   each_layer<TypeParam>(7, 120, [](auto &f, Rng &r, int n) { check_rank_update(f, r, n); });
+}
+
+// Sweeps through the dispatch layer (the build the processor or the
+// environment selects): every order 0..40 (plus two that span several
+// vector blocks and groups), every flag, band widths from 0 to beyond the
+// order; unit, negative and wide increments in turn.
+template <class T, class F> void sweep(F body) {
+  nxl_serv_set_dynamic(0);
+  Rng r(99);
+  const auto &f = layers<T>()[0];
+  std::vector<idx> orders;
+  for (idx n = 0; n <= 40; ++n) orders.push_back(n);
+  orders.push_back(67);
+  orders.push_back(130);
+  for (idx n : orders) {
+    body(f, r, n);
+    if (::testing::Test::HasFatalFailure()) return;
+  }
+}
+
+const idx kSweepIncs[][2] = {{1, 1}, {-1, 2}, {3, -2}};
+const idx *sweep_inc(idx i) { return kSweepIncs[i % 3]; }
+
+std::vector<idx> band_widths(idx n) {
+  std::vector<idx> k{0, 1, 2, 3, 7, 8, 9, 17};
+  k.push_back(n > 0 ? n - 1 : 0);
+  k.push_back(n);
+  k.push_back(n + 5);
+  return k;
+}
+
+TYPED_TEST(Level2, SweepBandAndTriangular) {
+  sweep<TypeParam>([](auto &f, Rng &r, idx n) {
+    for (idx k : band_widths(n))
+      for (int up = 0; up < 2; ++up) {
+        const idx *inc = sweep_inc(n + k + up);
+        for (char tr : {'N', 'T', 'C'})
+          for (int unit = 0; unit < 2; ++unit)
+            for (bool solve : {false, true}) {
+              const Shape s{Kind::band, up == 1, unit == 1, false, tr, n, n, 0, k, inc[0], inc[1]};
+              check_triangular(f, r, 1, solve, &s);
+            }
+        const Shape s{Kind::band, up == 1, false, false, 'N', n, n, 0, k, inc[0], inc[1]};
+        check_symmetric(f, r, 1, &s);
+        for (char tr : {'N', 'T', 'C'}) {
+          const Shape g{Kind::band, false, false, false, tr, n, n + up * 3, k, k / 2 + up, inc[0], inc[1]};
+          check_general(f, r, 1, true, &g);
+        }
+      }
+  });
+}
+
+TYPED_TEST(Level2, SweepFullAndPacked) {
+  sweep<TypeParam>([](auto &f, Rng &r, idx n) {
+    for (Kind kind : {Kind::full, Kind::packed})
+      for (int up = 0; up < 2; ++up) {
+        const idx *inc = sweep_inc(n + up + (kind == Kind::full ? 1 : 0));
+        for (char tr : {'N', 'T', 'C'})
+          for (int unit = 0; unit < 2; ++unit)
+            for (bool solve : {false, true}) {
+              const Shape s{kind, up == 1, unit == 1, false, tr, n, n, 0, 0, inc[0], inc[1]};
+              check_triangular(f, r, 1, solve, &s);
+            }
+        const Shape s{kind, up == 1, false, false, 'N', n, n, 0, 0, inc[0], inc[1]};
+        check_symmetric(f, r, 1, &s);
+        for (int two = 0; two < 2; ++two) {
+          const Shape u{kind, up == 1, false, two == 1, 'N', n, n, 0, 0, inc[0], inc[1]};
+          check_rank_update(f, r, 1, &u);
+        }
+      }
+    for (auto inc : kSweepIncs)
+      for (char tr : {'N', 'C'}) {
+        const Shape g{Kind::full, false, false, false, tr, n + 3, n, 0, 0, inc[0], inc[1]};
+        check_ger(f, r, 1, &g);
+      }
+  });
 }
 
 }  // namespace
