@@ -24,7 +24,7 @@ sanitizers() {
   cmake -S . -B build-asan -G Ninja "${cc[@]}" -DCMAKE_BUILD_TYPE=Release -DNXL_WERROR=ON \
         -DCMAKE_C_FLAGS_RELEASE="-O1 -gline-tables-only" -DCMAKE_CXX_FLAGS_RELEASE="-O1 -gline-tables-only" \
         -DNXL_SANITIZE=ON -DNXL_BUILD_BENCH=OFF > /dev/null &&
-  timeout 2700 cmake --build build-asan -j "$jobs" &&
+  timeout 3000 cmake --build build-asan -j "$jobs" &&
   ASAN_OPTIONS=detect_leaks=0:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     timeout 1800 ctest --test-dir build-asan -j "$jobs" -L unit --output-on-failure --timeout 600 \
     | tee build-asan/ctest-summary.log
