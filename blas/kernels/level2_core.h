@@ -458,7 +458,10 @@ inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda,
   V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
   const idx jbase = b - kl;
   const idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
-  const idx jf0 = e - 1 - kl, jf1 = b + ku;  // columns covering the whole block
+  // Columns covering the whole block, read as whole vectors: only for a full
+  // block (a short last block would read rows past the matrix).
+  const bool full = (e - b) * W == VL;
+  const idx jf0 = full ? e - 1 - kl : n, jf1 = full ? b + ku : -1;
   const idx ff0 = jf0 > jlo ? jf0 : jlo, ff1 = jf1 < jhi - 1 ? jf1 : jhi - 1;
   for (idx q = jbase + ((jlo - jbase) / 4) * 4; q < jhi; q += 4) {
     if (q >= ff0 && q + 3 <= ff1) {
