@@ -47,7 +47,6 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
   using X = vec<V>;
   constexpr int W = X::W, MR = MV * W;
   constexpr idx tail = 32;
-  constexpr bool kPrefetchA = true;
   V c[NR][MV];
 #pragma clang loop unroll(full)
   for (int j = 0; j < NR; ++j)
@@ -56,7 +55,7 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
   auto step = [&](idx steps) __attribute__((always_inline)) {
 #pragma clang loop unroll_count(4)
     for (idx p = 0; p < steps; ++p) {
-      if constexpr (kPrefetchA) _mm_prefetch(reinterpret_cast<const char *>(a + 8 * MR), _MM_HINT_T0);
+      _mm_prefetch(reinterpret_cast<const char *>(a + 8 * MR), _MM_HINT_T0);
       V av[MV];
 #pragma clang loop unroll(full)
       for (int v = 0; v < MV; ++v) av[v] = X::load(a + v * W);

@@ -31,11 +31,11 @@ struct tile_dest {
   idx ldc = 0;  // bytes between columns
   int ncols = 0, colbytes = 0;
   kind mode = tile;
-  template <int Locality = 3> void prefetch() const {
+  void prefetch() const {
     if (!c) return;
     for (int j = 0; j < ncols; ++j) {
-      __builtin_prefetch(c + j * ldc, 1, Locality);
-      __builtin_prefetch(c + j * ldc + colbytes - 1, 1, Locality);
+      __builtin_prefetch(c + j * ldc, 1, 3);
+      __builtin_prefetch(c + j * ldc + colbytes - 1, 1, 3);
     }
   }
 };
