@@ -323,6 +323,22 @@ void pack_b_cols_direct(const T *__restrict s, idx ld, idx kc, idx nc, bool cj,
   }
 }
 
+// The part of a structured view strictly below (i > p) or above (i < p) its
+// diagonal as a general view of the stored elements it reads; false for the
+// zero part of a triangular view.
+template <class T> bool part_view(const view<T> &V, bool below, view<T> &g) {
+  g = general_view(V.a, V.ld, V.trans, V.cj);
+  g.r0 = V.r0;
+  g.c0 = V.c0;
+  if (V.kind == mkind::triangular) return below != V.upper;
+  // Symmetric / Hermitian: the stored triangle as it is, the other one
+  // mirrored (and conjugated when Hermitian).
+  const bool stored = below != V.upper;
+  g.trans = !stored;
+  g.cj = !stored && V.kind == mkind::hermitian;
+  return true;
+}
+
 // Packs V(i0.., p0..) choosing a fast accessor for plain views.
 template <class T>
 void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T> *dst) {
@@ -340,7 +356,30 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
     }
     return;
   }
-  pack_a_rows<T>([&](idx i, idx p) { return V.at(i0 + i, p0 + p); }, V.trans, mc, kc, alpha, dst);
+  // Structured view: each micro-panel splits at its diagonal band into a
+  // part left of it, the band and a part right of it; only the band needs
+  // the element-wise accessor.
+  using R = real_t<T>;
+  constexpr int MR = blk<T>::MR, RMR = ukernel<R>::MR, cf = blk<T>::cf;
+  view<T> lo, hi;
+  const bool lo_nz = part_view(V, true, lo), hi_nz = part_view(V, false, hi);
+  for (idx ir = 0; ir < mc; ir += MR) {
+    const idx mr = std::min<idx>(MR, mc - ir);
+    R *d = dst + ir * kc * cf * cf;
+    const idx gi = V.r0 + i0 + ir, gp = V.c0 + p0;
+    const idx b0 = std::clamp<idx>(gi - gp, 0, kc), b1 = std::clamp<idx>(gi + mr - gp, 0, kc);
+    auto piece = [&](const view<T> &g, bool nz, idx pa, idx pb) {
+      if (pb <= pa) return;
+      R *dd = d + pa * RMR * cf;
+      if (nz) pack_a(g, i0 + ir, p0 + pa, mr, pb - pa, alpha, dd);
+      else __builtin_memset(dd, 0, sizeof(R) * size_t(pb - pa) * RMR * cf);
+    };
+    piece(lo, lo_nz, 0, b0);  // columns left of the band: below the diagonal
+    if (b1 > b0)
+      pack_a_rows<T>([&](idx i, idx p) { return V.at(i0 + ir + i, p0 + b0 + p); }, V.trans, mr,
+                     b1 - b0, alpha, d + b0 * RMR * cf);
+    piece(hi, hi_nz, b1, kc);
+  }
 }
 
 template <class T>
@@ -359,7 +398,28 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
     }
     return;
   }
-  pack_b_cols<T>([&](idx p, idx j) { return V.at(p0 + p, j0 + j); }, !V.trans, kc, nc, dst);
+  // Structured view: as for A, each micro-panel splits at its diagonal band.
+  using R = real_t<T>;
+  constexpr int NR = blk<T>::NR, cf = blk<T>::cf;
+  view<T> lo, hi;
+  const bool lo_nz = part_view(V, true, lo), hi_nz = part_view(V, false, hi);
+  for (idx jr = 0; jr < nc; jr += NR) {
+    const idx nr = std::min<idx>(NR, nc - jr);
+    R *d = dst + jr * kc * cf;
+    const idx gj = V.c0 + j0 + jr, gp = V.r0 + p0;
+    const idx b0 = std::clamp<idx>(gj - gp, 0, kc), b1 = std::clamp<idx>(gj + nr - gp, 0, kc);
+    auto piece = [&](const view<T> &g, bool nz, idx pa, idx pb) {
+      if (pb <= pa) return;
+      R *dd = d + pa * NR * cf;
+      if (nz) pack_b(g, p0 + pa, j0 + jr, pb - pa, nr, dd);
+      else __builtin_memset(dd, 0, sizeof(R) * size_t(pb - pa) * NR * cf);
+    };
+    piece(hi, hi_nz, 0, b0);  // rows above the band: above the diagonal
+    if (b1 > b0)
+      pack_b_cols<T>([&](idx p, idx j) { return V.at(p0 + b0 + p, j0 + jr + j); }, !V.trans, b1 - b0,
+                     nr, d + b0 * NR * cf);
+    piece(lo, lo_nz, b1, kc);
+  }
 }
 
 // ---------------------------------------------------------------------------
