@@ -798,12 +798,16 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
   nxl_serv_deallocate(w);
 }
 
+// Order of the diagonal blocks the triangular solve ends on.
+template <class T> constexpr idx trsm_nb() { return is_complex_v<T> ? 32 : 64; }
+
 // Triangular solve of a small diagonal block: op(D) X = B (left) or
 // X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer.
 // Each unknown is divided by its diagonal entry (not multiplied by a
 // reciprocal: one rounding less, and no overflow of 1/d for tiny d).
-// Left-side columns run in groups so that their independent recurrences
-// overlap.
+// Left side: complex columns run in groups so that their independent
+// recurrences overlap; real ones are solved a group at a time across the
+// group's columns (see below).
 template <class T>
 void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *dbuf) {
   const bool up = A.upper;
@@ -822,26 +826,61 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
     }
   }
   if (left) {
-    constexpr idx G = 8;
-    for (idx j0 = 0; j0 < other; j0 += G) {
-      const idx g = std::min(G, other - j0);
-      T *x0 = b + j0 * ldb;
-      for (idx s = 0; s < nb; ++s) {
-        const idx p = up ? nb - 1 - s : s;
-        const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
-        const T *dc = d + p * ldd;
-        for (idx jj = 0; jj < g; ++jj) {
-          T *x = x0 + jj * ldb;
-          const T xp = A.unit ? x[p] : div(x[p], dc[p]);
-          x[p] = xp;
-          if (xp == T(0)) continue;
-          if constexpr (is_complex_v<T>) {
-            for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
-          } else {
-            NXL_L3_DISJOINT_LOOP
-            for (idx i = lo; i < hi; ++i) x[i] -= xp * dc[i];
+    if constexpr (is_complex_v<T>) {
+      constexpr idx G = 8;
+      for (idx j0 = 0; j0 < other; j0 += G) {
+        const idx g = std::min(G, other - j0);
+        T *x0 = b + j0 * ldb;
+        for (idx s = 0; s < nb; ++s) {
+          const idx p = up ? nb - 1 - s : s;
+          const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
+          const T *dc = d + p * ldd;
+          for (idx jj = 0; jj < g; ++jj) {
+            T *x = x0 + jj * ldb;
+            const T xp = A.unit ? x[p] : div(x[p], dc[p]);
+            x[p] = xp;
+            if (xp == T(0))
+              continue;
+            for (idx i = lo; i < hi; ++i)
+              x[i] -= mul(xp, dc[i]);
           }
         }
+      }
+    } else {
+      // G right-hand sides at a time, transposed into a row-major buffer so
+      // that every update is a whole-vector operation across the group; a
+      // column's zero unknown leaves the others untouched (as a skipped
+      // update would), so infinities in D do not reach it.
+      constexpr idx G = 128 / idx(sizeof(T));
+      alignas(64) T xt[trsm_nb<T>() * G];
+      for (idx j0 = 0; j0 < other; j0 += G) {
+        const idx g = std::min(G, other - j0);
+        T *x0 = b + j0 * ldb;
+        for (idx i = 0; i < nb; ++i)
+          for (idx jj = 0; jj < G; ++jj)
+            xt[i * G + jj] = jj < g ? x0[i + jj * ldb] : T(0);
+        for (idx s = 0; s < nb; ++s) {
+          const idx p = up ? nb - 1 - s : s;
+          const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
+          const T *dc = d + p * ldd;
+          T *xp = xt + p * G;
+          if (!A.unit) {
+            const T dp = dc[p];
+            for (idx jj = 0; jj < G; ++jj)
+              xp[jj] = div(xp[jj], dp);
+          }
+          for (idx i = lo; i < hi; ++i) {
+            const T dip = dc[i];
+            T *xi = xt + i * G;
+            for (idx jj = 0; jj < G; ++jj) {
+              const T v = xp[jj];
+              xi[jj] -= v == T(0) ? T(0) : mul(dip, v);
+            }
+          }
+        }
+        for (idx jj = 0; jj < g; ++jj)
+          for (idx i = 0; i < nb; ++i)
+            x0[i + jj * ldb] = xt[i * G + jj];
       }
     }
   } else {
@@ -871,8 +910,6 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
     }
   }
 }
-
-template <class T> constexpr idx trsm_nb() { return is_complex_v<T> ? 32 : 64; }
 
 // Recursive triangular solve: halve the triangle, solve one half, update the
 // other through the engine (B2 -= op(A)21 X1), solve the second half.
