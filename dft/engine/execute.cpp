@@ -511,12 +511,39 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   return 0;
 }
 
+namespace {
+template <class R> bool small_direct_of(const PlanBase<R> *pl, SmallDirect<R> *d) {
+  if (!pl || !pl->root) return false;
+  const Node<R> *root = pl->root;
+  if (root->kind != Node<R>::kStockham || root->small_e < 0 || root->nst == 0) return false;
+  *d = SmallDirect<R>{};
+  for (int io = 0; io < kNumSmallIO; ++io) d->kernel[io] = pl->k->small[root->small_e][io];
+  d->twr = root->ar + root->small_tw;
+  d->twi = root->ai + root->small_tw;
+  return true;
+}
+}  // namespace
+
+template <class R> bool small_direct(const C2CPlan<R> *pl, SmallDirect<R> *d) { return small_direct_of<R>(pl, d); }
+
+template <class R> bool small_direct(const R2CPlan<R> *pl, SmallDirect<R> *d) {
+  if (!pl || pl->n % 2 != 0 || pl->n < 4 || !small_direct_of<R>(pl, d)) return false;
+  d->post = pl->k->r2c_post;
+  d->pre = pl->k->c2r_pre;
+  d->ur = pl->ur;
+  d->ui = pl->ui;
+  d->h = pl->n / 2;
+  return true;
+}
+
 #define NXL_DFT_INSTANTIATE_EXEC(R)                                                                  \
   template void exec_node<R>(const Node<R> *, const KernelTable<R> *, long, SBuf<const R>, SBuf<R>, R *, \
                              int);                                                                   \
   template int c2c_execute<R>(const C2CPlan<R> *, int, CView<const R>, CView<R>, R, long);          \
   template int r2c_execute<R>(const R2CPlan<R> *, RView<const R>, CView<R>, R, long);               \
-  template int c2r_execute<R>(const R2CPlan<R> *, CView<const R>, RView<R>, R, long);
+  template int c2r_execute<R>(const R2CPlan<R> *, CView<const R>, RView<R>, R, long);              \
+  template bool small_direct<R>(const C2CPlan<R> *, SmallDirect<R> *);                            \
+  template bool small_direct<R>(const R2CPlan<R> *, SmallDirect<R> *);
 NXL_DFT_INSTANTIATE_EXEC(float)
 NXL_DFT_INSTANTIATE_EXEC(double)
 
