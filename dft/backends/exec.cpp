@@ -1056,6 +1056,25 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
 
 }  // namespace
 
+namespace {
+template <class R> bool is_direct_t(ComputeFn f) {
+  const ComputeFn all[] = {
+      direct_c2c<R, true, true>,        direct_c2c<R, true, false>,        direct_c2c<R, false, true>,
+      direct_c2c<R, false, false>,      direct_c2c_split<R, true, true>,   direct_c2c_split<R, true, false>,
+      direct_c2c_split<R, false, true>, direct_c2c_split<R, false, false>, direct_r2c<R, true>,
+      direct_r2c<R, false>,             direct_c2r<R, true>,               direct_c2r<R, false>};
+  for (ComputeFn g : all)
+    if (f == g) return true;
+  return false;
+}
+bool is_direct(ComputeFn f) { return f && (is_direct_t<float>(f) || is_direct_t<double>(f)); }
+}  // namespace
+
+extern "C" int nxl_dft_dfti_direct_paths(DFTI_DESCRIPTOR_HANDLE h) {
+  if (!valid(h) || h->commit_status != DFTI_COMMITTED) return 0;
+  return (is_direct(h->forward) ? 1 : 0) | (is_direct(h->backward) ? 2 : 0);
+}
+
 extern "C" long nxl_dft_set_block_span(long bytes) {
   long old = g_block_span;
   g_block_span = bytes;

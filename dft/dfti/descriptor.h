@@ -212,6 +212,9 @@ int nxl_dft_transfer_vpp_nxl_error(int status);
 // descriptor (null when uncommitted), and the backend lists.
 const char *nxl_dft_dfti_committed_backend(DFTI_DESCRIPTOR_HANDLE h);
 const nxl::dft::BackendRecord *const *nxl_dft_dfti_backend_list(int cp, int precision, int type);
+// Which directions of a committed descriptor take the direct path of short
+// transforms (bit 0 forward, bit 1 backward).
+int nxl_dft_dfti_direct_paths(DFTI_DESCRIPTOR_HANDLE h);
 // The span of one transform (bytes) from which strided passes are gathered
 // in blocks; returns the previous value (tests lower it to reach that path).
 long nxl_dft_set_block_span(long bytes);
