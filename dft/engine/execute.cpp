@@ -138,9 +138,12 @@ void stockham_passes(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<c
 // Stockham passes. With threads > 1 every pass is shared among the team
 // (each thread a range of butterflies, a barrier between passes); the
 // arithmetic is the same for every thread count.
+// `spare` (optional): split storage for n * s0 values apart from x, used as
+// the passes' second buffer; the last pass must not read it (see
+// spare_fits).
 template <class R>
 void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
-                   int threads) {
+                   int threads, R *spare = nullptr) {
   const long n = nd->n;
   if (nd->nst == 0) {
     copy_seq<R>(n * s0, x, y);
@@ -157,6 +160,17 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
   }
   R *w = work;
   SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
+  if (spare) {
+    // Pass i writes A for even i, B for odd i; the last pass reads what
+    // pass nst - 2 wrote, which must not be the spare.
+    const SBuf<R> S{spare, spare + n * s0, 1};
+    if (nd->nst % 2) {
+      B = A;
+      A = S;
+    } else {
+      B = S;
+    }
+  }
   const bool alias = nd->nst == 1 && (static_cast<const void *>(x.r) == y.r || static_cast<const void *>(x.i) == y.i ||
                                       static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
   const Stage &first = nd->st[0];
@@ -285,6 +299,15 @@ template <class R> void view_extent(const R *re, const R *im, long stride, long 
   const R *s1 = stride >= 0 ? im : im + stride * (cnt - 1);
   lo = std::min(s0, s1);
   len = (std::max(s0, s1) - lo) + span + 1;
+}
+
+// Whether a Stockham node of one sequence can take the output's storage as
+// its second buffer: two passes or more, the first reading the input
+// itself, the last writing the output itself (so that neither copies
+// between the buffers and the output).
+template <class R> bool spare_fits(const Node<R> *nd) {
+  return nd->kind == Node<R>::kStockham && nd->small_e < 0 && nd->nst >= 2 && nd->st[0].slot >= 0 &&
+         nd->st[0].tw1 >= 0 && nd->st[nd->nst - 1].slot >= 0;
 }
 
 }  // namespace
@@ -431,6 +454,20 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const bool inner = inner_parallel(pl, 1);
+  // One long transform of unit-stride real data to unit-stride interleaved
+  // output apart from it: the output's storage is the passes' second
+  // buffer, the last pass writes the half-length transform into it and the
+  // untangling runs in place there. The working set is the input, the
+  // output and one buffer, rather than three buffers besides them.
+  if (hm == 1 && even && in.stride == 1 && out.stride == 2 && out.im == out.re + 1 && len > kStackMax &&
+      spare_fits(root) && !ranges_overlap<R>(in.p, n, out.re, 2 * (h + 1))) {
+    const int it = inner ? team_size(pl, 1L << 30) : 1;
+    exec_stockham<R>(root, k, 1, SBuf<const R>{in.p, in.p + 1, 2}, SBuf<R>{out.re, out.re + 1, 2}, base, it,
+                     out.re);
+    k->r2c_post_ip(h, out.re, pl->ur, pl->ui, scale);
+    release(pl, slot);
+    return 0;
+  }
   const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;

@@ -96,6 +96,9 @@ template <class R> struct KernelTable {
   // room for h+1 values: the kernel may copy Z_0 to index h.
   void (*r2c_post)(long h, long s0, R *zr, R *zi, const R *ur, const R *ui, R *re, R *im,
                    long stride, long dist, R scale);
+  // The same for s0 == 1 in place on interleaved values: Z_k at z[2k],
+  // z[2k+1] for k < h become X_k, k <= h (z holds h + 1 pairs); h >= 2.
+  void (*r2c_post_ip)(long h, R *z, const R *ur, const R *ui, R scale);
   // Real backward pre-pass: from X_k, k = 0..h, at re/im[q*dist + k*stride],
   // forms Z_k = (X_k + conj X_{h-k}) + i conj(u_k) (X_k - conj X_{h-k}),
   // k < h, in [k][q] layout (row length s0). The imaginary parts of X_0 and

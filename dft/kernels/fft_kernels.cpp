@@ -864,6 +864,34 @@ void r2c_post(long h, long s0, T *zr, T *zi, const T *__restrict ur, const T *__
   }
 }
 
+// The same in place on interleaved values: Z_k (k < h) at z[2k], z[2k+1]
+// become X_k (k <= h; z holds h + 1 pairs). Step k computes X_k and X_{h-k}
+// from Z_k and Z_{h-k}, so the steps touch disjoint pairs.
+template <class T> void r2c_post_ip(long h, T *z, const T *__restrict ur, const T *__restrict ui, T scale) {
+  const T half = T(0.5) * scale;
+  const T z0r = z[0], z0i = z[1];
+  const long m = h / 2;
+#pragma omp simd
+  for (long k = 1; k <= m; ++k) {
+    const long j = h - k;
+    const T ar = z[2 * k], ai = z[2 * k + 1], br = z[2 * j], bi = z[2 * j + 1];
+    const T er = ar + br, ei = ai - bi, or_ = ai + bi, oi = br - ar;
+    const T ukr = ur[k], uki = ui[k];
+    const T xkr = (er + (ukr * or_ - uki * oi)) * half, xki = (ei + (ukr * oi + uki * or_)) * half;
+    // X_{h-k}: the roles of Z_k and Z_{h-k} exchange (E' = conj E and
+    // 2i O' = conj(2i O)), and u_{h-k} = -conj u_k.
+    const T xjr = (er + (uki * oi - ukr * or_)) * half, xji = ((ukr * oi + uki * or_) - ei) * half;
+    z[2 * k] = xkr;
+    z[2 * k + 1] = xki;
+    z[2 * j] = xjr;
+    z[2 * j + 1] = xji;
+  }
+  z[0] = (z0r + z0i) * scale;
+  z[1] = T(0);
+  z[2 * h] = (z0r - z0i) * scale;
+  z[2 * h + 1] = T(0);
+}
+
 template <int IM, class T>
 NXL_AI void c2r_one(long h, const T *re, const T *im, const T *__restrict ur, const T *__restrict ui,
                     T *__restrict zr, T *__restrict zi) {
@@ -1041,6 +1069,7 @@ template <class T> constexpr KernelTable<T> make_table() {
   t.scatter = scatter<T>;
   t.tscatter = tscatter<T>;
   t.r2c_post = r2c_post<T>;
+  t.r2c_post_ip = r2c_post_ip<T>;
   t.c2r_pre = c2r_pre<T>;
   t.scale = scale<T>;
   return t;
