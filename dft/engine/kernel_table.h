@@ -22,8 +22,8 @@
 namespace nxl::dft {
 
 // Radices with an unrolled butterfly, in kernel-table order.
-enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kNumRadix };
-inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16};
+enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kR9, kNumRadix };
+inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16, 9};
 
 // Whole transforms of n = 2^e points held in registers, e <= kSmallMaxLog.
 inline constexpr int kSmallMaxLog = 10;
