@@ -451,6 +451,27 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
     k->r2c_post(h, 1, Y.r, Y.i, pl->ur, pl->ui, out.re, out.im, out.stride, out.dist, scale);
     return 0;
   }
+  // Batches of short transforms of unit-stride real data: each through the
+  // in-register kernel of its half-length transform into a stack buffer,
+  // then the untangling step straight into the output.
+  if (hm > 1 && even && in.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
+    const typename KernelTable<R>::Small f = small_kernel<R>(root, k, 1, 0);
+    if (f) {
+      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
+      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
+      team(nt, hm, [&](int, long lo, long hi) {
+        alignas(64) R w[2 * pad16(kStackMax + 1)];
+        R *zr = w, *zi = w + pad16(len + 1);
+        for (long t = lo; t < hi; ++t) {
+          const R *xp = in.p + t * in.dist;
+          f(1, xp, xp + 1, 0, zr, zi, 0, tr, ti, R(1));
+          k->r2c_post(h, 1, zr, zi, pl->ur, pl->ui, out.re + t * out.dist, out.im + t * out.dist, out.stride, 0,
+                      scale);
+        }
+      });
+      return 0;
+    }
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const bool inner = inner_parallel(pl, 1);
@@ -505,9 +526,29 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   const KernelTable<R> *k = pl->k;
   const long n = pl->n, len = pl->root->n, h = n / 2;
   const bool even = n % 2 == 0;
+  const Node<R> *root = pl->root;
+  // Short transforms to unit-stride real data: the pre-pass of each into a
+  // stack buffer, then the in-register kernel of the half-length transform
+  // straight into the output, scale included.
+  if (even && out.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
+    const typename KernelTable<R>::Small f = small_kernel<R>(root, k, 0, 2);
+    if (f) {
+      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
+      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
+      team(nt, hm, [&](int, long lo, long hi) {
+        alignas(64) R w[2 * pad16(kStackMax + 1)];
+        R *zr = w, *zi = w + pad16(len + 1);
+        for (long t = lo; t < hi; ++t) {
+          R *yp = out.p + t * out.dist;
+          k->c2r_pre(h, 1, in.re + t * in.dist, in.im + t * in.dist, in.stride, 0, pl->ur, pl->ui, zr, zi);
+          f(1, zi, zr, 0, yp, yp, 0, tr, ti, scale);
+        }
+      });
+      return 0;
+    }
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
-  const Node<R> *root = pl->root;
   const bool inner = inner_parallel(pl, 1);
   const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
