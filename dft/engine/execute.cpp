@@ -143,7 +143,7 @@ void stockham_passes(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<c
 // spare_fits).
 template <class R>
 void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
-                   int threads, R *spare = nullptr) {
+                   int threads, const SBuf<R> *spare = nullptr) {
   const long n = nd->n;
   if (nd->nst == 0) {
     copy_seq<R>(n * s0, x, y);
@@ -163,7 +163,7 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
   if (spare) {
     // Pass i writes A for even i, B for odd i; the last pass reads what
     // pass nst - 2 wrote, which must not be the spare.
-    const SBuf<R> S{spare, spare + n * s0, 1};
+    const SBuf<R> S = *spare;
     if (nd->nst % 2) {
       B = A;
       A = S;
@@ -396,6 +396,27 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   const int nt = inner ? 1 : team_size(pl, hm);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
+  // One long transform between unit-stride arrays apart from each other:
+  // the output's storage is the passes' second buffer (working set: input,
+  // output and one buffer).
+  if (hm == 1 && xs && ys && n > kStackMax && spare_fits(root)) {
+    const R *lo_x, *lo_y;
+    long lx, ly;
+    view_extent(in.re, in.im, in.stride, n, lo_x, lx);
+    view_extent<R>(out.re, out.im, out.stride, n, lo_y, ly);
+    if (!ranges_overlap(lo_x, lx, lo_y, ly)) {
+      const SBuf<R> S = ys == 2 ? SBuf<R>{const_cast<R *>(lo_y), const_cast<R *>(lo_y) + n, 1}
+                                : SBuf<R>{out.re, out.im, 1};
+      exec_stockham<R>(root, k, 1, SBuf<const R>{in.re, in.im, xs}, SBuf<R>{out.re, out.im, ys}, base,
+                       inner_threads, &S);
+      if (scale != R(1)) {
+        k->scale(n, 1, out.re, out.stride, 0, scale);
+        k->scale(n, 1, out.im, out.stride, 0, scale);
+      }
+      release(pl, slot);
+      return 0;
+    }
+  }
   const bool single_pass = root->kind == Node<R>::kStockham && root->nst <= 1;
   team(nt, hm, [&](int th, long lo, long hi) {
     R *w = inner ? base : base + static_cast<long>(th) * pl->per_thread;
@@ -483,8 +504,8 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   if (hm == 1 && even && in.stride == 1 && out.stride == 2 && out.im == out.re + 1 && len > kStackMax &&
       spare_fits(root) && !ranges_overlap<R>(in.p, n, out.re, 2 * (h + 1))) {
     const int it = inner ? team_size(pl, 1L << 30) : 1;
-    exec_stockham<R>(root, k, 1, SBuf<const R>{in.p, in.p + 1, 2}, SBuf<R>{out.re, out.re + 1, 2}, base, it,
-                     out.re);
+    const SBuf<R> S{out.re, out.re + len, 1};
+    exec_stockham<R>(root, k, 1, SBuf<const R>{in.p, in.p + 1, 2}, SBuf<R>{out.re, out.re + 1, 2}, base, it, &S);
     k->r2c_post_ip(h, out.re, pl->ur, pl->ui, scale);
     release(pl, slot);
     return 0;
