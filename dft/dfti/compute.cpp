@@ -76,6 +76,10 @@ int describe_call(const DFTI_DESCRIPTOR *d, int forward, const void *in, const v
 
 }  // namespace nxl::dft
 
+namespace nxl::dft {
+std::atomic<int *> g_verbose_word{nullptr};
+}  // namespace nxl::dft
+
 using namespace nxl::dft;
 
 extern "C" nxl_int nxl_dft_dfti_compute(DFTI_DESCRIPTOR_HANDLE h, int forward, void *a1, void *a2, void *a3,
@@ -83,7 +87,11 @@ extern "C" nxl_int nxl_dft_dfti_compute(DFTI_DESCRIPTOR_HANDLE h, int forward, v
   ComputeFn fn = forward ? h->forward : h->backward;
   // The mode word lives as long as the library; its address is taken once.
   // A negative value (not read yet, or reset after a fork) asks the service.
-  static int *const mode = nxl_serv_iface_verbose_mode();
+  int *mode = g_verbose_word.load(std::memory_order_relaxed);
+  if (!mode) {
+    mode = nxl_serv_iface_verbose_mode();
+    g_verbose_word.store(mode, std::memory_order_relaxed);
+  }
   int on = mode ? *mode : 0;
   if (on < 0) on = nxl_serv_verbose_mode();
   if (__builtin_expect(on != 1, 1)) return fn(h, a1, a2, a3, a4);

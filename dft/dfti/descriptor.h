@@ -10,6 +10,9 @@
 
 #include <stddef.h>
 #include <stdint.h>
+
+#include <atomic>
+
 #include "nxl_dfti.h"
 #include "service/nxl_serv.h"
 
@@ -169,6 +172,10 @@ const BackendRecord *const *backend_list(int cp, int precision, ListType type);
 int static_dfti_commit(DFTI_DESCRIPTOR *d);
 int static_dt_commit(DFTI_DESCRIPTOR *d);
 void uncommit(DFTI_DESCRIPTOR *d);
+
+// The service's verbose-mode word, once a compute call has looked it up
+// (null before): 0 lets a compute entry call the committed routine at once.
+extern std::atomic<int *> g_verbose_word;
 
 // Tracing description of a compute call (dfti/compute.cpp).
 int describe_call(const DFTI_DESCRIPTOR *d, int forward, const void *in, const void *out, char *buf,
