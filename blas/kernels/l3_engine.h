@@ -108,6 +108,21 @@ template <class T> struct blk {
 // ---------------------------------------------------------------------------
 // Packing.
 
+// alpha * v for the packed A. The products are formed on their own (the
+// empty asm keeps the compiler from fusing one of them into the sum), so a
+// value packs to the same bits in every packing loop, vectorized or not,
+// whichever panel of a block its row falls in.
+template <class T> inline T alpha_times(T alpha, T v) {
+  if constexpr (is_complex_v<T>) {
+    auto rr = alpha.real() * v.real(), ii = alpha.imag() * v.imag();
+    auto ri = alpha.real() * v.imag(), ir = alpha.imag() * v.real();
+    __asm__("" : "+x"(rr), "+x"(ii), "+x"(ri), "+x"(ir));
+    return T(rr - ii, ri + ir);
+  } else {
+    return alpha * v;
+  }
+}
+
 // A block: mc x kc of alpha * V, in MR-row micro-panels (real: MR x kc,
 // k-major; complex: the 2x2 real blocks [re -im; im re] of the 1m method).
 template <class T, class G>
@@ -136,7 +151,7 @@ void pack_a_rows(G get, bool ktr, idx mc, idx kc, T alpha, real_t<T> *dst) {
     } else {
       auto put = [&](idx i, idx p) {
         T v = get(ir + i, p);
-        if (!a1) v = mul(alpha, v);
+        if (!a1) v = alpha_times(alpha, v);
         R *c0 = d + 2 * p * RMR + 2 * i;
         R *c1 = c0 + RMR;
         c0[0] = v.real();
@@ -190,64 +205,138 @@ void pack_b_cols(G get, bool ktr, idx kc, idx nc, real_t<T> *dst) {
   }
 }
 
-// Real, untransposed A (columns contiguous): each k step of a micro-panel is
-// MR consecutive elements of one column; the columns a few steps ahead are
+// Untransposed A (columns contiguous): each k step of a micro-panel is MR
+// consecutive elements of one column; the columns a few steps ahead are
 // prefetched, since consecutive steps are a whole leading dimension apart.
-template <class R>
-void pack_a_cols_real(const R *__restrict s, idx ld, idx mc, idx kc, R alpha, R *__restrict dst) {
-  constexpr int MR = ukernel<R>::MR;
+// Complex: the step's column gives the row (re, im) pairs and the row of
+// (-im, re) pairs of the 2x2 blocks; cj conjugates A first.
+template <class T>
+void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj,
+                 real_t<T> *__restrict dst) {
+  using R = real_t<T>;
+  constexpr int RMR = ukernel<R>::MR, MR = blk<T>::MR, cf = blk<T>::cf;
   constexpr idx ahead = 8;
-  const bool a1 = alpha == R(1);
+  const bool a1 = alpha == T(1);
   idx ir = 0;
+  // A complex row packs to two real rows of 2 kc steps.
   for (; ir + MR <= mc; ir += MR) {
-    R *d = dst + ir * kc;
-    const R *src = s + ir;
+    R *d = dst + ir * kc * cf * cf;
+    const T *src = s + ir;
     for (idx p = 0; p < kc; ++p) {
-      const R *col = src + p * ld;
+      const T *col = src + p * ld;
       if (p + ahead < kc) {
         __builtin_prefetch(col + ahead * ld);
-        __builtin_prefetch(col + ahead * ld + MR - 1);
+        __builtin_prefetch(reinterpret_cast<const R *>(col + ahead * ld) + RMR - 1);
       }
-      if (a1) {
-        for (int i = 0; i < MR; ++i) d[p * MR + i] = col[i];
+      if constexpr (!is_complex_v<T>) {
+        if (a1) {
+          for (int i = 0; i < MR; ++i) d[p * MR + i] = col[i];
+        } else {
+          for (int i = 0; i < MR; ++i) d[p * MR + i] = alpha * col[i];
+        }
       } else {
-        for (int i = 0; i < MR; ++i) d[p * MR + i] = alpha * col[i];
+        const R *c = reinterpret_cast<const R *>(col);
+        R *c0 = d + 2 * p * RMR, *c1 = c0 + RMR;
+        const R sg = cj ? R(-1) : R(1);
+        if (a1) {
+          for (int i = 0; i < MR; ++i) {
+            const R re = c[2 * i], im = sg * c[2 * i + 1];
+            c0[2 * i] = re;
+            c0[2 * i + 1] = im;
+            c1[2 * i] = -im;
+            c1[2 * i + 1] = re;
+          }
+        } else {
+          for (int i = 0; i < MR; ++i) {
+            const T v = alpha_times(alpha, T(c[2 * i], sg * c[2 * i + 1]));
+            const R re = v.real(), im = v.imag();
+            c0[2 * i] = re;
+            c0[2 * i + 1] = im;
+            c1[2 * i] = -im;
+            c1[2 * i + 1] = re;
+          }
+        }
       }
     }
   }
   if (ir < mc) {
-    const R *rest = s + ir;
-    pack_a_rows<R>([=](idx i, idx p) { return rest[i + p * ld]; }, false, mc - ir, kc, alpha,
-                   dst + ir * kc);
+    const T *rest = s + ir;
+    if (cj)
+      pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(rest[i + p * ld]); }, false,
+                     mc - ir, kc, alpha, dst + ir * kc * cf * cf);
+    else
+      pack_a_rows<T>([=](idx i, idx p) { return rest[i + p * ld]; }, false, mc - ir, kc, alpha,
+                     dst + ir * kc * cf * cf);
   }
 }
 
-// Real, untransposed B (each micro-panel column contiguous in k): columns are
-// read eight steps at a time and interleaved into the k-major panel, with
-// each column's next lines prefetched.
-template <class R>
-void pack_b_cols_real(const R *__restrict s, idx ld, idx kc, idx nc, R *__restrict dst) {
-  constexpr int NR = ukernel<R>::NR;
-  constexpr int L = 64 / int(sizeof(R));  // elements per cache line
+// Untransposed B (each micro-panel column contiguous in k): columns are read
+// a cache line at a time and interleaved into the k-major panel, with each
+// column's next lines prefetched. Complex: each k step gives a row of real
+// parts and a row of imaginary parts (negated when cj).
+template <class T>
+void pack_b_cols_direct(const T *__restrict s, idx ld, idx kc, idx nc, bool cj,
+                        real_t<T> *__restrict dst) {
+  using R = real_t<T>;
+  constexpr int NR = blk<T>::NR, cf = blk<T>::cf;
+  constexpr int L = 64 / int(sizeof(T));  // elements per cache line
+  const R sg = cj ? R(-1) : R(1);
   idx jr = 0;
   for (; jr + NR <= nc; jr += NR) {
-    R *d = dst + jr * kc;
-    const R *src = s + jr * ld;
+    R *d = dst + jr * kc * cf;
+    const T *src = s + jr * ld;
     idx p = 0;
     for (; p + L <= kc; p += L) {
       for (int j = 0; j < NR; ++j) {
-        const R *col = src + j * ld + p;
+        const T *col = src + j * ld + p;
         __builtin_prefetch(col + 4 * L);
-        for (int q = 0; q < L; ++q) d[(p + q) * NR + j] = col[q];
+        if constexpr (!is_complex_v<T>) {
+          for (int q = 0; q < L; ++q) d[(p + q) * NR + j] = col[q];
+        } else {
+          const R *c = reinterpret_cast<const R *>(col);
+          for (int q = 0; q < L; ++q) {
+            d[2 * (p + q) * NR + j] = c[2 * q];
+            d[(2 * (p + q) + 1) * NR + j] = sg * c[2 * q + 1];
+          }
+        }
       }
     }
     for (; p < kc; ++p)
-      for (int j = 0; j < NR; ++j) d[p * NR + j] = src[j * ld + p];
+      for (int j = 0; j < NR; ++j) {
+        if constexpr (!is_complex_v<T>) {
+          d[p * NR + j] = src[j * ld + p];
+        } else {
+          const T v = src[j * ld + p];
+          d[2 * p * NR + j] = v.real();
+          d[(2 * p + 1) * NR + j] = sg * v.imag();
+        }
+      }
   }
   if (jr < nc) {
-    const R *rest = s + jr * ld;
-    pack_b_cols<R>([=](idx p, idx j) { return rest[p + j * ld]; }, true, kc, nc - jr, dst + jr * kc);
+    const T *rest = s + jr * ld;
+    if (cj)
+      pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(rest[p + j * ld]); }, true, kc,
+                     nc - jr, dst + jr * kc * cf);
+    else
+      pack_b_cols<T>([=](idx p, idx j) { return rest[p + j * ld]; }, true, kc, nc - jr,
+                     dst + jr * kc * cf);
   }
+}
+
+// The part of a structured view strictly below (i > p) or above (i < p) its
+// diagonal as a general view of the stored elements it reads; false for the
+// zero part of a triangular view.
+template <class T> bool part_view(const view<T> &V, bool below, view<T> &g) {
+  g = general_view(V.a, V.ld, V.trans, V.cj);
+  g.r0 = V.r0;
+  g.c0 = V.c0;
+  if (V.kind == mkind::triangular) return below != V.upper;
+  // Symmetric / Hermitian: the stored triangle as it is, the other one
+  // mirrored (and conjugated when Hermitian).
+  const bool stored = below != V.upper;
+  g.trans = !stored;
+  g.cj = !stored && V.kind == mkind::hermitian;
+  return true;
 }
 
 // Packs V(i0.., p0..) choosing a fast accessor for plain views.
@@ -257,15 +346,7 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
     const T *a = V.a;
     const idx ld = V.ld, r = V.r0 + i0, c = V.c0 + p0;
     if (!V.trans) {
-      const T *s = a + r + c * ld;
-      if constexpr (!is_complex_v<T>) {
-        pack_a_cols_real<T>(s, ld, mc, kc, alpha, dst);
-        return;
-      }
-      if (V.cj)
-        pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[i + p * ld]); }, false, mc, kc, alpha, dst);
-      else
-        pack_a_rows<T>([=](idx i, idx p) { return s[i + p * ld]; }, false, mc, kc, alpha, dst);
+      pack_a_cols<T>(a + r + c * ld, ld, mc, kc, alpha, V.cj, dst);
     } else {
       const T *s = a + c + r * ld;
       if (V.cj)
@@ -275,7 +356,30 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
     }
     return;
   }
-  pack_a_rows<T>([&](idx i, idx p) { return V.at(i0 + i, p0 + p); }, V.trans, mc, kc, alpha, dst);
+  // Structured view: each micro-panel splits at its diagonal band into a
+  // part left of it, the band and a part right of it; only the band needs
+  // the element-wise accessor.
+  using R = real_t<T>;
+  constexpr int MR = blk<T>::MR, RMR = ukernel<R>::MR, cf = blk<T>::cf;
+  view<T> lo, hi;
+  const bool lo_nz = part_view(V, true, lo), hi_nz = part_view(V, false, hi);
+  for (idx ir = 0; ir < mc; ir += MR) {
+    const idx mr = std::min<idx>(MR, mc - ir);
+    R *d = dst + ir * kc * cf * cf;
+    const idx gi = V.r0 + i0 + ir, gp = V.c0 + p0;
+    const idx b0 = std::clamp<idx>(gi - gp, 0, kc), b1 = std::clamp<idx>(gi + mr - gp, 0, kc);
+    auto piece = [&](const view<T> &g, bool nz, idx pa, idx pb) {
+      if (pb <= pa) return;
+      R *dd = d + pa * RMR * cf;
+      if (nz) pack_a(g, i0 + ir, p0 + pa, mr, pb - pa, alpha, dd);
+      else __builtin_memset(dd, 0, sizeof(R) * size_t(pb - pa) * RMR * cf);
+    };
+    piece(lo, lo_nz, 0, b0);  // columns left of the band: below the diagonal
+    if (b1 > b0)
+      pack_a_rows<T>([&](idx i, idx p) { return V.at(i0 + ir + i, p0 + b0 + p); }, V.trans, mr,
+                     b1 - b0, alpha, d + b0 * RMR * cf);
+    piece(hi, hi_nz, b1, kc);
+  }
 }
 
 template <class T>
@@ -284,15 +388,7 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
     const T *a = V.a;
     const idx ld = V.ld, r = V.r0 + p0, c = V.c0 + j0;
     if (!V.trans) {
-      const T *s = a + r + c * ld;
-      if constexpr (!is_complex_v<T>) {
-        pack_b_cols_real<T>(s, ld, kc, nc, dst);
-        return;
-      }
-      if (V.cj)
-        pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(s[p + j * ld]); }, true, kc, nc, dst);
-      else
-        pack_b_cols<T>([=](idx p, idx j) { return s[p + j * ld]; }, true, kc, nc, dst);
+      pack_b_cols_direct<T>(a + r + c * ld, ld, kc, nc, V.cj, dst);
     } else {
       const T *s = a + c + r * ld;
       if (V.cj)
@@ -302,7 +398,28 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
     }
     return;
   }
-  pack_b_cols<T>([&](idx p, idx j) { return V.at(p0 + p, j0 + j); }, !V.trans, kc, nc, dst);
+  // Structured view: as for A, each micro-panel splits at its diagonal band.
+  using R = real_t<T>;
+  constexpr int NR = blk<T>::NR, cf = blk<T>::cf;
+  view<T> lo, hi;
+  const bool lo_nz = part_view(V, true, lo), hi_nz = part_view(V, false, hi);
+  for (idx jr = 0; jr < nc; jr += NR) {
+    const idx nr = std::min<idx>(NR, nc - jr);
+    R *d = dst + jr * kc * cf;
+    const idx gj = V.c0 + j0 + jr, gp = V.r0 + p0;
+    const idx b0 = std::clamp<idx>(gj - gp, 0, kc), b1 = std::clamp<idx>(gj + nr - gp, 0, kc);
+    auto piece = [&](const view<T> &g, bool nz, idx pa, idx pb) {
+      if (pb <= pa) return;
+      R *dd = d + pa * NR * cf;
+      if (nz) pack_b(g, p0 + pa, j0 + jr, pb - pa, nr, dd);
+      else __builtin_memset(dd, 0, sizeof(R) * size_t(pb - pa) * NR * cf);
+    };
+    piece(hi, hi_nz, 0, b0);  // rows above the band: above the diagonal
+    if (b1 > b0)
+      pack_b_cols<T>([&](idx p, idx j) { return V.at(p0 + b0 + p, j0 + jr + j); }, !V.trans, b1 - b0,
+                     nr, d + b0 * NR * cf);
+    piece(lo, lo_nz, b1, kc);
+  }
 }
 
 // ---------------------------------------------------------------------------
