@@ -43,8 +43,10 @@ struct Pass {
 };
 
 constexpr long kBlock = 8;
-// Span (bytes) of one transform from which column passes are blocked.
-long g_block_span = 8L << 20;
+// Span (bytes) of one transform above which column passes are blocked: up
+// to the size of a last-level cache the engine's own column batches (which
+// gather neighbouring columns too) are as fast or faster.
+long g_block_span = 32L << 20;
 
 // The caller's slot of the plan (set after acquire, and by each thread of a
 // team that runs whole transforms).
@@ -96,7 +98,30 @@ Pass make_pass(int kind, Loop t, const Loop *others, int nothers, int prefer) {
 enum RealFwd { kFwdDirect, kFwdRow, kFwdStaged, kFwdPacked2 };
 enum RealBwd { kBwdDirect, kBwdRow, kBwdPerTransform, kBwdPacked2 };
 
+// The direct path of short transforms, decided at commit: the in-register
+// kernel of the engine plan and the few values a call needs, so that compute
+// goes from the descriptor straight to the kernel (no passes, views, slots or
+// layout checks). Offsets and distances in real units.
+template <class R> struct Direct {
+  typename KernelTable<R>::Small kf = nullptr, kb = nullptr;   // forward, backward kernel
+  const R *twr = nullptr, *twi = nullptr;
+  long ioff = 0, ooff = 0;
+  long hm = 1, idist = 0, odist = 0;
+  R fscale = 1, bscale = 1;
+  // Real transforms: the untangling steps and the conjugate-even side
+  // (stride between X[k] and X[k+1], offset of the imaginary part) of the
+  // forward output and the backward input; the backward offsets.
+  decltype(KernelTable<R>::r2c_post) post = nullptr;
+  decltype(KernelTable<R>::c2r_pre) pre = nullptr;
+  const R *ur = nullptr, *ui = nullptr;
+  long h = 0;
+  long f_ce_s = 2, f_ce_im = 1, b_ce_s = 2, b_ce_im = 1;
+  long bin_off = 0, bout_off = 0;
+};
+
 template <class R> struct Plan {
+  Direct<R> direct;   // first: a direct compute call reads only this
+
   // Engine plans, one per (kind, length), shared by the passes.
   struct Cached {
     int kind;
@@ -328,6 +353,59 @@ template <class R> nxl_int complex_backward(DFTI_DESCRIPTOR *d, void *a1, void *
   return complex_compute<R>(d, a1, a2, a3, a4, +1);
 }
 
+// Direct complex transforms: interleaved (kernels kIO11 forward, kIO22 on
+// the same pointers backward) or split arrays (kIO00, real and imaginary
+// parts exchanged backward).
+template <class R, bool Fwd, bool InPlace>
+nxl_int direct_c2c(DFTI_DESCRIPTOR *d, void *a1, void *a2, void *, void *) {
+  const Direct<R> &D = static_cast<const Plan<R> *>(d->plan)->direct;
+  const R *x = static_cast<const R *>(a1) + D.ioff;
+  R *y = static_cast<R *>(InPlace ? a1 : a2) + D.ooff;
+  if constexpr (Fwd) D.kf(D.hm, x, x + 1, D.idist, y, y + 1, D.odist, D.twr, D.twi, D.fscale);
+  else D.kb(D.hm, x, x + 1, D.idist, y, y + 1, D.odist, D.twr, D.twi, D.bscale);
+  return 0;
+}
+
+template <class R, bool Fwd, bool InPlace>
+nxl_int direct_c2c_split(DFTI_DESCRIPTOR *d, void *a1, void *a2, void *a3, void *a4) {
+  const Direct<R> &D = static_cast<const Plan<R> *>(d->plan)->direct;
+  const R *xr = static_cast<const R *>(a1) + D.ioff, *xi = static_cast<const R *>(a2) + D.ioff;
+  R *yr = static_cast<R *>(InPlace ? a1 : a3) + D.ooff, *yi = static_cast<R *>(InPlace ? a2 : a4) + D.ooff;
+  if constexpr (Fwd) D.kf(D.hm, xr, xi, D.idist, yr, yi, D.odist, D.twr, D.twi, D.fscale);
+  else D.kf(D.hm, xi, xr, D.idist, yi, yr, D.odist, D.twr, D.twi, D.bscale);
+  return 0;
+}
+
+// Split buffer of the direct real transforms (h + 1 complex values).
+constexpr long kDirectHalf = 1L << kSmallMaxLog;
+constexpr long kDirectPad = (kDirectHalf + 1 + 15) & ~15L;
+
+// Direct real forward transform: the half-length kernel from the real data
+// read as pairs into the buffer, then the untangling step into the output.
+template <class R, bool InPlace> nxl_int direct_r2c(DFTI_DESCRIPTOR *d, void *a1, void *a2, void *, void *) {
+  const Direct<R> &D = static_cast<const Plan<R> *>(d->plan)->direct;
+  alignas(64) R w[2 * kDirectPad];
+  const R *x = static_cast<const R *>(a1) + D.ioff;
+  R *y = static_cast<R *>(InPlace ? a1 : a2) + D.ooff;
+  R *zr = w, *zi = w + kDirectPad;
+  D.kf(1, x, x + 1, 0, zr, zi, 0, D.twr, D.twi, R(1));
+  D.post(D.h, 1, zr, zi, D.ur, D.ui, y, y + D.f_ce_im, D.f_ce_s, 0, D.fscale);
+  return 0;
+}
+
+// Direct real backward transform: the pre-pass into the buffer, then the
+// half-length kernel (parts exchanged) writing the real output as pairs.
+template <class R, bool InPlace> nxl_int direct_c2r(DFTI_DESCRIPTOR *d, void *a1, void *a2, void *, void *) {
+  const Direct<R> &D = static_cast<const Plan<R> *>(d->plan)->direct;
+  alignas(64) R w[2 * kDirectPad];
+  const R *x = static_cast<const R *>(a1) + D.bin_off;
+  R *y = static_cast<R *>(InPlace ? a1 : a2) + D.bout_off;
+  R *zr = w, *zi = w + kDirectPad;
+  D.pre(D.h, 1, x, x + D.b_ce_im, D.b_ce_s, 0, D.ur, D.ui, zr, zi);
+  D.kb(1, zi, zr, 0, y, y, 0, D.twr, D.twi, D.bscale);
+  return 0;
+}
+
 template <class R> void free_plan(void *p) { delete static_cast<Plan<R> *>(p); }
 
 template <class R> void install(DFTI_DESCRIPTOR *d, const BackendRecord *self, Plan<R> *P, ComputeFn f, ComputeFn b) {
@@ -377,7 +455,7 @@ template <class R> int attach_blocks(Plan<R> *P, Pass *ps, int np, long unit) {
     // Only worth it when one transform spans more than the caches hold.
     const long span = p.n * (mag(p.is) / unit) * static_cast<long>(2 * sizeof(R));
     p.block = p.kind == kC2C && p.n >= 32 && p.cnt >= kBlock && mag(p.is) >= 32 * unit && mag(p.os) >= 32 * unit &&
-              mag(p.ivd) == unit && mag(p.ovd) == unit && span >= g_block_span;
+              mag(p.ivd) == unit && mag(p.ovd) == unit && span > g_block_span;
     if (p.block) need = need > 2 * kBlock * p.n ? need : 2 * kBlock * p.n;
   }
   if (!need) return 0;
@@ -431,6 +509,35 @@ int commit_complex_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout
     return st;
   }
   install(d, self, P, complex_forward<R>, complex_backward<R>);
+  // The direct path: one dimension of unit strides (both sides), the whole
+  // transform one in-register kernel, and a single transform or a batch
+  // that the engine would run on one thread anyway.
+  SmallDirect<R> sd;
+  if (L.rank == 1 && L.is[0] == 1 && L.os[0] == 1 && (L.howmany == 1 || P->T == 1) &&
+      small_direct(static_cast<const C2CPlan<R> *>(P->fwd[0].plan), &sd)) {
+    Direct<R> &D = P->direct;
+    D.kf = P->split ? sd.kernel[kIO00] : sd.kernel[kIO11];
+    D.kb = P->split ? sd.kernel[kIO00] : sd.kernel[kIO22];
+    if (D.kf && D.kb) {
+      D.twr = sd.twr;
+      D.twi = sd.twi;
+      D.ioff = P->ioff;
+      D.ooff = P->ooff;
+      D.hm = L.howmany;
+      D.idist = L.idist * u;
+      D.odist = L.odist * u;
+      D.fscale = P->fscale;
+      D.bscale = P->bscale;
+      const bool ip = P->inplace;
+      if (P->split) {
+        d->forward = ip ? direct_c2c_split<R, true, true> : direct_c2c_split<R, true, false>;
+        d->backward = ip ? direct_c2c_split<R, false, true> : direct_c2c_split<R, false, false>;
+      } else {
+        d->forward = ip ? direct_c2c<R, true, true> : direct_c2c<R, true, false>;
+        d->backward = ip ? direct_c2c<R, false, true> : direct_c2c<R, false, false>;
+      }
+    }
+  }
   return 0;
 }
 
@@ -915,10 +1022,60 @@ int commit_real_t(DFTI_DESCRIPTOR *d, const BackendRecord *self, const Layout &L
     return st;
   }
   install(d, self, P, real_forward<R>, real_backward<R>);
+  // The direct paths: one transform of one dimension whose real side has
+  // unit stride, in the engine-addressable formats, with the half-length
+  // transform one in-register kernel.
+  SmallDirect<R> sd;
+  const void *half = P->nfwd ? P->fwd[0].plan : P->nbwd ? P->bwd[0].plan : nullptr;
+  if (r == 1 && L.howmany == 1 && small_direct(static_cast<const R2CPlan<R> *>(half), &sd) &&
+      sd.h <= kDirectHalf && sd.kernel[kIO10] && sd.kernel[kIO02]) {
+    Direct<R> &D = P->direct;
+    D.kf = sd.kernel[kIO10];
+    D.kb = sd.kernel[kIO02];
+    D.twr = sd.twr;
+    D.twi = sd.twi;
+    D.post = sd.post;
+    D.pre = sd.pre;
+    D.ur = sd.ur;
+    D.ui = sd.ui;
+    D.h = sd.h;
+    D.fscale = P->fscale;
+    D.bscale = P->bscale;
+    D.ioff = P->fin_off;
+    D.ooff = P->fout_off;
+    D.f_ce_s = P->nfwd ? P->fwd[0].os : 2;
+    D.f_ce_im = P->f_ce_im;
+    D.bin_off = P->bin_off;
+    D.bout_off = P->bout_off;
+    D.b_ce_s = P->nbwd ? P->bwd[0].is : 2;
+    D.b_ce_im = P->b_ce_im;
+    const bool ip = P->inplace;
+    if (P->fmode == kFwdDirect && L.is[0] == 1) d->forward = ip ? direct_r2c<R, true> : direct_r2c<R, false>;
+    if (P->bmode == kBwdDirect && L.os[0] == 1) d->backward = ip ? direct_c2r<R, true> : direct_c2r<R, false>;
+  }
   return 0;
 }
 
 }  // namespace
+
+namespace {
+template <class R> bool is_direct_t(ComputeFn f) {
+  const ComputeFn all[] = {
+      direct_c2c<R, true, true>,        direct_c2c<R, true, false>,        direct_c2c<R, false, true>,
+      direct_c2c<R, false, false>,      direct_c2c_split<R, true, true>,   direct_c2c_split<R, true, false>,
+      direct_c2c_split<R, false, true>, direct_c2c_split<R, false, false>, direct_r2c<R, true>,
+      direct_r2c<R, false>,             direct_c2r<R, true>,               direct_c2r<R, false>};
+  for (ComputeFn g : all)
+    if (f == g) return true;
+  return false;
+}
+bool is_direct(ComputeFn f) { return f && (is_direct_t<float>(f) || is_direct_t<double>(f)); }
+}  // namespace
+
+extern "C" int nxl_dft_dfti_direct_paths(DFTI_DESCRIPTOR_HANDLE h) {
+  if (!valid(h) || h->commit_status != DFTI_COMMITTED) return 0;
+  return (is_direct(h->forward) ? 1 : 0) | (is_direct(h->backward) ? 2 : 0);
+}
 
 extern "C" long nxl_dft_set_block_span(long bytes) {
   long old = g_block_span;

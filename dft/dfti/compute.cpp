@@ -76,15 +76,25 @@ int describe_call(const DFTI_DESCRIPTOR *d, int forward, const void *in, const v
 
 }  // namespace nxl::dft
 
+namespace nxl::dft {
+std::atomic<int *> g_verbose_word{nullptr};
+}  // namespace nxl::dft
+
 using namespace nxl::dft;
 
 extern "C" nxl_int nxl_dft_dfti_compute(DFTI_DESCRIPTOR_HANDLE h, int forward, void *a1, void *a2, void *a3,
                                         void *a4) {
   ComputeFn fn = forward ? h->forward : h->backward;
-  int *mode = nxl_serv_iface_verbose_mode();
+  // The mode word lives as long as the library; its address is taken once.
+  // A negative value (not read yet, or reset after a fork) asks the service.
+  int *mode = g_verbose_word.load(std::memory_order_relaxed);
+  if (!mode) {
+    mode = nxl_serv_iface_verbose_mode();
+    g_verbose_word.store(mode, std::memory_order_relaxed);
+  }
   int on = mode ? *mode : 0;
   if (on < 0) on = nxl_serv_verbose_mode();
-  if (on != 1) return fn(h, a1, a2, a3, a4);
+  if (__builtin_expect(on != 1, 1)) return fn(h, a1, a2, a3, a4);
   double t0 = nxl_serv_iface_dsecnd();
   nxl_int st = fn(h, a1, a2, a3, a4);
   double t = nxl_serv_iface_dsecnd() - t0;

@@ -10,6 +10,9 @@
 
 #include <stddef.h>
 #include <stdint.h>
+
+#include <atomic>
+
 #include "nxl_dfti.h"
 #include "service/nxl_serv.h"
 
@@ -170,6 +173,10 @@ int static_dfti_commit(DFTI_DESCRIPTOR *d);
 int static_dt_commit(DFTI_DESCRIPTOR *d);
 void uncommit(DFTI_DESCRIPTOR *d);
 
+// The service's verbose-mode word, once a compute call has looked it up
+// (null before): 0 lets a compute entry call the committed routine at once.
+extern std::atomic<int *> g_verbose_word;
+
 // Tracing description of a compute call (dfti/compute.cpp).
 int describe_call(const DFTI_DESCRIPTOR *d, int forward, const void *in, const void *out, char *buf,
                   size_t size);
@@ -212,6 +219,9 @@ int nxl_dft_transfer_vpp_nxl_error(int status);
 // descriptor (null when uncommitted), and the backend lists.
 const char *nxl_dft_dfti_committed_backend(DFTI_DESCRIPTOR_HANDLE h);
 const nxl::dft::BackendRecord *const *nxl_dft_dfti_backend_list(int cp, int precision, int type);
+// Which directions of a committed descriptor take the direct path of short
+// transforms (bit 0 forward, bit 1 backward).
+int nxl_dft_dfti_direct_paths(DFTI_DESCRIPTOR_HANDLE h);
 // The span of one transform (bytes) from which strided passes are gathered
 // in blocks; returns the previous value (tests lower it to reach that path).
 long nxl_dft_set_block_span(long bytes);

@@ -38,6 +38,8 @@
 
 #include <cstddef>
 
+#include "dft/engine/kernel_table.h"
+
 namespace nxl::dft {
 
 template <class R> struct CView {
@@ -98,6 +100,28 @@ struct PlanInfo {
 };
 template <class R> PlanInfo info(const C2CPlan<R> *plan);
 template <class R> PlanInfo info(const R2CPlan<R> *plan);
+
+// The kernels behind a plan whose whole transform is one in-register kernel
+// (complex: n = 2^e; real: even n with n/2 = 2^e), for callers that decide a
+// layout once and then call the kernel straight, without the execute
+// functions' layout checks. `kernel[io]` is null where the layout pair has no
+// kernel. The kernels compute forward transforms; a backward complex one
+// exchanges real and imaginary parts of input and output (interleaved data:
+// the kIO22 kernel on the same pointers). Real plans: forward = kIO10 kernel
+// from the real data (as h interleaved pairs) into split buffers of h + 1
+// values, then `post`; backward = `pre` into split buffers of h values, then
+// the kIO02 kernel with the buffer's parts exchanged (see r2c/c2r_execute).
+template <class R> struct SmallDirect {
+  typename KernelTable<R>::Small kernel[kNumSmallIO];
+  const R *twr, *twi;
+  // Real plans only.
+  decltype(KernelTable<R>::r2c_post) post;
+  decltype(KernelTable<R>::c2r_pre) pre;
+  const R *ur, *ui;
+  long h;
+};
+template <class R> bool small_direct(const C2CPlan<R> *plan, SmallDirect<R> *out);
+template <class R> bool small_direct(const R2CPlan<R> *plan, SmallDirect<R> *out);
 
 // Largest prime factor of n >= 1 (1 for n = 1).
 long largest_prime_factor(long n);

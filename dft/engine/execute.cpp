@@ -138,9 +138,12 @@ void stockham_passes(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<c
 // Stockham passes. With threads > 1 every pass is shared among the team
 // (each thread a range of butterflies, a barrier between passes); the
 // arithmetic is the same for every thread count.
+// `spare` (optional): split storage for n * s0 values apart from x, used as
+// the passes' second buffer; the last pass must not read it (see
+// spare_fits).
 template <class R>
 void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<const R> x, SBuf<R> y, R *work,
-                   int threads) {
+                   int threads, const SBuf<R> *spare = nullptr) {
   const long n = nd->n;
   if (nd->nst == 0) {
     copy_seq<R>(n * s0, x, y);
@@ -157,6 +160,17 @@ void exec_stockham(const Node<R> *nd, const KernelTable<R> *k, long s0, SBuf<con
   }
   R *w = work;
   SBuf<R> A = carve(w, n * s0), B = carve(w, n * s0);
+  if (spare) {
+    // Pass i writes A for even i, B for odd i; the last pass reads what
+    // pass nst - 2 wrote, which must not be the spare.
+    const SBuf<R> S = *spare;
+    if (nd->nst % 2) {
+      B = A;
+      A = S;
+    } else {
+      B = S;
+    }
+  }
   const bool alias = nd->nst == 1 && (static_cast<const void *>(x.r) == y.r || static_cast<const void *>(x.i) == y.i ||
                                       static_cast<const void *>(x.r) == y.i || static_cast<const void *>(x.i) == y.r);
   const Stage &first = nd->st[0];
@@ -287,6 +301,15 @@ template <class R> void view_extent(const R *re, const R *im, long stride, long 
   len = (std::max(s0, s1) - lo) + span + 1;
 }
 
+// Whether a Stockham node of one sequence can take the output's storage as
+// its second buffer: two passes or more, the first reading the input
+// itself, the last writing the output itself (so that neither copies
+// between the buffers and the output).
+template <class R> bool spare_fits(const Node<R> *nd) {
+  return nd->kind == Node<R>::kStockham && nd->small_e < 0 && nd->nst >= 2 && nd->st[0].slot >= 0 &&
+         nd->st[0].tw1 >= 0 && nd->st[nd->nst - 1].slot >= 0;
+}
+
 }  // namespace
 
 template <class R>
@@ -373,6 +396,27 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   const int nt = inner ? 1 : team_size(pl, hm);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
   const int xs = direct_step(in.re, in.im, in.stride), ys = direct_step(out.re, out.im, out.stride);
+  // One long transform between unit-stride arrays apart from each other:
+  // the output's storage is the passes' second buffer (working set: input,
+  // output and one buffer).
+  if (hm == 1 && xs && ys && n > kStackMax && spare_fits(root)) {
+    const R *lo_x, *lo_y;
+    long lx, ly;
+    view_extent(in.re, in.im, in.stride, n, lo_x, lx);
+    view_extent<R>(out.re, out.im, out.stride, n, lo_y, ly);
+    if (!ranges_overlap(lo_x, lx, lo_y, ly)) {
+      const SBuf<R> S = ys == 2 ? SBuf<R>{const_cast<R *>(lo_y), const_cast<R *>(lo_y) + n, 1}
+                                : SBuf<R>{out.re, out.im, 1};
+      exec_stockham<R>(root, k, 1, SBuf<const R>{in.re, in.im, xs}, SBuf<R>{out.re, out.im, ys}, base,
+                       inner_threads, &S);
+      if (scale != R(1)) {
+        k->scale(n, 1, out.re, out.stride, 0, scale);
+        k->scale(n, 1, out.im, out.stride, 0, scale);
+      }
+      release(pl, slot);
+      return 0;
+    }
+  }
   const bool single_pass = root->kind == Node<R>::kStockham && root->nst <= 1;
   team(nt, hm, [&](int th, long lo, long hi) {
     R *w = inner ? base : base + static_cast<long>(th) * pl->per_thread;
@@ -428,9 +472,44 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
     k->r2c_post(h, 1, Y.r, Y.i, pl->ur, pl->ui, out.re, out.im, out.stride, out.dist, scale);
     return 0;
   }
+  // Batches of short transforms of unit-stride real data: each through the
+  // in-register kernel of its half-length transform into a stack buffer,
+  // then the untangling step straight into the output.
+  if (hm > 1 && even && in.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
+    const typename KernelTable<R>::Small f = small_kernel<R>(root, k, 1, 0);
+    if (f) {
+      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
+      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
+      team(nt, hm, [&](int, long lo, long hi) {
+        alignas(64) R w[2 * pad16(kStackMax + 1)];
+        R *zr = w, *zi = w + pad16(len + 1);
+        for (long t = lo; t < hi; ++t) {
+          const R *xp = in.p + t * in.dist;
+          f(1, xp, xp + 1, 0, zr, zi, 0, tr, ti, R(1));
+          k->r2c_post(h, 1, zr, zi, pl->ur, pl->ui, out.re + t * out.dist, out.im + t * out.dist, out.stride, 0,
+                      scale);
+        }
+      });
+      return 0;
+    }
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const bool inner = inner_parallel(pl, 1);
+  // One long transform of unit-stride real data to unit-stride interleaved
+  // output apart from it: the output's storage is the passes' second
+  // buffer, the last pass writes the half-length transform into it and the
+  // untangling runs in place there. The working set is the input, the
+  // output and one buffer, rather than three buffers besides them.
+  if (hm == 1 && even && in.stride == 1 && out.stride == 2 && out.im == out.re + 1 && len > kStackMax &&
+      spare_fits(root) && !ranges_overlap<R>(in.p, n, out.re, 2 * (h + 1))) {
+    const int it = inner ? team_size(pl, 1L << 30) : 1;
+    const SBuf<R> S{out.re, out.re + len, 1};
+    exec_stockham<R>(root, k, 1, SBuf<const R>{in.p, in.p + 1, 2}, SBuf<R>{out.re, out.re + 1, 2}, base, it, &S);
+    k->r2c_post_ip(h, out.re, pl->ur, pl->ui, scale);
+    release(pl, slot);
+    return 0;
+  }
   const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
   const int inner_threads = inner ? team_size(pl, 1L << 30) : 1;
@@ -468,9 +547,29 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   const KernelTable<R> *k = pl->k;
   const long n = pl->n, len = pl->root->n, h = n / 2;
   const bool even = n % 2 == 0;
+  const Node<R> *root = pl->root;
+  // Short transforms to unit-stride real data: the pre-pass of each into a
+  // stack buffer, then the in-register kernel of the half-length transform
+  // straight into the output, scale included.
+  if (even && out.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
+    const typename KernelTable<R>::Small f = small_kernel<R>(root, k, 0, 2);
+    if (f) {
+      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
+      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
+      team(nt, hm, [&](int, long lo, long hi) {
+        alignas(64) R w[2 * pad16(kStackMax + 1)];
+        R *zr = w, *zi = w + pad16(len + 1);
+        for (long t = lo; t < hi; ++t) {
+          R *yp = out.p + t * out.dist;
+          k->c2r_pre(h, 1, in.re + t * in.dist, in.im + t * in.dist, in.stride, 0, pl->ur, pl->ui, zr, zi);
+          f(1, zi, zr, 0, yp, yp, 0, tr, ti, scale);
+        }
+      });
+      return 0;
+    }
+  }
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
-  const Node<R> *root = pl->root;
   const bool inner = inner_parallel(pl, 1);
   const long B = batch_width(pl, hm, in.stride, in.dist, out.stride, out.dist), nb = (hm + B - 1) / B;
   const int nt = inner ? 1 : team_size(pl, nb);
@@ -511,12 +610,39 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   return 0;
 }
 
+namespace {
+template <class R> bool small_direct_of(const PlanBase<R> *pl, SmallDirect<R> *d) {
+  if (!pl || !pl->root) return false;
+  const Node<R> *root = pl->root;
+  if (root->kind != Node<R>::kStockham || root->small_e < 0 || root->nst == 0) return false;
+  *d = SmallDirect<R>{};
+  for (int io = 0; io < kNumSmallIO; ++io) d->kernel[io] = pl->k->small[root->small_e][io];
+  d->twr = root->ar + root->small_tw;
+  d->twi = root->ai + root->small_tw;
+  return true;
+}
+}  // namespace
+
+template <class R> bool small_direct(const C2CPlan<R> *pl, SmallDirect<R> *d) { return small_direct_of<R>(pl, d); }
+
+template <class R> bool small_direct(const R2CPlan<R> *pl, SmallDirect<R> *d) {
+  if (!pl || pl->n % 2 != 0 || pl->n < 4 || !small_direct_of<R>(pl, d)) return false;
+  d->post = pl->k->r2c_post;
+  d->pre = pl->k->c2r_pre;
+  d->ur = pl->ur;
+  d->ui = pl->ui;
+  d->h = pl->n / 2;
+  return true;
+}
+
 #define NXL_DFT_INSTANTIATE_EXEC(R)                                                                  \
   template void exec_node<R>(const Node<R> *, const KernelTable<R> *, long, SBuf<const R>, SBuf<R>, R *, \
                              int);                                                                   \
   template int c2c_execute<R>(const C2CPlan<R> *, int, CView<const R>, CView<R>, R, long);          \
   template int r2c_execute<R>(const R2CPlan<R> *, RView<const R>, CView<R>, R, long);               \
-  template int c2r_execute<R>(const R2CPlan<R> *, CView<const R>, RView<R>, R, long);
+  template int c2r_execute<R>(const R2CPlan<R> *, CView<const R>, RView<R>, R, long);              \
+  template bool small_direct<R>(const C2CPlan<R> *, SmallDirect<R> *);                            \
+  template bool small_direct<R>(const R2CPlan<R> *, SmallDirect<R> *);
 NXL_DFT_INSTANTIATE_EXEC(float)
 NXL_DFT_INSTANTIATE_EXEC(double)
 

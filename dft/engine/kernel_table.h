@@ -22,8 +22,8 @@
 namespace nxl::dft {
 
 // Radices with an unrolled butterfly, in kernel-table order.
-enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kNumRadix };
-inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16};
+enum RadixSlot { kR2, kR3, kR4, kR5, kR7, kR8, kR11, kR13, kR16, kR9, kNumRadix };
+inline constexpr int kRadixOf[kNumRadix] = {2, 3, 4, 5, 7, 8, 11, 13, 16, 9};
 
 // Whole transforms of n = 2^e points held in registers, e <= kSmallMaxLog.
 inline constexpr int kSmallMaxLog = 10;
@@ -96,6 +96,9 @@ template <class R> struct KernelTable {
   // room for h+1 values: the kernel may copy Z_0 to index h.
   void (*r2c_post)(long h, long s0, R *zr, R *zi, const R *ur, const R *ui, R *re, R *im,
                    long stride, long dist, R scale);
+  // The same for s0 == 1 in place on interleaved values: Z_k at z[2k],
+  // z[2k+1] for k < h become X_k, k <= h (z holds h + 1 pairs); h >= 2.
+  void (*r2c_post_ip)(long h, R *z, const R *ur, const R *ui, R scale);
   // Real backward pre-pass: from X_k, k = 0..h, at re/im[q*dist + k*stride],
   // forms Z_k = (X_k + conj X_{h-k}) + i conj(u_k) (X_k - conj X_{h-k}),
   // k < h, in [k][q] layout (row length s0). The imaginary parts of X_0 and

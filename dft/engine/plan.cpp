@@ -90,6 +90,8 @@ int radices(long n, int *rs, int lanes = 0) {
   else if (rest == 3) tail[nt++] = 8;
   for (int i = 0; i < sixteens; ++i) rs[cnt++] = 16;
   for (int i = 0; i < nt; ++i) rs[cnt++] = tail[i];
+  // Threes in pairs (one pass of 9 for two of 3).
+  while (n % 9 == 0) { n /= 9; rs[cnt++] = 9; }
   for (int p : {3, 5, 7, 11, 13})
     while (n % p == 0) { n /= p; rs[cnt++] = p; }
   for (long p = 17; p * p <= n; p += 2)

@@ -65,6 +65,26 @@ template <> struct Roots<7> {
                                   0.4338837391175581204757683, -0.4338837391175581204757683,
                                   -0.9749279121818236070181317, -0.7818314824680298087084445};
 };
+template <> struct Roots<9> {
+  static constexpr double c[9] = {1.0,
+                                  0.7660444431189780352023927,
+                                  0.1736481776669303488517166,
+                                  -0.5,
+                                  -0.9396926207859083840541093,
+                                  -0.9396926207859083840541093,
+                                  -0.5,
+                                  0.1736481776669303488517166,
+                                  0.7660444431189780352023927};
+  static constexpr double s[9] = {0.0,
+                                  0.6427876096865393263226434,
+                                  0.9848077530122080593667430,
+                                  0.8660254037844386467637232,
+                                  0.3420201433256687330440996,
+                                  -0.3420201433256687330440996,
+                                  -0.8660254037844386467637232,
+                                  -0.9848077530122080593667430,
+                                  -0.6427876096865393263226434};
+};
 template <> struct Roots<11> {
   static constexpr double c[11] = {
       1.0, 0.8412535328311811688618116, 0.4154150130018864255292741, -0.1423148382732851404437927,
@@ -100,9 +120,16 @@ constexpr double kC16[16] = {1.0, 0.9238795325112867561281832, 0.707106781186547
 // (xr, xi) *= exp(-2 pi i E / N), with the rotations by multiples of pi/4 exact
 // or cheap.
 template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
-  static_assert(N == 4 || N == 8 || N == 16, "rotations by 2^k-th roots only");
-  constexpr int e16 = (E % N) * (16 / N);  // in sixteenths of a turn
-  if constexpr (e16 == 0) {
+  static_assert(N == 4 || N == 8 || N == 16 || N == 9, "rotations by 2^k-th and ninth roots only");
+  constexpr int e16 = N == 9 ? -1 : (E % N) * (16 / (N == 9 ? 16 : N));  // in sixteenths of a turn
+  if constexpr (N == 9) {
+    if constexpr (E % 9 != 0) {
+      const T c = splat<T>(Roots<9>::c[E % 9]), s = splat<T>(Roots<9>::s[E % 9]);
+      T t = xr * c + xi * s;
+      xi = xi * c - xr * s;
+      xr = t;
+    }
+  } else if constexpr (e16 == 0) {
   } else if constexpr (e16 == 4) {  // -i
     T t = xr; xr = xi; xi = -t;
   } else if constexpr (e16 == 8) {
@@ -183,7 +210,7 @@ template <class T> struct Bfly<7, T> : BflyOdd<7, T> {};
 template <class T> struct Bfly<11, T> : BflyOdd<11, T> {};
 template <class T> struct Bfly<13, T> : BflyOdd<13, T> {};
 
-// Composite R = R1 * R2 (R1, R2 powers of two): index j = j1 + R1 j2,
+// Composite R = R1 * R2 (4 x 4, 2 x 4, 3 x 3): index j = j1 + R1 j2,
 // k = k2 + R2 k1; R2-point DFTs over j2, rotation by w_R^(j1 k2), R1-point
 // DFTs over j1.
 template <int R1, int R2, class T> struct BflyComp {
@@ -219,6 +246,7 @@ template <int R1, int R2, class T> struct BflyComp {
 };
 template <class T> struct Bfly<8, T> : BflyComp<2, 4, T> {};
 template <class T> struct Bfly<16, T> : BflyComp<4, 4, T> {};
+template <class T> struct Bfly<9, T> : BflyComp<3, 3, T> {};
 
 // Element access by layout mode: 0 split arrays (r, i), 1 interleaved pairs
 // (re, im) at r[2e], r[2e+1], 2 interleaved and exchanged: (im, re) pairs.
@@ -864,6 +892,34 @@ void r2c_post(long h, long s0, T *zr, T *zi, const T *__restrict ur, const T *__
   }
 }
 
+// The same in place on interleaved values: Z_k (k < h) at z[2k], z[2k+1]
+// become X_k (k <= h; z holds h + 1 pairs). Step k computes X_k and X_{h-k}
+// from Z_k and Z_{h-k}, so the steps touch disjoint pairs.
+template <class T> void r2c_post_ip(long h, T *z, const T *__restrict ur, const T *__restrict ui, T scale) {
+  const T half = T(0.5) * scale;
+  const T z0r = z[0], z0i = z[1];
+  const long m = h / 2;
+#pragma omp simd
+  for (long k = 1; k <= m; ++k) {
+    const long j = h - k;
+    const T ar = z[2 * k], ai = z[2 * k + 1], br = z[2 * j], bi = z[2 * j + 1];
+    const T er = ar + br, ei = ai - bi, or_ = ai + bi, oi = br - ar;
+    const T ukr = ur[k], uki = ui[k];
+    const T xkr = (er + (ukr * or_ - uki * oi)) * half, xki = (ei + (ukr * oi + uki * or_)) * half;
+    // X_{h-k}: the roles of Z_k and Z_{h-k} exchange (E' = conj E and
+    // 2i O' = conj(2i O)), and u_{h-k} = -conj u_k.
+    const T xjr = (er + (uki * oi - ukr * or_)) * half, xji = ((ukr * oi + uki * or_) - ei) * half;
+    z[2 * k] = xkr;
+    z[2 * k + 1] = xki;
+    z[2 * j] = xjr;
+    z[2 * j + 1] = xji;
+  }
+  z[0] = (z0r + z0i) * scale;
+  z[1] = T(0);
+  z[2 * h] = (z0r - z0i) * scale;
+  z[2 * h + 1] = T(0);
+}
+
 template <int IM, class T>
 NXL_AI void c2r_one(long h, const T *re, const T *im, const T *__restrict ur, const T *__restrict ui,
                     T *__restrict zr, T *__restrict zi) {
@@ -1027,6 +1083,7 @@ template <class T> constexpr KernelTable<T> make_table() {
   fill_radix<11, T>(t, dft::kR11);
   fill_radix<13, T>(t, dft::kR13);
   fill_radix<16, T>(t, dft::kR16);
+  fill_radix<9, T>(t, dft::kR9);
   t.gen = gen_pass<T>;
   fill_small<3, T>(t);
   t.lanes = kVBytes / static_cast<int>(sizeof(T));
@@ -1041,6 +1098,7 @@ template <class T> constexpr KernelTable<T> make_table() {
   t.scatter = scatter<T>;
   t.tscatter = tscatter<T>;
   t.r2c_post = r2c_post<T>;
+  t.r2c_post_ip = r2c_post_ip<T>;
   t.c2r_pre = c2r_pre<T>;
   t.scale = scale<T>;
   return t;

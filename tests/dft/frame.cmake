@@ -1,6 +1,6 @@
 # Tests of the descriptor interface, commit, compute and the backends.
 
-foreach(t params transforms backends packed2d)
+foreach(t params transforms backends packed2d direct)
   nxl_add_gtest(test_dfti_${t}
     SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_dfti_${t}.cpp INTERNAL)
 endforeach()
