@@ -72,35 +72,42 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
 // X := L^{-1} X for the JB x ncols block X at u (leading dimension ld) and
 // the unit lower triangle of order JB at l: each column of X is held in
 // vectors (rows as lanes) and takes JB multiply-adds with the columns of L,
-// masked to the rows below each one. Reads whole vectors of rows from the
-// first row of both blocks.
+// masked to the rows below each one. Four columns go through the steps side
+// by side, so that their chains of dependent steps overlap. Reads whole
+// vectors of rows from the first row of both blocks.
 template <class T, int JB> void unit_lower_solve(const T *l, idx ld, T *u, idx ncols) {
   using S = simd<T>;
   using V = typename S::V;
   constexpr int E = static_cast<int>(S::E), W = (JB + E - 1) / E;
-  V lc[JB][W];
+  V lc[JB][W], lr[JB][W];
   for (int q = 0; q < JB; ++q)
     for (int w = 0; w < W; ++w) {
       const int lo = q + 1 - w * E, hi = JB - w * E;
       lc[q][w] = S::blend(S::mask(lo > 0 ? lo : 0, hi < E ? hi : E), S::load(l + q * ld + w * E), S::splat(0));
+      lr[q][w] = S::rot(lc[q][w]);
     }
-  for (idx col = 0; col < ncols; ++col) {
-    T *x = u + col * ld;
-    V v[W], keep[W];
-    for (int w = 0; w < W; ++w) v[w] = keep[w] = S::load(x + w * E);
-    for (int q = 0; q + 1 < JB; ++q) {
-      T xq;
-      if constexpr (S::cplx) xq = T(v[q / E][(q % E) * 2], v[q / E][(q % E) * 2 + 1]);
-      else xq = v[q / E][q % E];
-      // Masked to the rows below q: an infinite x_q must not reach the
-      // rows already final through a zero of L.
-      for (int w = q / E; w < W; ++w) v[w] = minus_product_below<T>(v[w], lc[q][w], xq, q - w * E);
-    }
-    for (int w = 0; w < W; ++w) {
-      const int lo = 1 - w * E, hi = JB - w * E;
-      if (hi > 0) put(x, w * E, w * E + (lo > 0 ? lo : 0), w * E + (hi < E ? hi : E), v[w], keep[w]);
-    }
-  }
+  auto solve = [&]<int G>(idx col) __attribute__((always_inline)) {
+    V v[G][W], keep[G][W];
+    for (int g = 0; g < G; ++g)
+      for (int w = 0; w < W; ++w) v[g][w] = keep[g][w] = S::load(u + (col + g) * ld + w * E);
+    for (int q = 0; q + 1 < JB; ++q)
+      for (int g = 0; g < G; ++g) {
+        T xq;
+        if constexpr (S::cplx) xq = T(v[g][q / E][(q % E) * 2], v[g][q / E][(q % E) * 2 + 1]);
+        else xq = v[g][q / E][q % E];
+        // Masked to the rows below q: an infinite x_q must not reach the
+        // rows already final through a zero of L.
+        for (int w = q / E; w < W; ++w) v[g][w] = minus_product_below<T>(v[g][w], lc[q][w], lr[q][w], xq, q - w * E);
+      }
+    for (int g = 0; g < G; ++g)
+      for (int w = 0; w < W; ++w) {
+        const int lo = 1 - w * E, hi = JB - w * E;
+        if (hi > 0) put(u + (col + g) * ld, w * E, w * E + (lo > 0 ? lo : 0), w * E + (hi < E ? hi : E), v[g][w], keep[g][w]);
+      }
+  };
+  idx col = 0;
+  for (; col + 4 <= ncols; col += 4) solve.template operator()<4>(col);
+  for (; col < ncols; ++col) solve.template operator()<1>(col);
 }
 
 // Right-looking LU by panels of KB columns on vectors, for m >= n >= one

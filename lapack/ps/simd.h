@@ -26,6 +26,7 @@ template <> struct vtypes<double> {
   static v swap(v x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6); }
   static m lane() { return m{0, 1, 2, 3, 4, 5, 6, 7}; }
   static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1}; }
+  static m re_sign() { return m{INT64_MIN, 0, INT64_MIN, 0, INT64_MIN, 0, INT64_MIN, 0}; }
 };
 template <> struct vtypes<float> {
   typedef float v __attribute__((vector_size(64)));
@@ -33,6 +34,10 @@ template <> struct vtypes<float> {
   static v swap(v x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14); }
   static m lane() { return m{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}; }
   static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1}; }
+  static m re_sign() {
+    return m{INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0,
+             INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0};
+  }
 };
 
 template <class R> constexpr R R_neg_one() { return R(-1); }
@@ -66,20 +71,36 @@ template <class T> struct simd {
   }
   static V blend(M m, V yes, V no) { return (V)(((M)yes & m) | ((M)no & ~m)); }
 
+  // i * x for every complex element of x (x itself for reals): the pair
+  // (re, im) becomes (-im, re), a lane swap and a sign flip, no arithmetic.
+  // A product x * f is then x * re(f) + rot(x) * im(f): two multiply-adds
+  // on whole vectors, and a rot(x) reused over many factors costs nothing.
+  static V rot(V x) {
+    if constexpr (cplx) return (V)((M)vtypes<R>::swap(x) ^ vtypes<R>::re_sign());
+    else return x;
+  }
+
   // x * f, or x * conj(f) when Conj, for every element of x.
   template <bool Conj> struct factor {
-    V r, i;  // f's real part on every lane; f's imaginary part with the sign pattern of the product
+    V r, i;  // f's real part and (conjugated) imaginary part on every lane
     explicit factor(T f) {
       if constexpr (cplx) {
         r = splat(f.real());
-        i = splat(Conj ? f.imag() : -f.imag()) * vtypes<R>::sign();
+        i = splat(Conj ? -f.imag() : f.imag());
       } else {
         r = splat(f);
       }
     }
     V times(V x) const {
-      if constexpr (cplx) return x * r + vtypes<R>::swap(x) * i;
+      if constexpr (cplx) return x * r + rot(x) * i;
       else return x * r;
+    }
+    // acc - x * f with xr = rot(x): one multiply-add per real product.
+    V minus(V acc, V x, V xr) const {
+      acc -= x * r;
+      if constexpr (cplx) acc -= xr * i;
+      (void)xr;
+      return acc;
     }
   };
 };
@@ -110,7 +131,8 @@ template <class T, bool Conj> void column_axpy(idx lo, idx hi, T *dst, const T *
   const typename S::template factor<Conj> ff(f);
   windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
     auto v = S::load(dst + ws);
-    put(dst, ws, l, top, v - ff.times(S::load(src + ws)), v);
+    const auto x = S::load(src + ws);
+    put(dst, ws, l, top, ff.minus(v, x, S::rot(x)), v);
   });
 }
 
@@ -136,8 +158,8 @@ void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K,
     V acc[JB], keep[JB];
     for (int c = 0; c < JB; ++c) acc[c] = keep[c] = S::load(dst + ws + c * ldd);
     for (idx k = 0; k < K; ++k) {
-      const V x = S::load(src + ws + k * lds);
-      for (int c = 0; c < JB; ++c) acc[c] -= typename S::template factor<Conj>(coef(k, c)).times(x);
+      const V x = S::load(src + ws + k * lds), xr = S::rot(x);
+      for (int c = 0; c < JB; ++c) acc[c] = typename S::template factor<Conj>(coef(k, c)).minus(acc[c], x, xr);
     }
     for (int c = 0; c < JB; ++c) {
       const idx from = Diag && l < lo + c ? lo + c : l;
@@ -191,13 +213,16 @@ void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx l
   using S = simd<T>;
   using V = typename S::V;
   windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
-    V x[K];
-    for (int q = 0; q < K; ++q) x[q] = S::load(src + ws + q * lds);
+    V x[K], xr[K];
+    for (int q = 0; q < K; ++q) {
+      x[q] = S::load(src + ws + q * lds);
+      xr[q] = S::rot(x[q]);
+    }
     for (idx j = 0; j < ncols; ++j) {
       T *d = dst + j * ldd;
       const V v = S::load(d + ws);
       V r = v;
-      for (int q = 0; q < K; ++q) r -= typename S::template factor<false>(coef(q, j)).times(x[q]);
+      for (int q = 0; q < K; ++q) r = typename S::template factor<false>(coef(q, j)).minus(r, x[q], xr[q]);
       put(d, ws, l, top, r, v);
     }
   });
