@@ -148,24 +148,48 @@ template <class T> void column_scale(idx lo, idx hi, T *dst, T s) {
 
 // The columns c < JB of dst (rows [lo, hi)) less a rank-K product:
 // dst_c -= sum_k src_k * coef(k, c) (conjugated coefficients when Conj),
-// held in JB vector accumulators per window. With Diag, column c changes
-// only from row lo + c down (a triangle's columns).
+// held in JB vector accumulators per window, two whole windows side by side
+// where they fit (each coefficient then serves both). With Diag, column c
+// changes only from row lo + c down (a triangle's columns).
 template <class T, int JB, bool Conj, bool Diag, class Coef>
 void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K, Coef coef) {
   using S = simd<T>;
   using V = typename S::V;
-  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
-    V acc[JB], keep[JB];
-    for (int c = 0; c < JB; ++c) acc[c] = keep[c] = S::load(dst + ws + c * ldd);
+  constexpr idx E = S::E;
+  // NW windows starting at ws (each E rows), changing the rows [l, top).
+  auto run = [&]<int NW>(idx ws, idx l, idx top) __attribute__((always_inline)) {
+    V acc[NW][JB], keep[NW][JB];
+    for (int w = 0; w < NW; ++w)
+      for (int c = 0; c < JB; ++c) acc[w][c] = keep[w][c] = S::load(dst + ws + w * E + c * ldd);
     for (idx k = 0; k < K; ++k) {
-      const V x = S::load(src + ws + k * lds), xr = S::rot(x);
-      for (int c = 0; c < JB; ++c) acc[c] = typename S::template factor<Conj>(coef(k, c)).minus(acc[c], x, xr);
+      V x[NW], xr[NW];
+      for (int w = 0; w < NW; ++w) {
+        x[w] = S::load(src + ws + w * E + k * lds);
+        xr[w] = S::rot(x[w]);
+      }
+      for (int c = 0; c < JB; ++c) {
+        const typename S::template factor<Conj> f(coef(k, c));
+        for (int w = 0; w < NW; ++w) acc[w][c] = f.minus(acc[w][c], x[w], xr[w]);
+      }
     }
-    for (int c = 0; c < JB; ++c) {
-      const idx from = Diag && l < lo + c ? lo + c : l;
-      put(dst + c * ldd, ws, from, top > from ? top : from, acc[c], keep[c]);
+    for (int w = 0; w < NW; ++w) {
+      const idx wl = ws + w * E > l ? ws + w * E : l, wt = ws + (w + 1) * E < top ? ws + (w + 1) * E : top;
+      for (int c = 0; c < JB; ++c) {
+        const idx from = Diag && wl < lo + c ? lo + c : wl;
+        put(dst + c * ldd, ws + w * E, from, wt > from ? wt : from, acc[w][c], keep[w][c]);
+      }
     }
-  });
+  };
+  for (idx top = hi; top > lo;) {
+    if (top - 2 * E >= lo) {
+      run.template operator()<2>(top - 2 * E, top - 2 * E, top);
+      top -= 2 * E;
+    } else {
+      const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
+      run.template operator()<1>(ws, l, top);
+      top = l;
+    }
+  }
 }
 
 // Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
