@@ -138,7 +138,11 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
       } else if (*info == 0) {
         *info = j + 1;
       }
-      for (idx cc = c + 1; cc < jb; ++cc) column_axpy<T, false>(j + 1, m, blk + cc * lda, cj, blk[j + cc * lda]);
+      // The panel's later columns less the multipliers times their row j,
+      // in one sweep over the column's windows.
+      if (c + 1 < jb)
+        rank_update<T, 1>(j + 1, m, cj + lda, lda, jb - c - 1, cj, lda,
+                          [&](int, idx col) { return cj[j + (col + 1) * lda]; });
     }
     for (idx j = j0; j < j1; ++j)
       if (ipiv[j] - 1 != j) {
