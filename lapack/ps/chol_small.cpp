@@ -90,14 +90,20 @@ template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
         panel_update<T, JB, true, true>(j0, n, blk, lda, a, lda, j0,
                                         [&](idx k, int c) { return a[j0 + c + k * lda]; });
       });
-    // The diagonal block through a buffer of whole vectors of rows.
-    alignas(64) T buf[LD * KB];
-    for (idx j = 0; j < jb; ++j)
-      for (idx i = 0; i < LD; ++i) buf[i + j * LD] = i >= j && i < jb ? blk[j0 + i + j * lda] : T(0);
+    // The diagonal block in place where whole vectors of rows from its
+    // first row lie inside the columns (the register kernel changes only
+    // the block's own triangle), else through a zeroed buffer.
     idx info = 0;
-    with_count(jb, [&]<int JB>() { info = potrf_regs<T, JB>(buf, LD); });
-    for (idx j = 0; j < jb; ++j)
-      for (idx i = j; i < jb; ++i) blk[j0 + i + j * lda] = buf[i + j * LD];
+    if (jb == KB && j0 + LD <= n) {
+      info = potrf_regs<T, KB>(blk + j0, lda);
+    } else {
+      alignas(64) T buf[LD * KB];
+      for (idx j = 0; j < jb; ++j)
+        for (idx i = 0; i < LD; ++i) buf[i + j * LD] = i >= j && i < jb ? blk[j0 + i + j * lda] : T(0);
+      with_count(jb, [&]<int JB>() { info = potrf_regs<T, JB>(buf, LD); });
+      for (idx j = 0; j < jb; ++j)
+        for (idx i = j; i < jb; ++i) blk[j0 + i + j * lda] = buf[i + j * LD];
+    }
     // Columns done before a failure still get their rows below solved.
     const idx done = info ? info - 1 : jb;
     if (done > 0 && j1 < n)
