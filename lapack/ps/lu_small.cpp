@@ -118,7 +118,10 @@ template <class T, int JB> void unit_lower_solve(const T *l, idx ld, T *u, idx n
 // registers while the trailing columns stream through once.
 template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   using R = real_t<T>;
-  constexpr idx KB = 8;
+  // Complex orders up to 16 take panels of four: the work inside a panel,
+  // a chain of dependent column steps, then outweighs the rank updates.
+  constexpr idx KMAX = 8;
+  const idx KB = simd<T>::cplx && m <= 16 ? 4 : KMAX;
   const R sfmin = safe_min<R>();
   *info = 0;
   for (idx j0 = 0; j0 < n; j0 += KB) {
@@ -152,8 +155,8 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
     if (j1 >= n) break;
     // Rows j0..j1-1 of U right of the panel: unit lower triangular solve,
     // on vectors when whole windows from row j0 lie inside the columns.
-    constexpr idx W = (KB + simd<T>::E - 1) / simd<T>::E;
-    if (j0 + W * simd<T>::E <= m) {
+    constexpr idx E = simd<T>::E;
+    if (j0 + (jb + E - 1) / E * E <= m) {
       switch (jb) {
         case 8: unit_lower_solve<T, 8>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
         case 7: unit_lower_solve<T, 7>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
@@ -167,12 +170,12 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
       // The multipliers and each column's KB entries are held in locals, so
       // that the columns' short recurrences overlap instead of waiting on
       // stores to memory the compiler must assume they share.
-      T l[KB][KB] = {};
+      T l[KMAX][KMAX] = {};
       for (idx r = 1; r < jb; ++r)
         for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
       for (idx col = j1; col < n; ++col) {
         T *u = a + j0 + col * lda;
-        T x[KB];
+        T x[KMAX];
         for (idx r = 0; r < jb; ++r) x[r] = u[r];
         for (idx r = 1; r < jb; ++r)
           for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
