@@ -36,40 +36,79 @@ template <class T> idx potrf_upper_short(idx n, T *a, idx lda) {
   return 0;
 }
 
-// Blocked left-looking A = L L^H on vectors, for n at least one vector of
-// elements: each block of up to four columns first takes the update from all
-// columns left of it (a rank-j0 product held in vector accumulators), then
-// is factored column by column.
-template <class T, int JB> void potrf_lower_update(idx n, T *a, idx lda, idx j0) {
-  panel_update<T, JB, true, true>(j0, n, a + j0 * lda, lda, a, lda, j0,
-                                  [&](idx k, int c) { return a[j0 + c + k * lda]; });
+template <class T, int N> idx potrf_regs(T *buf, idx ldb);
+
+// Runs f.template operator()<C>() with C = c, for 1 <= c <= 8.
+template <class F> __attribute__((always_inline)) inline void with_count(idx c, F f) {
+  switch (c) {
+    case 8: f.template operator()<8>(); break;
+    case 7: f.template operator()<7>(); break;
+    case 6: f.template operator()<6>(); break;
+    case 5: f.template operator()<5>(); break;
+    case 4: f.template operator()<4>(); break;
+    case 3: f.template operator()<3>(); break;
+    case 2: f.template operator()<2>(); break;
+    default: f.template operator()<1>(); break;
+  }
 }
 
-template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
+// The rows [lo, hi) of the JB columns at p solved against the factored
+// diagonal block at d (both leading dimension lda): X L11^H = A21, one
+// window of rows at a time with the window's JB columns in registers,
+// each column less its earlier columns times conj(l(c, q)), then scaled by
+// the reciprocal of l(c, c).
+template <class T, int JB> void lower_panel_solve(idx lo, idx hi, T *p, idx lda, const T *d) {
+  using S = simd<T>;
+  using V = typename S::V;
   using R = real_t<T>;
-  for (idx j0 = 0; j0 < n; j0 += 4) {
-    const idx jb = n - j0 < 4 ? n - j0 : 4;
-    if (j0 > 0) {
-      switch (jb) {
-        case 4: potrf_lower_update<T, 4>(n, a, lda, j0); break;
-        case 3: potrf_lower_update<T, 3>(n, a, lda, j0); break;
-        case 2: potrf_lower_update<T, 2>(n, a, lda, j0); break;
-        default: potrf_lower_update<T, 1>(n, a, lda, j0); break;
-      }
+  R rinv[JB];
+  for (int c = 0; c < JB; ++c) rinv[c] = R(1) / re(d[c + c * lda]);
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
+    V v[JB], vr[JB], keep[JB];
+    for (int c = 0; c < JB; ++c) v[c] = keep[c] = S::load(p + ws + c * lda);
+    for (int c = 0; c < JB; ++c) {
+      for (int q = 0; q < c; ++q) v[c] = typename S::template factor<true>(d[c + q * lda]).minus(v[c], v[q], vr[q]);
+      v[c] = v[c] * S::splat(rinv[c]);
+      vr[c] = S::rot(v[c]);
     }
-    for (idx c = 0; c < jb; ++c) {
-      const idx j = j0 + c;
-      T *cj = a + j * lda;
-      for (idx p = j0; p < j; ++p) column_axpy<T, true>(j, n, cj, a + p * lda, a[j + p * lda]);
-      const R d = re(cj[j]);
-      if (!(d > R(0))) {
-        cj[j] = T(d);
-        return j + 1;
-      }
-      const R r = std::sqrt(d);
-      cj[j] = T(r);
-      column_scale<T>(j + 1, n, cj, T(R(1) / r));
+    for (int c = 0; c < JB; ++c) put(p + c * lda, ws, l, top, v[c], keep[c]);
+  });
+}
+
+// Blocked left-looking A = L L^H on vectors, for n above the register
+// kernel's orders: each block of up to eight columns first takes the update
+// from all columns left of it (a rank-j0 product held in vector
+// accumulators); its diagonal block is then factored in registers and the
+// rows below it solved against that block.
+template <class T> idx potrf_lower_blocked(idx n, T *a, idx lda) {
+  constexpr idx KB = 8, E = simd<T>::E, LD = KB > E ? KB : E;
+  for (idx j0 = 0; j0 < n; j0 += KB) {
+    const idx jb = n - j0 < KB ? n - j0 : KB, j1 = j0 + jb;
+    T *blk = a + j0 * lda;
+    if (j0 > 0)
+      with_count(jb, [&]<int JB>() {
+        panel_update<T, JB, true, true>(j0, n, blk, lda, a, lda, j0,
+                                        [&](idx k, int c) { return a[j0 + c + k * lda]; });
+      });
+    // The diagonal block in place where whole vectors of rows from its
+    // first row lie inside the columns (the register kernel changes only
+    // the block's own triangle), else through a zeroed buffer.
+    idx info = 0;
+    if (jb == KB && j0 + LD <= n) {
+      info = potrf_regs<T, KB>(blk + j0, lda);
+    } else {
+      alignas(64) T buf[LD * KB];
+      for (idx j = 0; j < jb; ++j)
+        for (idx i = 0; i < LD; ++i) buf[i + j * LD] = i >= j && i < jb ? blk[j0 + i + j * lda] : T(0);
+      with_count(jb, [&]<int JB>() { info = potrf_regs<T, JB>(buf, LD); });
+      for (idx j = 0; j < jb; ++j)
+        for (idx i = j; i < jb; ++i) blk[j0 + i + j * lda] = buf[i + j * LD];
     }
+    // Columns done before a failure still get their rows below solved.
+    const idx done = info ? info - 1 : jb;
+    if (done > 0 && j1 < n)
+      with_count(done, [&]<int JB>() { lower_panel_solve<T, JB>(j1, n, blk, lda, blk + j0); });
+    if (info) return j0 + info;
   }
   return 0;
 }

@@ -72,10 +72,10 @@ template <int NV, class V, class M> __attribute__((always_inline)) inline V perm
 }
 
 // x - l * u on the lanes of the elements after the first `after` + 1 of a
-// vector (all of them when `after` < 0), x elsewhere: one masked
-// multiply-add per real product, so the kept lanes keep their bits.
+// vector (all of them when `after` < 0), x elsewhere, with lr = rot(l): one
+// masked multiply-add per real product, so the kept lanes keep their bits.
 template <class T, class V>
-__attribute__((always_inline)) inline V minus_product_below(V x, V l, T u, int after) {
+__attribute__((always_inline)) inline V minus_product_below(V x, V l, V lr, T u, int after) {
   using S = simd<T>;
   const typename S::M below = S::mask(after + 1 > 0 ? after + 1 : 0, S::E);
 #if defined(__AVX512F__)
@@ -84,23 +84,23 @@ __attribute__((always_inline)) inline V minus_product_below(V x, V l, T u, int a
     const __mmask8 k = static_cast<__mmask8>(lane_bits(below));
     if constexpr (S::cplx) {
       const __m512d y = _mm512_mask3_fnmadd_pd((__m512d)l, _mm512_set1_pd(u.real()), (__m512d)x, k);
-      const V ui = S::splat(-u.imag()) * vtypes<R>::sign();
-      return (V)_mm512_mask3_fnmadd_pd((__m512d)vtypes<R>::swap(l), (__m512d)ui, y, k);
+      return (V)_mm512_mask3_fnmadd_pd((__m512d)lr, _mm512_set1_pd(u.imag()), y, k);
     } else {
+      (void)lr;
       return (V)_mm512_mask3_fnmadd_pd((__m512d)l, _mm512_set1_pd(u), (__m512d)x, k);
     }
   } else {
     const __mmask16 k = static_cast<__mmask16>(lane_bits(below));
     if constexpr (S::cplx) {
       const __m512 y = _mm512_mask3_fnmadd_ps((__m512)l, _mm512_set1_ps(u.real()), (__m512)x, k);
-      const V ui = S::splat(-u.imag()) * vtypes<R>::sign();
-      return (V)_mm512_mask3_fnmadd_ps((__m512)vtypes<R>::swap(l), (__m512)ui, y, k);
+      return (V)_mm512_mask3_fnmadd_ps((__m512)lr, _mm512_set1_ps(u.imag()), y, k);
     } else {
+      (void)lr;
       return (V)_mm512_mask3_fnmadd_ps((__m512)l, _mm512_set1_ps(u), (__m512)x, k);
     }
   }
 #else
-  return S::blend(below, x - typename S::template factor<false>(u).times(l), x);
+  return S::blend(below, typename S::template factor<false>(u).minus(x, l, lr), x);
 #endif
 }
 
@@ -262,11 +262,13 @@ template <class T, int NV> struct lu_regs {
     }
     // Trailing update of the rows below J; the rows above keep their bits
     // even where a multiplier times an infinite entry would give NaN.
+    V lr[NV];
+    for (int v = J / E; v < NV; ++v) lr[v] = S::rot(c[J][v]);
     [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
       auto one = [&](auto kk) __attribute__((always_inline)) {
         constexpr int col = J + 1 + decltype(kk)::value;
         const T u = at<J>(col);
-        for (int v = J / E; v < NV; ++v) c[col][v] = minus_product_below<T>(c[col][v], c[J][v], u, J - v * E);
+        for (int v = J / E; v < NV; ++v) c[col][v] = minus_product_below<T>(c[col][v], c[J][v], lr[v], u, J - v * E);
       };
       (one(std::integral_constant<int, K>{}), ...);
     }(std::make_integer_sequence<int, D - 1 - J>{});

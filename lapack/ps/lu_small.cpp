@@ -72,35 +72,42 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
 // X := L^{-1} X for the JB x ncols block X at u (leading dimension ld) and
 // the unit lower triangle of order JB at l: each column of X is held in
 // vectors (rows as lanes) and takes JB multiply-adds with the columns of L,
-// masked to the rows below each one. Reads whole vectors of rows from the
-// first row of both blocks.
+// masked to the rows below each one. Four columns go through the steps side
+// by side, so that their chains of dependent steps overlap. Reads whole
+// vectors of rows from the first row of both blocks.
 template <class T, int JB> void unit_lower_solve(const T *l, idx ld, T *u, idx ncols) {
   using S = simd<T>;
   using V = typename S::V;
   constexpr int E = static_cast<int>(S::E), W = (JB + E - 1) / E;
-  V lc[JB][W];
+  V lc[JB][W], lr[JB][W];
   for (int q = 0; q < JB; ++q)
     for (int w = 0; w < W; ++w) {
       const int lo = q + 1 - w * E, hi = JB - w * E;
       lc[q][w] = S::blend(S::mask(lo > 0 ? lo : 0, hi < E ? hi : E), S::load(l + q * ld + w * E), S::splat(0));
+      lr[q][w] = S::rot(lc[q][w]);
     }
-  for (idx col = 0; col < ncols; ++col) {
-    T *x = u + col * ld;
-    V v[W], keep[W];
-    for (int w = 0; w < W; ++w) v[w] = keep[w] = S::load(x + w * E);
-    for (int q = 0; q + 1 < JB; ++q) {
-      T xq;
-      if constexpr (S::cplx) xq = T(v[q / E][(q % E) * 2], v[q / E][(q % E) * 2 + 1]);
-      else xq = v[q / E][q % E];
-      // Masked to the rows below q: an infinite x_q must not reach the
-      // rows already final through a zero of L.
-      for (int w = q / E; w < W; ++w) v[w] = minus_product_below<T>(v[w], lc[q][w], xq, q - w * E);
-    }
-    for (int w = 0; w < W; ++w) {
-      const int lo = 1 - w * E, hi = JB - w * E;
-      if (hi > 0) put(x, w * E, w * E + (lo > 0 ? lo : 0), w * E + (hi < E ? hi : E), v[w], keep[w]);
-    }
-  }
+  auto solve = [&]<int G>(idx col) __attribute__((always_inline)) {
+    V v[G][W], keep[G][W];
+    for (int g = 0; g < G; ++g)
+      for (int w = 0; w < W; ++w) v[g][w] = keep[g][w] = S::load(u + (col + g) * ld + w * E);
+    for (int q = 0; q + 1 < JB; ++q)
+      for (int g = 0; g < G; ++g) {
+        T xq;
+        if constexpr (S::cplx) xq = T(v[g][q / E][(q % E) * 2], v[g][q / E][(q % E) * 2 + 1]);
+        else xq = v[g][q / E][q % E];
+        // Masked to the rows below q: an infinite x_q must not reach the
+        // rows already final through a zero of L.
+        for (int w = q / E; w < W; ++w) v[g][w] = minus_product_below<T>(v[g][w], lc[q][w], lr[q][w], xq, q - w * E);
+      }
+    for (int g = 0; g < G; ++g)
+      for (int w = 0; w < W; ++w) {
+        const int lo = 1 - w * E, hi = JB - w * E;
+        if (hi > 0) put(u + (col + g) * ld, w * E, w * E + (lo > 0 ? lo : 0), w * E + (hi < E ? hi : E), v[g][w], keep[g][w]);
+      }
+  };
+  idx col = 0;
+  for (; col + 4 <= ncols; col += 4) solve.template operator()<4>(col);
+  for (; col < ncols; ++col) solve.template operator()<1>(col);
 }
 
 // Right-looking LU by panels of KB columns on vectors, for m >= n >= one
@@ -111,7 +118,10 @@ template <class T, int JB> void unit_lower_solve(const T *l, idx ld, T *u, idx n
 // registers while the trailing columns stream through once.
 template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   using R = real_t<T>;
-  constexpr idx KB = 8;
+  // Complex orders up to 16 take panels of four: the work inside a panel,
+  // a chain of dependent column steps, then outweighs the rank updates.
+  constexpr idx KMAX = 8;
+  const idx KB = simd<T>::cplx && m <= 16 ? 4 : KMAX;
   const R sfmin = safe_min<R>();
   *info = 0;
   for (idx j0 = 0; j0 < n; j0 += KB) {
@@ -131,7 +141,11 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
       } else if (*info == 0) {
         *info = j + 1;
       }
-      for (idx cc = c + 1; cc < jb; ++cc) column_axpy<T, false>(j + 1, m, blk + cc * lda, cj, blk[j + cc * lda]);
+      // The panel's later columns less the multipliers times their row j,
+      // in one sweep over the column's windows.
+      if (c + 1 < jb)
+        rank_update<T, 1>(j + 1, m, cj + lda, lda, jb - c - 1, cj, lda,
+                          [&](int, idx col) { return cj[j + (col + 1) * lda]; });
     }
     for (idx j = j0; j < j1; ++j)
       if (ipiv[j] - 1 != j) {
@@ -141,8 +155,8 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
     if (j1 >= n) break;
     // Rows j0..j1-1 of U right of the panel: unit lower triangular solve,
     // on vectors when whole windows from row j0 lie inside the columns.
-    constexpr idx W = (KB + simd<T>::E - 1) / simd<T>::E;
-    if (j0 + W * simd<T>::E <= m) {
+    constexpr idx E = simd<T>::E;
+    if (j0 + (jb + E - 1) / E * E <= m) {
       switch (jb) {
         case 8: unit_lower_solve<T, 8>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
         case 7: unit_lower_solve<T, 7>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
@@ -156,12 +170,12 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
       // The multipliers and each column's KB entries are held in locals, so
       // that the columns' short recurrences overlap instead of waiting on
       // stores to memory the compiler must assume they share.
-      T l[KB][KB] = {};
+      T l[KMAX][KMAX] = {};
       for (idx r = 1; r < jb; ++r)
         for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
       for (idx col = j1; col < n; ++col) {
         T *u = a + j0 + col * lda;
-        T x[KB];
+        T x[KMAX];
         for (idx r = 0; r < jb; ++r) x[r] = u[r];
         for (idx r = 1; r < jb; ++r)
           for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);

@@ -26,6 +26,7 @@ template <> struct vtypes<double> {
   static v swap(v x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6); }
   static m lane() { return m{0, 1, 2, 3, 4, 5, 6, 7}; }
   static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1}; }
+  static m re_sign() { return m{INT64_MIN, 0, INT64_MIN, 0, INT64_MIN, 0, INT64_MIN, 0}; }
 };
 template <> struct vtypes<float> {
   typedef float v __attribute__((vector_size(64)));
@@ -33,6 +34,10 @@ template <> struct vtypes<float> {
   static v swap(v x) { return __builtin_shufflevector(x, x, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14); }
   static m lane() { return m{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}; }
   static v sign() { return v{1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1, 1, -1}; }
+  static m re_sign() {
+    return m{INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0,
+             INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0, INT32_MIN, 0};
+  }
 };
 
 template <class R> constexpr R R_neg_one() { return R(-1); }
@@ -66,20 +71,36 @@ template <class T> struct simd {
   }
   static V blend(M m, V yes, V no) { return (V)(((M)yes & m) | ((M)no & ~m)); }
 
+  // i * x for every complex element of x (x itself for reals): the pair
+  // (re, im) becomes (-im, re), a lane swap and a sign flip, no arithmetic.
+  // A product x * f is then x * re(f) + rot(x) * im(f): two multiply-adds
+  // on whole vectors, and a rot(x) reused over many factors costs nothing.
+  static V rot(V x) {
+    if constexpr (cplx) return (V)((M)vtypes<R>::swap(x) ^ vtypes<R>::re_sign());
+    else return x;
+  }
+
   // x * f, or x * conj(f) when Conj, for every element of x.
   template <bool Conj> struct factor {
-    V r, i;  // f's real part on every lane; f's imaginary part with the sign pattern of the product
+    V r, i;  // f's real part and (conjugated) imaginary part on every lane
     explicit factor(T f) {
       if constexpr (cplx) {
         r = splat(f.real());
-        i = splat(Conj ? f.imag() : -f.imag()) * vtypes<R>::sign();
+        i = splat(Conj ? -f.imag() : f.imag());
       } else {
         r = splat(f);
       }
     }
     V times(V x) const {
-      if constexpr (cplx) return x * r + vtypes<R>::swap(x) * i;
+      if constexpr (cplx) return x * r + rot(x) * i;
       else return x * r;
+    }
+    // acc - x * f with xr = rot(x): one multiply-add per real product.
+    V minus(V acc, V x, V xr) const {
+      acc -= x * r;
+      if constexpr (cplx) acc -= xr * i;
+      (void)xr;
+      return acc;
     }
   };
 };
@@ -110,7 +131,8 @@ template <class T, bool Conj> void column_axpy(idx lo, idx hi, T *dst, const T *
   const typename S::template factor<Conj> ff(f);
   windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
     auto v = S::load(dst + ws);
-    put(dst, ws, l, top, v - ff.times(S::load(src + ws)), v);
+    const auto x = S::load(src + ws);
+    put(dst, ws, l, top, ff.minus(v, x, S::rot(x)), v);
   });
 }
 
@@ -126,24 +148,48 @@ template <class T> void column_scale(idx lo, idx hi, T *dst, T s) {
 
 // The columns c < JB of dst (rows [lo, hi)) less a rank-K product:
 // dst_c -= sum_k src_k * coef(k, c) (conjugated coefficients when Conj),
-// held in JB vector accumulators per window. With Diag, column c changes
-// only from row lo + c down (a triangle's columns).
+// held in JB vector accumulators per window, two whole windows side by side
+// where they fit (each coefficient then serves both). With Diag, column c
+// changes only from row lo + c down (a triangle's columns).
 template <class T, int JB, bool Conj, bool Diag, class Coef>
 void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K, Coef coef) {
   using S = simd<T>;
   using V = typename S::V;
-  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
-    V acc[JB], keep[JB];
-    for (int c = 0; c < JB; ++c) acc[c] = keep[c] = S::load(dst + ws + c * ldd);
+  constexpr idx E = S::E;
+  // NW windows starting at ws (each E rows), changing the rows [l, top).
+  auto run = [&]<int NW>(idx ws, idx l, idx top) __attribute__((always_inline)) {
+    V acc[NW][JB], keep[NW][JB];
+    for (int w = 0; w < NW; ++w)
+      for (int c = 0; c < JB; ++c) acc[w][c] = keep[w][c] = S::load(dst + ws + w * E + c * ldd);
     for (idx k = 0; k < K; ++k) {
-      const V x = S::load(src + ws + k * lds);
-      for (int c = 0; c < JB; ++c) acc[c] -= typename S::template factor<Conj>(coef(k, c)).times(x);
+      V x[NW], xr[NW];
+      for (int w = 0; w < NW; ++w) {
+        x[w] = S::load(src + ws + w * E + k * lds);
+        xr[w] = S::rot(x[w]);
+      }
+      for (int c = 0; c < JB; ++c) {
+        const typename S::template factor<Conj> f(coef(k, c));
+        for (int w = 0; w < NW; ++w) acc[w][c] = f.minus(acc[w][c], x[w], xr[w]);
+      }
     }
-    for (int c = 0; c < JB; ++c) {
-      const idx from = Diag && l < lo + c ? lo + c : l;
-      put(dst + c * ldd, ws, from, top > from ? top : from, acc[c], keep[c]);
+    for (int w = 0; w < NW; ++w) {
+      const idx wl = ws + w * E > l ? ws + w * E : l, wt = ws + (w + 1) * E < top ? ws + (w + 1) * E : top;
+      for (int c = 0; c < JB; ++c) {
+        const idx from = Diag && wl < lo + c ? lo + c : wl;
+        put(dst + c * ldd, ws + w * E, from, wt > from ? wt : from, acc[w][c], keep[w][c]);
+      }
     }
-  });
+  };
+  for (idx top = hi; top > lo;) {
+    if (top - 2 * E >= lo) {
+      run.template operator()<2>(top - 2 * E, top - 2 * E, top);
+      top -= 2 * E;
+    } else {
+      const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
+      run.template operator()<1>(ws, l, top);
+      top = l;
+    }
+  }
 }
 
 // Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
@@ -191,13 +237,16 @@ void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx l
   using S = simd<T>;
   using V = typename S::V;
   windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
-    V x[K];
-    for (int q = 0; q < K; ++q) x[q] = S::load(src + ws + q * lds);
+    V x[K], xr[K];
+    for (int q = 0; q < K; ++q) {
+      x[q] = S::load(src + ws + q * lds);
+      xr[q] = S::rot(x[q]);
+    }
     for (idx j = 0; j < ncols; ++j) {
       T *d = dst + j * ldd;
       const V v = S::load(d + ws);
       V r = v;
-      for (int q = 0; q < K; ++q) r -= typename S::template factor<false>(coef(q, j)).times(x[q]);
+      for (int q = 0; q < K; ++q) r = typename S::template factor<false>(coef(q, j)).minus(r, x[q], xr[q]);
       put(d, ws, l, top, r, v);
     }
   });

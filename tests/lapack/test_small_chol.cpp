@@ -18,6 +18,18 @@ TYPED_TEST_SUITE(SmallChol, Types);
 std::complex<double> cd(double x) { return x; }
 template <class R> std::complex<double> cd(std::complex<R> x) { return {x.real(), x.imag()}; }
 
+// One-norm of the leading k x k block of the Hermitian matrix stored in
+// one triangle (the other one and the padding may hold anything).
+template <class T> double herm_norm1(bool up, idx k, const T *a, idx lda) {
+  double worst = 0;
+  for (idx j = 0; j < k; ++j) {
+    double s = 0;
+    for (idx i = 0; i < k; ++i) s += std::abs(cd((up ? i <= j : i >= j) ? a[i + j * lda] : a[j + i * lda]));
+    worst = std::max(worst, s);
+  }
+  return worst;
+}
+
 // |A - U^H U| (or L L^H) over the leading k x k block, / (k |A| eps).
 template <class T> double residual(bool up, idx k, const T *a0, const T *f, idx lda) {
   double worst = 0;
@@ -32,7 +44,7 @@ template <class T> double residual(bool up, idx k, const T *a0, const T *f, idx 
     }
     worst = std::max(worst, s);
   }
-  return worst / (std::max<idx>(k, 1) * lt::norm1(k, k, a0, lda) * lt::eps<T>());
+  return worst / (std::max<idx>(k, 1) * herm_norm1(up, k, a0, lda) * lt::eps<T>());
 }
 
 // Hermitian positive definite with the unreferenced triangle and the
@@ -115,4 +127,38 @@ TYPED_TEST(SmallChol, SolveWithFactor) {
         EXPECT_LT(lt::solve_residual('N', n, nrhs, full.data(), n, x.data(), ldb, b.data(), ldb), 50.0)
             << n << " " << nrhs << up;
       }
+}
+
+// A failure at column k (also inside an eight-column block, and with the
+// order past the register kernel) leaves the columns before it complete
+// down to the last row (rows of U across to the last column): the panel
+// below a block is solved for the columns done before its failing pivot.
+TYPED_TEST(SmallChol, FailureKeepsEarlierColumnsWholeBelowTheBlock) {
+  using T = TypeParam;
+  using R = lt::real_t<T>;
+  for (idx n : {6, 20, 40, 70})
+    for (idx k : {idx(2), idx(5), idx(11), idx(18), idx(35)}) {
+      if (k > n) continue;
+      for (bool up : {true, false}) {
+        const idx lda = n + 3;
+        auto a0 = poisoned<T>(up, n, lda, static_cast<unsigned>(7 * n + k));
+        a0[(k - 1) * (lda + 1)] = T(R(-4));
+        auto a = a0;
+        idx info = 0;
+        lp::potrf<T>(up ? "U" : "L", &n, a.data(), &lda, &info);
+        ASSERT_EQ(info, k) << n << " " << k << up;
+        // Entry (i, j) of A, i >= j, from the stored triangle and from the
+        // factor's columns (rows) 0..j, for the columns j < k - 1.
+        auto f = [&](idx i, idx q) { return up ? lt::cj(a[q + i * lda]) : a[i + q * lda]; };
+        double worst = 0;
+        for (idx j = 0; j + 1 < k; ++j)
+          for (idx i = j; i < n; ++i) {
+            std::complex<double> v = 0;
+            for (idx q = 0; q <= j; ++q) v += cd(f(i, q)) * std::conj(cd(f(j, q)));
+            const std::complex<double> aij = up ? std::conj(cd(a0[j + i * lda])) : cd(a0[i + j * lda]);
+            worst = std::max(worst, std::abs(aij - v));
+          }
+        EXPECT_LT(worst / (n * herm_norm1(up, n, a0.data(), lda) * lt::eps<T>()), 30.0) << n << " " << k << up;
+      }
+    }
 }
