@@ -218,6 +218,9 @@ bool sym_parts(l2idx nn, double work, const T *beta, T *y, l2idx iy, Bounds boun
   return true;
 }
 
+// Band width below which sbmv/hbmv runs on one thread.
+constexpr l2idx kSbmvMinBand = 64;
+
 // Whether a symmetric product of `work` stored elements runs in parts.
 template <class T>
 bool sym_threaded(const T *alpha, double work) {
@@ -246,8 +249,11 @@ void sbmv_d NXL_L2_SBMV_P(T) {
   const l2idx nn = *n;
   if (nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
   const l2idx kb = *kband < nn ? *kband : nn;
+  // Narrow bands: the parts' own vectors (zeroed, then summed) cost too much
+  // next to the band itself, so parts start at wider bands than the
+  // stored-area threshold alone gives.
   const double work = double(nn) * double(kb + 1);
-  if (sym_threaded(alpha, work) &&
+  if (kb >= kSbmvMinBand && sym_threaded(alpha, work) &&
       sym_parts(
           nn, work, beta, y, *incy,
           [&](int p) {

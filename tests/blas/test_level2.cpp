@@ -334,7 +334,8 @@ template <class T> void check_symmetric(const Fns<T> &f, Rng &r, int trials,
 // Triangular products and solves in the three storages.
 template <class T> void check_triangular(const Fns<T> &f, Rng &r, int trials, bool solve,
                                          const Shape *fx = nullptr) {
-  const bool dispatch = f.layer == "dispatch";
+  // Solves run on one thread: only the products are repeated per team size.
+  const bool dispatch = f.layer == "dispatch" && !solve;
   for (int t = 0; t < trials; ++t) {
     const Kind kind = fx ? fx->kind : pick_kind<T>(r);
     const bool upper = fx ? fx->upper : r.i(0, 1) == 0, unit = fx ? fx->unit : r.i(0, 1) == 0;
@@ -639,8 +640,8 @@ TYPED_TEST(Level2, SweepFullAndPacked) {
 }
 
 // Orders large enough for the dispatch layer to split the work among
-// threads (and to run the products in parts on one thread): every flag of
-// the triangular products, the symmetric products and the packed rank
+// threads (and to run the products in parts on one thread): plain and
+// transposed triangular products, the symmetric products and the packed rank
 // updates in the three storages, unit and non-unit increments, band widths
 // narrow and wide; results compared with the oracle and bit for bit across
 // 1 to 4 threads.
@@ -653,14 +654,16 @@ TYPED_TEST(Level2, ThreadedOrders) {
     for (int up = 0; up < 2; ++up)
       for (int v = 0; v < 2; ++v) {
         const idx *inc = incs[(up + v) % 2];
-        const idx n = kind == Kind::band ? (v ? 520 : 600) : 389 + 130 * v;
-        const idx k = kind == Kind::band ? (v ? 520 : 120) : 0;
-        for (char tr : {'N', 'T', 'C'})
-          for (int unit = 0; unit < 2; ++unit) {
-            const Shape s{kind, up == 1, unit == 1, false, tr, n, n, 0, k, inc[0], inc[1]};
-            check_triangular(f, r, 1, false, &s);
-            if (::testing::Test::HasFatalFailure()) return;
-          }
+        const idx n = kind == Kind::band ? (v ? 330 : 560) : (v ? 460 : 380);
+        const idx k = kind == Kind::band ? (v ? 330 : 120) : 0;
+        // A x and a transposed product (T and C in turn), unit and
+        // non-unit diagonals in turn.
+        for (char tr : {'N', v ? 'C' : 'T'}) {
+          const bool unit = (up + v + (tr == 'N')) % 2 == 1;
+          const Shape s{kind, up == 1, unit, false, tr, n, n, 0, k, inc[0], inc[1]};
+          check_triangular(f, r, 1, false, &s);
+          if (::testing::Test::HasFatalFailure()) return;
+        }
         const Shape s{kind, up == 1, false, false, 'N', n, n, 0, k, inc[0], inc[1]};
         check_symmetric(f, r, 1, &s);
         if (kind == Kind::packed)
