@@ -92,15 +92,38 @@
    const T *x, const nxl_int *incx, const T *y, const nxl_int *incy, T *a, const nxl_int *lda)
 #define NXL_L2_SYR2_PART_A (uplo, n, c0, c1, alpha, x, incx, y, incy, a, lda)
 
-#define NXL_L2_PARTS(X, p, T, R, sy, syr, syr2)                                        \
+// Band symmetric/Hermitian products: the same with the band width.
+#define NXL_L2_SBMV_PART_P(T)                                                              \
+  (const char *uplo, const nxl_int *n, const nxl_int *kband, const nxl_int *c0,             \
+   const nxl_int *c1, const T *alpha, const T *a, const nxl_int *lda, const T *x,           \
+   const nxl_int *incx, T *yp)
+#define NXL_L2_SBMV_PART_A (uplo, n, kband, c0, c1, alpha, a, lda, x, incx, yp)
+// Triangular products x := op(A) x for the threaded dispatch, one signature
+// for the three storages (kband and lda unused where the storage has none):
+// elements [p0, p1) of the result written to x (unit stride), every other
+// element of the original x read from its copy xc (unit stride).
+#define NXL_L2_TRMV_PART_P(T)                                                              \
+  (const char *uplo, const char *trans, const char *diag, const nxl_int *n,                \
+   const nxl_int *kband, const T *a, const nxl_int *lda, T *x, const T *xc,                \
+   const nxl_int *p0, const nxl_int *p1)
+#define NXL_L2_TRMV_PART_A (uplo, trans, diag, n, kband, a, lda, x, xc, p0, p1)
+
+#define NXL_L2_PARTS(X, p, T, R, sy, sb, sp, syr, syr2, spr, spr2)                     \
   X(p##sy##_part, , T, R, NXL_L2_SYMV_PART_P(T), NXL_L2_SYMV_PART_A)                   \
+  X(p##sb##_part, , T, R, NXL_L2_SBMV_PART_P(T), NXL_L2_SBMV_PART_A)                   \
+  X(p##sp##_part, , T, R, NXL_L2_SYMV_PART_P(T), NXL_L2_SYMV_PART_A)                   \
   X(p##syr##_part, , T, R, NXL_L2_SYR_PART_P(T, R), NXL_L2_SYR_PART_A)                 \
-  X(p##syr2##_part, , T, R, NXL_L2_SYR2_PART_P(T), NXL_L2_SYR2_PART_A)
-#define NXL_L2_ALL_PARTS(X)                                          \
-  NXL_L2_PARTS(X, s, float, float, symv, syr, syr2)                  \
-  NXL_L2_PARTS(X, d, double, double, symv, syr, syr2)                \
-  NXL_L2_PARTS(X, c, std::complex<float>, float, hemv, her, her2)    \
-  NXL_L2_PARTS(X, z, std::complex<double>, double, hemv, her, her2)
+  X(p##syr2##_part, , T, R, NXL_L2_SYR2_PART_P(T), NXL_L2_SYR2_PART_A)                 \
+  X(p##spr##_part, , T, R, NXL_L2_SYR_PART_P(T, R), NXL_L2_SYR_PART_A)                 \
+  X(p##spr2##_part, , T, R, NXL_L2_SYR2_PART_P(T), NXL_L2_SYR2_PART_A)                 \
+  X(p##trmv_part, , T, R, NXL_L2_TRMV_PART_P(T), NXL_L2_TRMV_PART_A)                   \
+  X(p##tbmv_part, , T, R, NXL_L2_TRMV_PART_P(T), NXL_L2_TRMV_PART_A)                   \
+  X(p##tpmv_part, , T, R, NXL_L2_TRMV_PART_P(T), NXL_L2_TRMV_PART_A)
+#define NXL_L2_ALL_PARTS(X)                                                                \
+  NXL_L2_PARTS(X, s, float, float, symv, sbmv, spmv, syr, syr2, spr, spr2)                 \
+  NXL_L2_PARTS(X, d, double, double, symv, sbmv, spmv, syr, syr2, spr, spr2)               \
+  NXL_L2_PARTS(X, c, std::complex<float>, float, hemv, hbmv, hpmv, her, her2, hpr, hpr2)   \
+  NXL_L2_PARTS(X, z, std::complex<double>, double, hemv, hbmv, hpmv, her, her2, hpr, hpr2)
 
 // X(routine, dispatch family, element type, real type, parameter list,
 // argument list) for every level-2 routine of the four precisions. Real and
@@ -114,9 +137,9 @@
   X(p##trmv, trmv_d, T, R, NXL_L2_TRMV_P(T), NXL_L2_TRMV_A)               \
   X(p##tbmv, tbmv_d, T, R, NXL_L2_TBMV_P(T), NXL_L2_TBMV_A)               \
   X(p##tpmv, tpmv_d, T, R, NXL_L2_TPMV_P(T), NXL_L2_TPMV_A)               \
-  X(p##trsv, trmv_d, T, R, NXL_L2_TRMV_P(T), NXL_L2_TRMV_A)               \
-  X(p##tbsv, tbmv_d, T, R, NXL_L2_TBMV_P(T), NXL_L2_TBMV_A)               \
-  X(p##tpsv, tpmv_d, T, R, NXL_L2_TPMV_P(T), NXL_L2_TPMV_A)               \
+  X(p##trsv, trsv_d, T, R, NXL_L2_TRMV_P(T), NXL_L2_TRMV_A)               \
+  X(p##tbsv, tbsv_d, T, R, NXL_L2_TBMV_P(T), NXL_L2_TBMV_A)               \
+  X(p##tpsv, tpsv_d, T, R, NXL_L2_TPMV_P(T), NXL_L2_TPMV_A)               \
   X(p##gu, ger_d, T, R, NXL_L2_GER_P(T), NXL_L2_GER_A)                    \
   X(p##syr, syr_d, T, R, NXL_L2_SYR_P(T, R), NXL_L2_SYR_A)                \
   X(p##syr2, syr2_d, T, R, NXL_L2_SYR2_P(T), NXL_L2_SYR2_A)               \

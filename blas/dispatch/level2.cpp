@@ -6,7 +6,12 @@
 // one thread: gemv and gbmv split rows of y ("N") or columns ("T", "C"), ger,
 // syr/her and syr2/her2 split columns of A. symv/hemv splits the stored
 // columns; each thread sums its columns' contributions into a private vector
-// and the team adds those in thread order.
+// and the team adds those in thread order; sbmv/hbmv and spmv/hpmv do the
+// same. spr/hpr and spr2/hpr2 split the packed columns like syr and syr2.
+// The triangular products trmv, tbmv and tpmv split the elements of their
+// result (rows for A x, columns for the transposed products) and read the
+// original x from a copy; each element gets the operations of the product
+// on one thread, so the result does not depend on the team.
 #include <omp.h>
 
 #include <cmath>
@@ -27,16 +32,23 @@ using l2idx = nxl_int;
 
 // The column-range kernels of one precision.
 template <class T> struct Parts;
-#define NXL_L2_PARTS_OF(T, p, n1, n2, n3)                 \
+#define NXL_L2_PARTS_OF(T, p, n1, n2, n3, n4, n5, n6, n7)   \
   template <> struct Parts<T> {                           \
     static constexpr auto symv = nxl_blas_x##p##n1##_part; \
     static constexpr auto syr = nxl_blas_x##p##n2##_part;  \
     static constexpr auto syr2 = nxl_blas_x##p##n3##_part; \
+    static constexpr auto sbmv = nxl_blas_x##p##n4##_part; \
+    static constexpr auto spmv = nxl_blas_x##p##n5##_part; \
+    static constexpr auto spr = nxl_blas_x##p##n6##_part;  \
+    static constexpr auto spr2 = nxl_blas_x##p##n7##_part; \
+    static constexpr auto trmv = nxl_blas_x##p##trmv_part; \
+    static constexpr auto tbmv = nxl_blas_x##p##tbmv_part; \
+    static constexpr auto tpmv = nxl_blas_x##p##tpmv_part; \
   };
-NXL_L2_PARTS_OF(float, s, symv, syr, syr2)
-NXL_L2_PARTS_OF(double, d, symv, syr, syr2)
-NXL_L2_PARTS_OF(std::complex<float>, c, hemv, her, her2)
-NXL_L2_PARTS_OF(std::complex<double>, z, hemv, her, her2)
+NXL_L2_PARTS_OF(float, s, symv, syr, syr2, sbmv, spmv, spr, spr2)
+NXL_L2_PARTS_OF(double, d, symv, syr, syr2, sbmv, spmv, spr, spr2)
+NXL_L2_PARTS_OF(std::complex<float>, c, hemv, her, her2, hbmv, hpmv, hpr, hpr2)
+NXL_L2_PARTS_OF(std::complex<double>, z, hemv, her, her2, hbmv, hpmv, hpr, hpr2)
 
 // Matrix elements per thread below which another thread does not pay.
 constexpr double kMinWorkPerThread = 32768.0;
@@ -169,35 +181,28 @@ void gbmv_d NXL_L2_GBMV_P(T) {
   });
 }
 
-// symv/hemv above the threading threshold always runs as kSymvParts column
-// parts (by stored area) summed in part order, whatever the team size, so
-// that the result does not depend on the number of threads.
+// symv/hemv, sbmv/hbmv and spmv/hpmv above the threading threshold always
+// run as kSymvParts column parts summed in part order, whatever the team
+// size, so that the result does not depend on the number of threads.
 constexpr int kSymvParts = 4;
 
-template <class T, class R, void (*X) NXL_L2_SYMV_P(T)>
-void symv_d NXL_L2_SYMV_P(T) {
-  const l2idx nn = *n;
-  if (nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
-  const double work = 0.5 * double(nn) * double(nn);
-  T *buf = nullptr;
-  if (!is_zero(*alpha) && work >= 2 * kMinWorkPerThread)
-    buf = static_cast<T *>(nxl_serv_allocate(sizeof(T) * size_t(nn) * kSymvParts, 64));
-  if (!buf) {
-    X(uplo, n, alpha, a, lda, x, incx, beta, y, incy, 1);
-    return;
-  }
+// y := beta*y + the sum of the parts; part(yp, c0, c1) adds the contribution
+// of the stored columns [c0, c1) to the contiguous vector yp; bounds(p)
+// gives the first column of part p. false when the parts' buffer is not
+// to be had (the caller runs the plain kernel).
+template <class T, class Bounds, class Part>
+bool sym_parts(l2idx nn, double work, const T *beta, T *y, l2idx iy, Bounds bounds, Part part) {
+  T *buf = static_cast<T *>(nxl_serv_allocate(sizeof(T) * size_t(nn) * kSymvParts, 64));
+  if (!buf) return false;
   int nt = team_size(work);
   if (nt > kSymvParts) nt = kSymvParts;
-  const bool upper = nxl_serv_lsame(uplo, "U", 1, 1) != 0;
-  const l2idx iy = *incy;
   const T b = *beta;
   run_team(nt, [&](int t, int nth) {
-    for (int part = t; part < kSymvParts; part += nth) {
-      T *yp = buf + size_t(part) * size_t(nn);
+    for (int p = t; p < kSymvParts; p += nth) {
+      T *yp = buf + size_t(p) * size_t(nn);
       for (l2idx i = 0; i < nn; ++i) yp[i] = T(0);
-      const l2idx c0 = triangle_split(nn, part, kSymvParts, upper);
-      const l2idx c1 = triangle_split(nn, part + 1, kSymvParts, upper);
-      if (c1 > c0) Parts<T>::symv(uplo, n, &c0, &c1, alpha, a, lda, x, incx, yp);
+      const l2idx c0 = bounds(p), c1 = bounds(p + 1);
+      if (c1 > c0) part(yp, &c0, &c1);
     }
 #pragma omp barrier
     l2idx lo, hi;
@@ -210,34 +215,168 @@ void symv_d NXL_L2_SYMV_P(T) {
     }
   });
   nxl_serv_deallocate(buf);
+  return true;
+}
+
+// Band width below which sbmv/hbmv runs on one thread.
+constexpr l2idx kSbmvMinBand = 64;
+
+// Whether a symmetric product of `work` stored elements runs in parts.
+template <class T>
+bool sym_threaded(const T *alpha, double work) {
+  return !is_zero(*alpha) && work >= 2 * kMinWorkPerThread;
+}
+
+template <class T, class R, void (*X) NXL_L2_SYMV_P(T)>
+void symv_d NXL_L2_SYMV_P(T) {
+  const l2idx nn = *n;
+  if (nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const double work = 0.5 * double(nn) * double(nn);
+  const bool upper = nxl_serv_lsame(uplo, "U", 1, 1) != 0;
+  if (sym_threaded(alpha, work) &&
+      sym_parts(
+          nn, work, beta, y, *incy,
+          [&](int p) { return triangle_split(nn, p, kSymvParts, upper); },
+          [&](T *yp, const l2idx *c0, const l2idx *c1) {
+            Parts<T>::symv(uplo, n, c0, c1, alpha, a, lda, x, incx, yp);
+          }))
+    return;
+  X(uplo, n, alpha, a, lda, x, incx, beta, y, incy, 1);
 }
 
 template <class T, class R, void (*X) NXL_L2_SBMV_P(T)>
 void sbmv_d NXL_L2_SBMV_P(T) {
-  if (*n <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const l2idx nn = *n;
+  if (nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const l2idx kb = *kband < nn ? *kband : nn;
+  // Narrow bands: the parts' own vectors (zeroed, then summed) cost too much
+  // next to the band itself, so parts start at wider bands than the
+  // stored-area threshold alone gives.
+  const double work = double(nn) * double(kb + 1);
+  if (kb >= kSbmvMinBand && sym_threaded(alpha, work) &&
+      sym_parts(
+          nn, work, beta, y, *incy,
+          [&](int p) {
+            l2idx lo, hi;
+            split_range(nn, p, kSymvParts, 64, lo, hi);
+            return p < kSymvParts ? lo : nn;
+          },
+          [&](T *yp, const l2idx *c0, const l2idx *c1) {
+            Parts<T>::sbmv(uplo, n, kband, c0, c1, alpha, a, lda, x, incx, yp);
+          }))
+    return;
   X(uplo, n, kband, alpha, a, lda, x, incx, beta, y, incy, 1);
 }
 
 template <class T, class R, void (*X) NXL_L2_SPMV_P(T)>
 void spmv_d NXL_L2_SPMV_P(T) {
-  if (*n <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const l2idx nn = *n;
+  if (nn <= 0 || (is_zero(*alpha) && is_one(*beta))) return;
+  const double work = 0.5 * double(nn) * double(nn);
+  const bool upper = nxl_serv_lsame(uplo, "U", 1, 1) != 0;
+  const l2idx no_lda = 1;
+  if (sym_threaded(alpha, work) &&
+      sym_parts(
+          nn, work, beta, y, *incy,
+          [&](int p) { return triangle_split(nn, p, kSymvParts, upper); },
+          [&](T *yp, const l2idx *c0, const l2idx *c1) {
+            Parts<T>::spmv(uplo, n, c0, c1, alpha, ap, &no_lda, x, incx, yp);
+          }))
+    return;
   X(uplo, n, alpha, ap, x, incx, beta, y, incy, 1);
+}
+
+// Triangular products above the threading threshold: x (gathered into a
+// contiguous buffer when its increment is not 1) and a copy of it; the
+// elements of the result split among the team, rows of A x in parts of
+// equal stored area (band: equal counts), columns of the transposed
+// products likewise. The split follows the stored area, never the bits: an
+// element is computed the same way in any part.
+template <class T, class Part>
+bool tri_threaded(const char *uplo, const char *trans, l2idx nn, l2idx ix, T *x, double work,
+                  bool band, Part part) {
+  if (work < 2 * kMinWorkPerThread) return false;
+  const bool gather = ix != 1;
+  T *buf = static_cast<T *>(nxl_serv_allocate(sizeof(T) * size_t(nn) * (gather ? 2 : 1), 64));
+  if (!buf) return false;
+  T *xt = gather ? buf + nn : x;
+  auto at = [&](l2idx i) -> T & { return x[ix > 0 ? i * ix : (nn - 1 - i) * (-ix)]; };
+  if (gather)
+    for (l2idx i = 0; i < nn; ++i) xt[i] = at(i);
+  for (l2idx i = 0; i < nn; ++i) buf[i] = xt[i];
+  // Rows i of A x hold n - i stored elements for upper A (like the columns
+  // of a lower triangle), i + 1 for lower; columns of A^T x the reverse.
+  const bool upper = nxl_serv_lsame(uplo, "U", 1, 1) != 0;
+  const bool grows = upper == !is_notrans<T>(trans);
+  const int nt = team_size(work);
+  run_team(nt, [&](int t, int nth) {
+    l2idx p0, p1;
+    if (band) {
+      split_range(nn, t, nth, 64, p0, p1);
+    } else {
+      p0 = triangle_split(nn, t, nth, grows);
+      p1 = triangle_split(nn, t + 1, nth, grows);
+    }
+    if (p1 > p0) part(xt, buf, &p0, &p1);
+  });
+  if (gather)
+    for (l2idx i = 0; i < nn; ++i) at(i) = xt[i];
+  nxl_serv_deallocate(buf);
+  return true;
 }
 
 template <class T, class R, void (*X) NXL_L2_TRMV_P(T)>
 void trmv_d NXL_L2_TRMV_P(T) {
-  if (*n <= 0) return;
+  const l2idx nn = *n;
+  if (nn <= 0) return;
+  if (tri_threaded(uplo, trans, nn, *incx, x, 0.5 * double(nn) * double(nn), false,
+                   [&](T *xt, const T *xc, const l2idx *p0, const l2idx *p1) {
+                     Parts<T>::trmv(uplo, trans, diag, n, n, a, lda, xt, xc, p0, p1);
+                   }))
+    return;
   X(uplo, trans, diag, n, a, lda, x, incx, 1, 1, 1);
 }
 
 template <class T, class R, void (*X) NXL_L2_TBMV_P(T)>
 void tbmv_d NXL_L2_TBMV_P(T) {
-  if (*n <= 0) return;
+  const l2idx nn = *n;
+  if (nn <= 0) return;
+  const l2idx kb = *kband < nn ? *kband : nn;
+  if (tri_threaded(uplo, trans, nn, *incx, x, double(nn) * double(kb + 1), true,
+                   [&](T *xt, const T *xc, const l2idx *p0, const l2idx *p1) {
+                     Parts<T>::tbmv(uplo, trans, diag, n, kband, a, lda, xt, xc, p0, p1);
+                   }))
+    return;
   X(uplo, trans, diag, n, kband, a, lda, x, incx, 1, 1, 1);
 }
 
 template <class T, class R, void (*X) NXL_L2_TPMV_P(T)>
 void tpmv_d NXL_L2_TPMV_P(T) {
+  const l2idx nn = *n;
+  if (nn <= 0) return;
+  const l2idx no_lda = 1;
+  if (tri_threaded(uplo, trans, nn, *incx, x, 0.5 * double(nn) * double(nn), false,
+                   [&](T *xt, const T *xc, const l2idx *p0, const l2idx *p1) {
+                     Parts<T>::tpmv(uplo, trans, diag, n, n, ap, &no_lda, xt, xc, p0, p1);
+                   }))
+    return;
+  X(uplo, trans, diag, n, ap, x, incx, 1, 1, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_TRMV_P(T)>
+void trsv_d NXL_L2_TRMV_P(T) {
+  if (*n <= 0) return;
+  X(uplo, trans, diag, n, a, lda, x, incx, 1, 1, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_TBMV_P(T)>
+void tbsv_d NXL_L2_TBMV_P(T) {
+  if (*n <= 0) return;
+  X(uplo, trans, diag, n, kband, a, lda, x, incx, 1, 1, 1);
+}
+
+template <class T, class R, void (*X) NXL_L2_TPMV_P(T)>
+void tpsv_d NXL_L2_TPMV_P(T) {
   if (*n <= 0) return;
   X(uplo, trans, diag, n, ap, x, incx, 1, 1, 1);
 }
@@ -291,13 +430,19 @@ void syr2_d NXL_L2_SYR2_P(T) {
 template <class T, class R, void (*X) NXL_L2_SPR_P(T, R)>
 void spr_d NXL_L2_SPR_P(T, R) {
   if (*n <= 0 || *alpha == R(0)) return;
-  X(uplo, n, alpha, x, incx, ap, 1);
+  const l2idx no_lda = 1;
+  triangle_team(uplo, *n, [&](const l2idx *c0, const l2idx *c1) {
+    Parts<T>::spr(uplo, n, c0, c1, alpha, x, incx, ap, &no_lda);
+  });
 }
 
 template <class T, class R, void (*X) NXL_L2_SPR2_P(T)>
 void spr2_d NXL_L2_SPR2_P(T) {
   if (*n <= 0 || is_zero(*alpha)) return;
-  X(uplo, n, alpha, x, incx, y, incy, ap, 1);
+  const l2idx no_lda = 1;
+  triangle_team(uplo, *n, [&](const l2idx *c0, const l2idx *c1) {
+    Parts<T>::spr2(uplo, n, c0, c1, alpha, x, incx, y, incy, ap, &no_lda);
+  });
 }
 
 }  // namespace

@@ -233,12 +233,13 @@ inline T seg_dot(const G &gr, idx c, idx r0, idx r1, const T *x, idx incx) {
   return s;
 }
 
+// Columns [c0, c1) (c0 a multiple of the group) contribute to y.
 template <class T, bool Herm, class S>
-void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy) {
+void symv_cols(idx c0, idx c1, T alpha, const S &st, const T *x, idx incx, T *y, idx incy) {
   constexpr idx kG = S::group;
   T t[kG], out[kG];
-  for (idx j0 = 0; j0 < n; j0 += kG) {
-    const idx g = n - j0 < kG ? n - j0 : kG;
+  for (idx j0 = c0; j0 < c1; j0 += kG) {
+    const idx g = c1 - j0 < kG ? c1 - j0 : kG;
     Group<T, S> gr(st, j0, g);
     for (idx c = 0; c < g; ++c) t[c] = mul(alpha, x[(j0 + c) * incx]);
     fused_cols_p<T, Herm>(gr.hi - gr.lo, g, gr.rect, t, y + gr.lo * incy, incy, x + gr.lo * incx,
@@ -262,12 +263,12 @@ void symv_cols(idx n, T alpha, const S &st, const T *x, idx incx, T *y, idx incy
 // (contiguous on either side of the diagonal) as ragged columns, kBG at a
 // time, in one fused pass that updates y and forms the dot products.
 template <class T, bool Herm>
-void symv_band(idx n, T alpha, const BandSt<const T *> &st, const T *x, T *y) {
+void symv_band(idx c0, idx c1, T alpha, const BandSt<const T *> &st, const T *x, T *y) {
   T t[kBG], out[kBG];
   idx lo[kBG], hi[kBG];
   const T *p[kBG], *d[kBG];
-  for (idx j0 = 0; j0 < n; j0 += kBG) {
-    const idx g = n - j0 < kBG ? n - j0 : kBG;
+  for (idx j0 = c0; j0 < c1; j0 += kBG) {
+    const idx g = c1 - j0 < kBG ? c1 - j0 : kBG;
     for (idx c = 0; c < g; ++c) {
       const idx j = j0 + c;
       const Seg<const T *> s = st.col(j);
@@ -299,9 +300,9 @@ void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, 
     FullSt<const T *> blk{a + j0 + j0 * lda, lda, upper, nb};
     if (upper) {
       fused_cols<T, Herm>(j0, nb, a + j0 * lda, lda, t, y, incy, x, incx, out);
-      symv_cols<T, Herm>(nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
+      symv_cols<T, Herm>(0, nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
     } else {
-      symv_cols<T, Herm>(nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
+      symv_cols<T, Herm>(0, nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
       fused_cols<T, Herm>(n - j1, nb, a + j1 + j0 * lda, lda, t, y + j1 * incy, incy,
                           x + j1 * incx, incx, out);
     }
@@ -317,8 +318,16 @@ void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, 
 // the rectangle and the rows outside the group with the values of x[group]
 // they need (before a product changes them, after a solve has found them),
 // the group's own triangle column by column.
+//
+// A product may be restricted to the elements [p0, p1) of its result (p0
+// and p1 multiples of kG, or n): xc then holds the original x (same
+// increment), the values read outside the group come from it, and only
+// x[p0, p1) is written. Every element is computed by the same operations in
+// the same order as in the whole product (xc = x, p0 = 0, p1 = n), so a
+// product split among threads has the bits of the product on one thread.
 template <class T, bool Conj, bool Solve, class S>
-void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
+void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const T *xc, idx p0,
+               idx p1) {
   const bool upper = st.upper;
   const bool ascending = Solve ? (upper == trans) : (upper != trans);
   constexpr idx kG = S::group;
@@ -326,13 +335,19 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
   T t[kG], dot[kG];
   for (idx gi = 0; gi < ng; ++gi) {
     const idx j0 = (ascending ? gi : ng - 1 - gi) * kG, g = n - j0 < kG ? n - j0 : kG;
+    const bool own = j0 >= p0 && j0 < p1;
+    // A transposed product writes the group's own elements only; the
+    // rectangle of a product A x writes rows [p0, p1) only.
+    if (!own && (trans || Solve)) continue;
     Group<T, S> gr(st, j0, g);
-    T *xr = x + gr.lo * incx;
+    const idx rlo = gr.lo > p0 ? gr.lo : p0, rhi = gr.hi < p1 ? gr.hi : p1;
+    if (!own && rhi <= rlo && !is_band<S>::value) continue;
+    const T *xr = xc + gr.lo * incx;
     const idx rm = gr.hi - gr.lo;
     // Columns of the group's triangle in the order the column algorithm
     // takes them (forward when the group's own rows come first).
     const bool fwd = ascending;
-    auto own = [&](auto step) {
+    auto own_cols = [&](auto step) {
       for (idx s = 0; s < g; ++s) step(fwd ? s : g - 1 - s);
     };
     // Band storage, unit stride: the rows of each column outside the group
@@ -345,6 +360,12 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
         const Seg<const T *> &s = gr.seg[c];
         olo[c] = upper ? s.r0 : j0 + g;
         ohi[c] = upper ? (j0 > s.r0 ? j0 : s.r0) : (s.r1 > olo[c] ? s.r1 : olo[c]);
+        if (!trans) {
+          // Rows written by this part only.
+          olo[c] = olo[c] > p0 ? olo[c] : p0;
+          ohi[c] = ohi[c] < p1 ? ohi[c] : p1;
+          ohi[c] = ohi[c] > olo[c] ? ohi[c] : olo[c];
+        }
         op[c] = s.p + (olo[c] - s.r0);
       }
     auto outer_axpy = [&] {
@@ -352,21 +373,29 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
         ragged_cols<T, false, true, false>(g, olo, ohi, op, t, x, nullptr, nullptr);
         return;
       }
-      axpy_cols_p(rm, g, gr.rect, t, xr, incx);
-      for (idx c = 0; c < g; ++c) seg_axpy(gr, c, gr.out_lo(c), gr.out_hi(c), t[c], x, incx);
+      if (rhi > rlo) {
+        const T *rp[kG];
+        for (idx c = 0; c < g; ++c) rp[c] = gr.rect[c] + (rlo - gr.lo);
+        axpy_cols_p(rhi - rlo, g, rp, t, x + rlo * incx, incx);
+      }
+      for (idx c = 0; c < g; ++c) {
+        const idx lo = gr.out_lo(c) > p0 ? gr.out_lo(c) : p0;
+        const idx hi = gr.out_hi(c) < p1 ? gr.out_hi(c) : p1;
+        seg_axpy(gr, c, lo, hi, t[c], x, incx);
+      }
     };
     auto outer_dot = [&] {
       if (ragged) {
-        ragged_cols<T, Conj, false, true>(g, olo, ohi, op, nullptr, nullptr, x, dot);
+        ragged_cols<T, Conj, false, true>(g, olo, ohi, op, nullptr, nullptr, xc, dot);
         return;
       }
       dot_cols_p<T, Conj>(rm, g, gr.rect, xr, incx, dot);
       for (idx c = 0; c < g; ++c)
-        dot[c] = dot[c] + seg_dot<T, Conj>(gr, c, gr.out_lo(c), gr.out_hi(c), x, incx);
+        dot[c] = dot[c] + seg_dot<T, Conj>(gr, c, gr.out_lo(c), gr.out_hi(c), xc, incx);
     };
     if (!trans) {
       if constexpr (Solve) {
-        own([&](idx c) {
+        own_cols([&](idx c) {
           T &xj = x[(j0 + c) * incx];
           if (!unit) xj = div(xj, gr.diag(c));
           seg_axpy(gr, c, gr.in_lo(c), gr.in_hi(c), T(-xj), x, incx);
@@ -374,9 +403,9 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
         for (idx c = 0; c < g; ++c) t[c] = -x[(j0 + c) * incx];
         outer_axpy();
       } else {
-        for (idx c = 0; c < g; ++c) t[c] = x[(j0 + c) * incx];
+        for (idx c = 0; c < g; ++c) t[c] = xc[(j0 + c) * incx];
         outer_axpy();
-        own([&](idx c) {
+        if (own) own_cols([&](idx c) {
           T &xj = x[(j0 + c) * incx];
           seg_axpy(gr, c, gr.in_lo(c), gr.in_hi(c), xj, x, incx);
           if (!unit) xj = mul(gr.diag(c), xj);
@@ -384,7 +413,7 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
       }
     } else {
       outer_dot();
-      own([&](idx c) {
+      own_cols([&](idx c) {
         T &xj = x[(j0 + c) * incx];
         const T in = seg_dot<T, Conj>(gr, c, gr.in_lo(c), gr.in_hi(c), x, incx);
         if constexpr (Solve) {
@@ -401,18 +430,21 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
 
 // Band triangular product x := A x, unit stride: blocks of rows, each summed
 // in registers over its band columns from the values of x that no earlier
-// block has overwritten (upper: ascending blocks, lower: descending).
+// block has overwritten (upper: ascending blocks, lower: descending); xc
+// holds those values (xc = x, or a copy of the original x), and only rows
+// [p0, p1) (multiples of the block, or n) are computed.
 template <class T>
-void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
+void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, const T *xc,
+               idx p0, idx p1) {
   constexpr idx VB = block_rows<T>();
   const idx kl = upper ? (unit ? -1 : 0) : k, ku = upper ? k : (unit ? -1 : 0);
   const idx off = upper ? k : 0;
-  const idx nb = (n + VB - 1) / VB;
+  const idx b0 = p0 / VB, b1 = (p1 + VB - 1) / VB;
   T acc[VB];
-  for (idx bi = 0; bi < nb; ++bi) {
-    const idx b = (upper ? bi : nb - 1 - bi) * VB, e = b + VB < n ? b + VB : n;
-    band_block(b, e, n, kl, ku, a, lda, off, x, acc);
-    for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + x[r] : acc[r - b];
+  for (idx bi = b0; bi < b1; ++bi) {
+    const idx b = (upper ? bi : b1 - 1 - (bi - b0)) * VB, e = b + VB < n ? b + VB : n;
+    band_block(b, e, n, kl, ku, a, lda, off, xc, acc);
+    for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + xc[r] : acc[r - b];
   }
 }
 
@@ -421,15 +453,18 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
 // off-diagonal rows, taken in the order in which those rows of x hold what
 // the step needs (product: not yet overwritten; solve: already solved), so
 // no group bookkeeping is needed.
+// A product may be restricted to the columns [p0, p1), the other rows of x
+// read from the copy xc of the original.
 template <class T, bool Conj, bool Solve>
-void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T *x) {
+void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T *x, const T *xc,
+                   idx p0, idx p1) {
   // Product: upper columns descending, lower ascending; solve: the reverse.
   const bool ascending = Solve ? upper : !upper;
-  for (idx s = 0; s < n; ++s) {
-    const idx j = ascending ? s : n - 1 - s;
+  for (idx s = p0; s < p1; ++s) {
+    const idx j = ascending ? s : p1 - 1 - (s - p0);
     const Seg<const T *> c = st.col(j);
     const idx lo = upper ? c.r0 : j + 1, hi = upper ? j : c.r1;
-    const T dot = ragged_col<T, Conj, false, true>(lo, hi, upper ? c.p : c.p + 1, T(0), nullptr, x);
+    const T dot = ragged_col<T, Conj, false, true>(lo, hi, upper ? c.p : c.p + 1, T(0), nullptr, xc);
     const T d = opc<Conj>(c.p[j - c.r0]);
     T &xj = x[j];
     if constexpr (Solve) {
@@ -443,20 +478,23 @@ void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T 
 
 template <class T, bool Conj, class S>
 void trmv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
-  tr_groups<T, Conj, false>(trans, unit, n, st, x, incx);
+  tr_groups<T, Conj, false>(trans, unit, n, st, x, incx, x, 0, n);
 }
 
 template <class T, bool Conj, class S>
 void trsv_cols(bool trans, bool unit, idx n, const S &st, T *x, idx incx) {
-  tr_groups<T, Conj, true>(trans, unit, n, st, x, incx);
+  tr_groups<T, Conj, true>(trans, unit, n, st, x, incx, x, 0, n);
 }
 
 // Blocked full-storage triangular product (Solve = false) or solve
 // (Solve = true): a triangle of kNB columns on the diagonal with the column
 // algorithm, the rectangle beside it with the column primitives, in the order
-// that leaves every element of x read before it is overwritten.
+// that leaves every element of x read before it is overwritten. A product
+// may be restricted to the elements [p0, p1) (multiples of kNB, or n), as
+// tr_groups: the values of x outside the diagonal block from xc.
 template <class T, bool Conj, bool Solve>
-void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x, idx incx) {
+void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x, idx incx,
+             const T *xc, idx p0, idx p1) {
   const idx nblk = (n + kNB - 1) / kNB;
   T buf[kNB];
   auto diag = [&](idx j0, idx nb) {
@@ -469,17 +507,26 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
   for (idx bi = 0; bi < nblk; ++bi) {
     const idx b = ascending ? bi : nblk - 1 - bi;
     const idx j0 = b * kNB, nb = n - j0 < kNB ? n - j0 : kNB, j1 = j0 + nb;
+    const bool own = j0 >= p0 && j0 < p1;
     // Rectangle: rows [0, j0) for upper, [j1, n) for lower.
-    const T *rect = upper ? a + j0 * lda : a + j1 + j0 * lda;
-    const idx rm = upper ? j0 : n - j1;
-    T *xr = upper ? x : x + j1 * incx;
+    idx r0 = upper ? 0 : j1, r1 = upper ? j0 : n;
+    if (!trans) {
+      // A product A x writes rows [p0, p1) only.
+      r0 = r0 > p0 ? r0 : p0;
+      r1 = r1 < p1 ? r1 : p1;
+      if (r1 < r0) r1 = r0;
+    } else if (!own) {
+      continue;
+    }
+    const T *rect = a + r0 + j0 * lda;
+    const idx rm = r1 - r0;
     if (!trans) {
       if constexpr (Solve) diag(j0, nb);
-      for (idx k = 0; k < nb; ++k) buf[k] = Solve ? -x[(j0 + k) * incx] : x[(j0 + k) * incx];
-      axpy_cols(rm, nb, rect, lda, buf, xr, incx);
-      if constexpr (!Solve) diag(j0, nb);
+      for (idx k = 0; k < nb; ++k) buf[k] = Solve ? -x[(j0 + k) * incx] : xc[(j0 + k) * incx];
+      axpy_cols(rm, nb, rect, lda, buf, x + r0 * incx, incx);
+      if constexpr (!Solve) if (own) diag(j0, nb);
     } else {
-      dot_cols<T, Conj>(rm, nb, rect, lda, xr, incx, buf);
+      dot_cols<T, Conj>(rm, nb, rect, lda, xc + r0 * incx, incx, buf);
       if constexpr (Solve) {
         for (idx k = 0; k < nb; ++k) x[(j0 + k) * incx] = x[(j0 + k) * incx] - buf[k];
         diag(j0, nb);

@@ -81,6 +81,12 @@ void syr2_k(const char *uplo, idx n, idx c0, idx c1, T alpha, const T *x, idx in
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##syr2##_part) NXL_L2_SYR2_PART_P(T) {        \
     nxl::l2::syr2_k<T, H, false>(uplo, *n, *c0, *c1, *alpha, x, *incx, y, *incy, a, *lda);  \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##spr##_part) NXL_L2_SYR_PART_P(T, R) {       \
+    nxl::l2::syr_k<T, H, true>(uplo, *n, *c0, *c1, *alpha, x, *incx, a, 0);                 \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##spr2##_part) NXL_L2_SYR2_PART_P(T) {        \
+    nxl::l2::syr2_k<T, H, true>(uplo, *n, *c0, *c1, *alpha, x, *incx, y, *incy, a, 0);      \
   }
 #define NXL_L2_K_GER(p, T, name, C)                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##name) NXL_L2_GER_P(T) {                     \

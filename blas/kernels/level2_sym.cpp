@@ -34,8 +34,8 @@ void sbmv_k NXL_L2_SBMV_P(T) {
   const T al = *alpha;
   sym_product<T>(uplo, nn, al, x, ix, *beta, y, iy, [&](bool upper, const T *xs, T *ys) {
     const BandSt<const T *> st{a, *lda, *kband, upper, nn};
-    if (ix == 1 && iy == 1) symv_band<T, Herm>(nn, al, st, xs, ys);
-    else symv_cols<T, Herm>(nn, al, st, xs, ix, ys, iy);
+    if (ix == 1 && iy == 1) symv_band<T, Herm>(0, nn, al, st, xs, ys);
+    else symv_cols<T, Herm>(0, nn, al, st, xs, ix, ys, iy);
   });
 }
 
@@ -44,7 +44,7 @@ void spmv_k NXL_L2_SPMV_P(T) {
   const idx nn = *n, ix = *incx, iy = *incy;
   const T al = *alpha;
   sym_product<T>(uplo, nn, al, x, ix, *beta, y, iy, [&](bool upper, const T *xs, T *ys) {
-    symv_cols<T, Herm>(nn, al, PackSt<const T *>{ap, upper, nn}, xs, ix, ys, iy);
+    symv_cols<T, Herm>(0, nn, al, PackSt<const T *>{ap, upper, nn}, xs, ix, ys, iy);
   });
 }
 
@@ -55,6 +55,24 @@ void symv_part_k NXL_L2_SYMV_PART_P(T) {
   const idx nn = *n, ix = *incx;
   symv_full<T, Herm>(upc(uplo) == 'U', nn, *c0, *c1, *alpha, a, *lda, x + vec_start(nn, ix), ix,
                      yp, 1);
+}
+
+// Threaded ?sbmv/?hbmv and ?spmv/?hpmv: the same for band and packed storage.
+template <class T, bool Herm>
+void sbmv_part_k NXL_L2_SBMV_PART_P(T) {
+  const idx nn = *n, ix = *incx;
+  const BandSt<const T *> st{a, *lda, *kband, upc(uplo) == 'U', nn};
+  const T *xs = x + vec_start(nn, ix);
+  if (ix == 1) symv_band<T, Herm>(*c0, *c1, *alpha, st, xs, yp);
+  else symv_cols<T, Herm>(*c0, *c1, *alpha, st, xs, ix, yp, 1);
+}
+
+template <class T, bool Herm>
+void spmv_part_k NXL_L2_SYMV_PART_P(T) {
+  const idx nn = *n, ix = *incx;
+  (void)lda;
+  symv_cols<T, Herm>(*c0, *c1, *alpha, PackSt<const T *>{a, upc(uplo) == 'U', nn},
+                     x + vec_start(nn, ix), ix, yp, 1);
 }
 
 }  // namespace l2
@@ -73,6 +91,12 @@ void symv_part_k NXL_L2_SYMV_PART_P(T) {
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##sy##_part) NXL_L2_SYMV_PART_P(T) {          \
     nxl::l2::symv_part_k<T, H> NXL_L2_SYMV_PART_A;                                         \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##sb##_part) NXL_L2_SBMV_PART_P(T) {          \
+    nxl::l2::sbmv_part_k<T, H> NXL_L2_SBMV_PART_A;                                         \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##sp##_part) NXL_L2_SYMV_PART_P(T) {          \
+    nxl::l2::spmv_part_k<T, H> NXL_L2_SYMV_PART_A;                                         \
   }
 NXL_L2_K(s, float, false, symv, sbmv, spmv)
 NXL_L2_K(d, double, false, symv, sbmv, spmv)

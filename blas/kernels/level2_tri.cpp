@@ -10,32 +10,47 @@ namespace l2 {
 
 enum class Store { full, band, packed };
 
+// x := op(A) x or op(A) x = b; a product may be restricted to the elements
+// [p0, p1) of its result with the original x in xc (see tr_groups).
 template <class T, bool Solve, Store St>
 void tri_k(const char *uplo, const char *trans, const char *diag, idx n, idx k, const T *a,
-           idx lda, T *x, idx incx) {
+           idx lda, T *x, idx incx, const T *xc, idx p0, idx p1) {
   const bool upper = upc(uplo) == 'U';
   const char t = upc(trans);
   const bool tr = t != 'N', cj = is_complex_v<T> && t == 'C';
   const bool unit = upc(diag) == 'U';
-  x += vec_start(n, incx);
   auto go = [&](auto conj_tag) {
     constexpr bool C = decltype(conj_tag)::value;
     if constexpr (St == Store::full) {
-      tr_full<T, C, Solve>(upper, tr, unit, n, a, lda, x, incx);
+      tr_full<T, C, Solve>(upper, tr, unit, n, a, lda, x, incx, xc, p0, p1);
     } else if constexpr (St == Store::band) {
       BandSt<const T *> s{a, lda, k, upper, n};
-      if (!Solve && !tr && incx == 1 && !is_complex_v<T>) tbmv_rows<T>(upper, unit, n, k, a, lda, x);
-      else if (tr && incx == 1) tb_trans_cols<T, C, Solve>(upper, unit, n, s, x);
-      else if constexpr (Solve) trsv_cols<T, C>(tr, unit, n, s, x, incx);
-      else trmv_cols<T, C>(tr, unit, n, s, x, incx);
+      if (!Solve && !tr && incx == 1 && !is_complex_v<T>)
+        tbmv_rows<T>(upper, unit, n, k, a, lda, x, xc, p0, p1);
+      else if (tr && incx == 1) tb_trans_cols<T, C, Solve>(upper, unit, n, s, x, xc, p0, p1);
+      else tr_groups<T, C, Solve>(tr, unit, n, s, x, incx, xc, p0, p1);
     } else {
       PackSt<const T *> s{a, upper, n};
-      if constexpr (Solve) trsv_cols<T, C>(tr, unit, n, s, x, incx);
-      else trmv_cols<T, C>(tr, unit, n, s, x, incx);
+      tr_groups<T, C, Solve>(tr, unit, n, s, x, incx, xc, p0, p1);
     }
   };
   if (cj) go(std::true_type{});
   else go(std::false_type{});
+}
+
+// The whole product or solve.
+template <class T, bool Solve, Store St>
+void tri_whole(const char *uplo, const char *trans, const char *diag, idx n, idx k, const T *a,
+               idx lda, T *x, idx incx) {
+  x += vec_start(n, incx);
+  tri_k<T, Solve, St>(uplo, trans, diag, n, k, a, lda, x, incx, x, 0, n);
+}
+
+// Elements [p0, p1) of a product, unit-stride x and its copy xc.
+template <class T, Store St>
+void tri_part(const char *uplo, const char *trans, const char *diag, idx n, idx k, const T *a,
+              idx lda, T *x, const T *xc, idx p0, idx p1) {
+  tri_k<T, false, St>(uplo, trans, diag, n, k, a, lda, x, 1, xc, p0, p1);
 }
 
 }  // namespace l2
@@ -44,13 +59,25 @@ void tri_k(const char *uplo, const char *trans, const char *diag, idx n, idx k, 
 
 #define NXL_L2_K(p, T, S, mv)                                                              \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##tr##mv) NXL_L2_TRMV_P(T) {                  \
-    nxl::l2::tri_k<T, S, nxl::l2::Store::full>(uplo, trans, diag, *n, 0, a, *lda, x, *incx); \
+    nxl::l2::tri_whole<T, S, nxl::l2::Store::full>(uplo, trans, diag, *n, 0, a, *lda, x, *incx); \
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##tb##mv) NXL_L2_TBMV_P(T) {                  \
-    nxl::l2::tri_k<T, S, nxl::l2::Store::band>(uplo, trans, diag, *n, *kband, a, *lda, x, *incx); \
+    nxl::l2::tri_whole<T, S, nxl::l2::Store::band>(uplo, trans, diag, *n, *kband, a, *lda, x, \
+                                                   *incx);                                 \
   }                                                                                        \
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##tp##mv) NXL_L2_TPMV_P(T) {                  \
-    nxl::l2::tri_k<T, S, nxl::l2::Store::packed>(uplo, trans, diag, *n, 0, ap, 0, x, *incx); \
+    nxl::l2::tri_whole<T, S, nxl::l2::Store::packed>(uplo, trans, diag, *n, 0, ap, 0, x, *incx); \
+  }
+#define NXL_L2_K_PART(p, T)                                                                \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##trmv_part) NXL_L2_TRMV_PART_P(T) {          \
+    nxl::l2::tri_part<T, nxl::l2::Store::full>(uplo, trans, diag, *n, 0, a, *lda, x, xc, *p0, *p1); \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##tbmv_part) NXL_L2_TRMV_PART_P(T) {          \
+    nxl::l2::tri_part<T, nxl::l2::Store::band>(uplo, trans, diag, *n, *kband, a, *lda, x, xc, \
+                                               *p0, *p1);                                  \
+  }                                                                                        \
+  extern "C" void NXL_KERNEL(nxl_blas_, _x##p##tpmv_part) NXL_L2_TRMV_PART_P(T) {          \
+    nxl::l2::tri_part<T, nxl::l2::Store::packed>(uplo, trans, diag, *n, 0, a, 0, x, xc, *p0, *p1); \
   }
 NXL_L2_K(s, float, false, mv)
 NXL_L2_K(d, double, false, mv)
@@ -60,3 +87,7 @@ NXL_L2_K(s, float, true, sv)
 NXL_L2_K(d, double, true, sv)
 NXL_L2_K(c, std::complex<float>, true, sv)
 NXL_L2_K(z, std::complex<double>, true, sv)
+NXL_L2_K_PART(s, float)
+NXL_L2_K_PART(d, double)
+NXL_L2_K_PART(c, std::complex<float>)
+NXL_L2_K_PART(z, std::complex<double>)

@@ -334,6 +334,8 @@ template <class T> void check_symmetric(const Fns<T> &f, Rng &r, int trials,
 // Triangular products and solves in the three storages.
 template <class T> void check_triangular(const Fns<T> &f, Rng &r, int trials, bool solve,
                                          const Shape *fx = nullptr) {
+  // Solves run on one thread: only the products are repeated per team size.
+  const bool dispatch = f.layer == "dispatch" && !solve;
   for (int t = 0; t < trials; ++t) {
     const Kind kind = fx ? fx->kind : pick_kind<T>(r);
     const bool upper = fx ? fx->upper : r.i(0, 1) == 0, unit = fx ? fx->unit : r.i(0, 1) == 0;
@@ -405,11 +407,13 @@ template <class T> void check_triangular(const Fns<T> &f, Rng &r, int trials, bo
       else if (kind == Kind::band) (solve ? f.tbsv : f.tbmv)(ul, trs, dg, &n, &k, a.data(), &lda, x.data(), &incx, 1, 1, 1);
       else (solve ? f.tpsv : f.tpmv)(ul, trs, dg, &n, a.data(), x.data(), &incx, 1, 1, 1);
     };
-    call();
-    EXPECT_TRUE(all_same_bits(a, a0)) << "A was written";
-    EXPECT_TRUE(x.gaps_untouched(x0)) << "x written between its elements";
-    for (idx i = 0; i < n; ++i)
-      ASSERT_TRUE(close_to(x[i], ref[size_t(i)], gauge[size_t(i)], n)) << "x[" << i << "]";
+    for_threads<T>(dispatch, x.buf, [&] { x = x0; }, call, [&] {
+      EXPECT_TRUE(all_same_bits(a, a0)) << "A was written";
+      EXPECT_TRUE(x.gaps_untouched(x0)) << "x written between its elements";
+      for (idx i = 0; i < n; ++i)
+        ASSERT_TRUE(close_to(x[i], ref[size_t(i)], gauge[size_t(i)], n)) << "x[" << i << "]";
+    });
+    if (::testing::Test::HasFatalFailure()) return;
   }
 }
 
@@ -457,6 +461,7 @@ template <class T> void check_rank_update(const Fns<T> &f, Rng &r, int trials,
                                           const Shape *fx = nullptr) {
   constexpr bool herm = Tr<T>::cx;
   using R = R_t<T>;
+  const bool dispatch = f.layer == "dispatch";
   for (int t = 0; t < trials; ++t) {
     const Kind kind = fx ? fx->kind : r.i(0, 1) ? Kind::full : Kind::packed;
     const bool upper = fx ? fx->upper : r.i(0, 1) == 0, two = fx ? fx->two : r.i(0, 1) == 1;
@@ -475,42 +480,47 @@ template <class T> void check_rank_update(const Fns<T> &f, Rng &r, int trials,
     y.randomize(r);
     const auto a0 = a;
     const char ul[2] = {upper ? 'u' : 'L', 0};
-    if (kind == Kind::full) {
-      if (two) f.syr2(ul, &n, &alpha2, x.data(), &incx, y.data(), &incy, a.data(), &lda, 1);
-      else f.syr(ul, &n, &alpha1, x.data(), &incx, a.data(), &lda, 1);
-    } else {
-      if (two) f.spr2(ul, &n, &alpha2, x.data(), &incx, y.data(), &incy, a.data(), 1);
-      else f.spr(ul, &n, &alpha1, x.data(), &incx, a.data(), 1);
-    }
-    const bool quick = two ? is_zero_scalar(alpha2) : alpha1 == R(0);
-    if (quick) {
-      EXPECT_TRUE(all_same_bits(a, a0)) << "alpha = 0 must leave A untouched";
-      continue;
-    }
-    std::vector<bool> stored(a.size(), false);
-    for_each_stored(kind, upper, n, 0, lda, [&](idx i, idx j, idx off) {
-      stored[size_t(off)] = true;
-      auto op = [&](W_t<T> v) { return herm ? cjw(v) : v; };
-      W_t<T> upd, al = two ? wid(alpha2) : W_t<T>(LD(alpha1));
-      LD g;
-      if (two) {
-        upd = al * wid(x[i]) * op(wid(y[j])) + op(al) * wid(y[i]) * op(wid(x[j]));
-        g = 2 * mag(al) * (mag(wid(x[i])) * mag(wid(y[j])) + mag(wid(y[i])) * mag(wid(x[j])));
+    auto call = [&] {
+      if (kind == Kind::full) {
+        if (two) f.syr2(ul, &n, &alpha2, x.data(), &incx, y.data(), &incy, a.data(), &lda, 1);
+        else f.syr(ul, &n, &alpha1, x.data(), &incx, a.data(), &lda, 1);
       } else {
-        upd = al * wid(x[i]) * op(wid(x[j]));
-        g = mag(al) * mag(wid(x[i])) * mag(wid(x[j]));
+        if (two) f.spr2(ul, &n, &alpha2, x.data(), &incx, y.data(), &incy, a.data(), 1);
+        else f.spr(ul, &n, &alpha1, x.data(), &incx, a.data(), 1);
       }
-      W_t<T> old = wid(a0[size_t(off)]);
-      if (herm && i == j) old = W_t<T>(rew(old));
-      W_t<T> ref = old + upd;
-      if (herm && i == j) {
-        ref = W_t<T>(rew(ref));
-        ASSERT_EQ(im_of(a[size_t(off)]), R(0)) << "Hermitian diagonal keeps an imaginary part";
+    };
+    const bool quick = two ? is_zero_scalar(alpha2) : alpha1 == R(0);
+    for_threads<T>(dispatch, a, [&] { a = a0; }, call, [&] {
+      if (quick) {
+        EXPECT_TRUE(all_same_bits(a, a0)) << "alpha = 0 must leave A untouched";
+        return;
       }
-      ASSERT_TRUE(close_to(a[size_t(off)], ref, g + mag(old), 4)) << "A(" << i << "," << j << ")";
+      std::vector<bool> stored(a.size(), false);
+      for_each_stored(kind, upper, n, 0, lda, [&](idx i, idx j, idx off) {
+        stored[size_t(off)] = true;
+        auto op = [&](W_t<T> v) { return herm ? cjw(v) : v; };
+        W_t<T> upd, al = two ? wid(alpha2) : W_t<T>(LD(alpha1));
+        LD g;
+        if (two) {
+          upd = al * wid(x[i]) * op(wid(y[j])) + op(al) * wid(y[i]) * op(wid(x[j]));
+          g = 2 * mag(al) * (mag(wid(x[i])) * mag(wid(y[j])) + mag(wid(y[i])) * mag(wid(x[j])));
+        } else {
+          upd = al * wid(x[i]) * op(wid(x[j]));
+          g = mag(al) * mag(wid(x[i])) * mag(wid(x[j]));
+        }
+        W_t<T> old = wid(a0[size_t(off)]);
+        if (herm && i == j) old = W_t<T>(rew(old));
+        W_t<T> ref = old + upd;
+        if (herm && i == j) {
+          ref = W_t<T>(rew(ref));
+          ASSERT_EQ(im_of(a[size_t(off)]), R(0)) << "Hermitian diagonal keeps an imaginary part";
+        }
+        ASSERT_TRUE(close_to(a[size_t(off)], ref, g + mag(old), 4)) << "A(" << i << "," << j << ")";
+      });
+      for (size_t p = 0; p < a.size(); ++p)
+        if (!stored[p]) ASSERT_TRUE(same_bits(a[p], a0[p])) << "unstored element " << p << " written";
     });
-    for (size_t p = 0; p < a.size(); ++p)
-      if (!stored[p]) ASSERT_TRUE(same_bits(a[p], a0[p])) << "unstored element " << p << " written";
+    if (::testing::Test::HasFatalFailure()) return;
   }
 }
 
@@ -627,6 +637,42 @@ TYPED_TEST(Level2, SweepFullAndPacked) {
         check_ger(f, r, 1, &g);
       }
   });
+}
+
+// Orders large enough for the dispatch layer to split the work among
+// threads (and to run the products in parts on one thread): plain and
+// transposed triangular products, the symmetric products and the packed rank
+// updates in the three storages, unit and non-unit increments, band widths
+// narrow and wide; results compared with the oracle and bit for bit across
+// 1 to 4 threads.
+TYPED_TEST(Level2, ThreadedOrders) {
+  nxl_serv_set_dynamic(0);
+  Rng r(4242);
+  const auto &f = layers<TypeParam>()[0];
+  const idx incs[][2] = {{1, 1}, {-2, 3}};
+  for (Kind kind : {Kind::full, Kind::packed, Kind::band})
+    for (int up = 0; up < 2; ++up)
+      for (int v = 0; v < 2; ++v) {
+        const idx *inc = incs[(up + v) % 2];
+        const idx n = kind == Kind::band ? (v ? 330 : 560) : (v ? 460 : 380);
+        const idx k = kind == Kind::band ? (v ? 330 : 120) : 0;
+        // A x and a transposed product (T and C in turn), unit and
+        // non-unit diagonals in turn.
+        for (char tr : {'N', v ? 'C' : 'T'}) {
+          const bool unit = (up + v + (tr == 'N')) % 2 == 1;
+          const Shape s{kind, up == 1, unit, false, tr, n, n, 0, k, inc[0], inc[1]};
+          check_triangular(f, r, 1, false, &s);
+          if (::testing::Test::HasFatalFailure()) return;
+        }
+        const Shape s{kind, up == 1, false, false, 'N', n, n, 0, k, inc[0], inc[1]};
+        check_symmetric(f, r, 1, &s);
+        if (kind == Kind::packed)
+          for (int two = 0; two < 2; ++two) {
+            const Shape u{kind, up == 1, false, two == 1, 'N', n, n, 0, 0, inc[0], inc[1]};
+            check_rank_update(f, r, 1, &u);
+          }
+        if (::testing::Test::HasFatalFailure()) return;
+      }
 }
 
 }  // namespace
