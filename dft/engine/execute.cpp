@@ -454,6 +454,25 @@ int c2c_execute(const C2CPlan<R> *pl, int sign, CView<const R> in, CView<R> out,
   return 0;
 }
 
+// Short real transforms one by one: body(f, t, zr, zi, tr, ti) runs
+// transform t with the in-register kernel f of the half-length transform, its
+// twiddles (tr, ti) and a stack buffer (zr, zi). False when the length has no
+// such kernel.
+template <class R, class F>
+bool short_real_batch(const R2CPlan<R> *pl, long hm, typename KernelTable<R>::Small f, F &&body) {
+  if (!f) return false;
+  const Node<R> *root = pl->root;
+  const long len = root->n;
+  const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
+  const int nt = hm * pl->n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
+  team(nt, hm, [&](int, long lo, long hi) {
+    alignas(64) R w[2 * pad16(kStackMax + 1)];
+    R *zr = w, *zi = w + pad16(len + 1);
+    for (long t = lo; t < hi; ++t) body(f, t, zr, zi, tr, ti);
+  });
+  return true;
+}
+
 template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CView<R> out, R scale, long howmany) {
   if (!pl) return 3;
   const long hm = howmany < 0 ? pl->howmany : howmany;
@@ -475,24 +494,15 @@ template <class R> int r2c_execute(const R2CPlan<R> *pl, RView<const R> in, CVie
   // Batches of short transforms of unit-stride real data: each through the
   // in-register kernel of its half-length transform into a stack buffer,
   // then the untangling step straight into the output.
-  if (hm > 1 && even && in.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
-    const typename KernelTable<R>::Small f = small_kernel<R>(root, k, 1, 0);
-    if (f) {
-      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
-      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
-      team(nt, hm, [&](int, long lo, long hi) {
-        alignas(64) R w[2 * pad16(kStackMax + 1)];
-        R *zr = w, *zi = w + pad16(len + 1);
-        for (long t = lo; t < hi; ++t) {
-          const R *xp = in.p + t * in.dist;
-          f(1, xp, xp + 1, 0, zr, zi, 0, tr, ti, R(1));
-          k->r2c_post(h, 1, zr, zi, pl->ur, pl->ui, out.re + t * out.dist, out.im + t * out.dist, out.stride, 0,
-                      scale);
-        }
-      });
-      return 0;
-    }
-  }
+  if (hm > 1 && even && in.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham &&
+      short_real_batch<R>(pl, hm, small_kernel<R>(root, k, 1, 0),
+                          [&](auto f, long t, R *zr, R *zi, const R *tr, const R *ti) {
+                            const R *xp = in.p + t * in.dist;
+                            f(1, xp, xp + 1, 0, zr, zi, 0, tr, ti, R(1));
+                            k->r2c_post(h, 1, zr, zi, pl->ur, pl->ui, out.re + t * out.dist,
+                                        out.im + t * out.dist, out.stride, 0, scale);
+                          }))
+    return 0;
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const bool inner = inner_parallel(pl, 1);
@@ -551,23 +561,15 @@ template <class R> int c2r_execute(const R2CPlan<R> *pl, CView<const R> in, RVie
   // Short transforms to unit-stride real data: the pre-pass of each into a
   // stack buffer, then the in-register kernel of the half-length transform
   // straight into the output, scale included.
-  if (even && out.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham) {
-    const typename KernelTable<R>::Small f = small_kernel<R>(root, k, 0, 2);
-    if (f) {
-      const R *tr = root->ar + root->small_tw, *ti = root->ai + root->small_tw;
-      const int nt = hm * n >= kStockhamThreadMin ? team_size(pl, hm) : 1;
-      team(nt, hm, [&](int, long lo, long hi) {
-        alignas(64) R w[2 * pad16(kStackMax + 1)];
-        R *zr = w, *zi = w + pad16(len + 1);
-        for (long t = lo; t < hi; ++t) {
-          R *yp = out.p + t * out.dist;
-          k->c2r_pre(h, 1, in.re + t * in.dist, in.im + t * in.dist, in.stride, 0, pl->ur, pl->ui, zr, zi);
-          f(1, zi, zr, 0, yp, yp, 0, tr, ti, scale);
-        }
-      });
-      return 0;
-    }
-  }
+  if (even && out.stride == 1 && len <= kStackMax && root->kind == Node<R>::kStockham &&
+      short_real_batch<R>(pl, hm, small_kernel<R>(root, k, 0, 2),
+                          [&](auto f, long t, R *zr, R *zi, const R *tr, const R *ti) {
+                            R *yp = out.p + t * out.dist;
+                            k->c2r_pre(h, 1, in.re + t * in.dist, in.im + t * in.dist, in.stride, 0,
+                                       pl->ur, pl->ui, zr, zi);
+                            f(1, zi, zr, 0, yp, yp, 0, tr, ti, scale);
+                          }))
+    return 0;
   const int slot = acquire(pl);
   R *base = pl->work + static_cast<long>(slot) * (pl->shared + pl->threads * pl->per_thread);
   const bool inner = inner_parallel(pl, 1);
