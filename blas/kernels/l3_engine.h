@@ -205,6 +205,9 @@ void pack_b_cols(G get, bool ktr, idx kc, idx nc, real_t<T> *dst) {
   }
 }
 
+// v, conjugated when cj (the fringe panels of the direct packing loops).
+template <class T> inline T maybe_conj(T v, bool cj) { return cj ? nxl::NXL_CP_NS::conj(v) : v; }
+
 // Untransposed A (columns contiguous): each k step of a micro-panel is MR
 // consecutive elements of one column; the columns a few steps ahead are
 // prefetched, since consecutive steps are a whole leading dimension apart.
@@ -217,6 +220,7 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
   constexpr int RMR = ukernel<R>::MR, MR = blk<T>::MR, cf = blk<T>::cf;
   constexpr idx ahead = 8;
   const bool a1 = alpha == T(1);
+  const R sg = cj ? R(-1) : R(1);  // sign of the imaginary parts
   idx ir = 0;
   // A complex row packs to two real rows of 2 kc steps.
   for (; ir + MR <= mc; ir += MR) {
@@ -237,7 +241,6 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
       } else {
         const R *c = reinterpret_cast<const R *>(col);
         R *c0 = d + 2 * p * RMR, *c1 = c0 + RMR;
-        const R sg = cj ? R(-1) : R(1);
         if (a1) {
           for (int i = 0; i < MR; ++i) {
             const R re = c[2 * i], im = sg * c[2 * i + 1];
@@ -261,12 +264,8 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
   }
   if (ir < mc) {
     const T *rest = s + ir;
-    if (cj)
-      pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(rest[i + p * ld]); }, false,
-                     mc - ir, kc, alpha, dst + ir * kc * cf * cf);
-    else
-      pack_a_rows<T>([=](idx i, idx p) { return rest[i + p * ld]; }, false, mc - ir, kc, alpha,
-                     dst + ir * kc * cf * cf);
+    pack_a_rows<T>([=](idx i, idx p) { return maybe_conj(rest[i + p * ld], cj); }, false, mc - ir,
+                   kc, alpha, dst + ir * kc * cf * cf);
   }
 }
 
@@ -314,12 +313,8 @@ void pack_b_cols_direct(const T *__restrict s, idx ld, idx kc, idx nc, bool cj,
   }
   if (jr < nc) {
     const T *rest = s + jr * ld;
-    if (cj)
-      pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(rest[p + j * ld]); }, true, kc,
-                     nc - jr, dst + jr * kc * cf);
-    else
-      pack_b_cols<T>([=](idx p, idx j) { return rest[p + j * ld]; }, true, kc, nc - jr,
-                     dst + jr * kc * cf);
+    pack_b_cols<T>([=](idx p, idx j) { return maybe_conj(rest[p + j * ld], cj); }, true, kc,
+                   nc - jr, dst + jr * kc * cf);
   }
 }
 
@@ -839,10 +834,8 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
             T *x = x0 + jj * ldb;
             const T xp = A.unit ? x[p] : div(x[p], dc[p]);
             x[p] = xp;
-            if (xp == T(0))
-              continue;
-            for (idx i = lo; i < hi; ++i)
-              x[i] -= mul(xp, dc[i]);
+            if (xp == T(0)) continue;
+            for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
           }
         }
       }
@@ -857,8 +850,7 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
         const idx g = std::min(G, other - j0);
         T *x0 = b + j0 * ldb;
         for (idx i = 0; i < nb; ++i)
-          for (idx jj = 0; jj < G; ++jj)
-            xt[i * G + jj] = jj < g ? x0[i + jj * ldb] : T(0);
+          for (idx jj = 0; jj < G; ++jj) xt[i * G + jj] = jj < g ? x0[i + jj * ldb] : T(0);
         for (idx s = 0; s < nb; ++s) {
           const idx p = up ? nb - 1 - s : s;
           const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
@@ -866,8 +858,7 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
           T *xp = xt + p * G;
           if (!A.unit) {
             const T dp = dc[p];
-            for (idx jj = 0; jj < G; ++jj)
-              xp[jj] = div(xp[jj], dp);
+            for (idx jj = 0; jj < G; ++jj) xp[jj] = div(xp[jj], dp);
           }
           for (idx i = lo; i < hi; ++i) {
             const T dip = dc[i];
@@ -879,8 +870,7 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
           }
         }
         for (idx jj = 0; jj < g; ++jj)
-          for (idx i = 0; i < nb; ++i)
-            x0[i + jj * ldb] = xt[i * G + jj];
+          for (idx i = 0; i < nb; ++i) x0[i + jj * ldb] = xt[i * G + jj];
       }
     }
   } else {
