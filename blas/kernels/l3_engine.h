@@ -796,6 +796,166 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
 // Order of the diagonal blocks the triangular solve ends on.
 template <class T> constexpr idx trsm_nb() { return is_complex_v<T> ? 32 : 64; }
 
+// Left-side solve of a real diagonal block, D X = B with D (nb x nb, lower or
+// upper) column-major: rows in tiles of RB (two vectors of the path), right-
+// hand sides in groups of CB. A tile first takes the updates of every row
+// solved before it (a register-blocked product: a vector of D's column times
+// a broadcast unknown, accumulators held across the whole depth), then is
+// solved in registers. Every element takes its updates one solved unknown
+// after the other, in the order of the solve, whatever tile or group it falls
+// in: the result does not depend on how the columns are split.
+//
+// Fast form: unknowns scaled by the reciprocal of the diagonal, every update
+// made. Careful form, when D holds a non-finite entry or a diagonal whose
+// reciprocal is not a normal number: divisions, and a zero unknown skips its
+// updates (so an infinity in D never meets it).
+template <class T, bool Careful, bool up, bool unit, idx CB>
+inline void trsm_left_real_tile(const T *d, idx ldd, const T *rdiag, idx nb, idx r0, idx rb, T *x,
+                                idx ldb) {
+  T acc[CB][blk<T>::MR];
+  for (idx j = 0; j < CB; ++j)
+    for (idx i = 0; i < rb; ++i) acc[j][i] = x[r0 + i + j * ldb];
+  // Rows solved before this tile: below it (upper) or above it (lower),
+  // taken in the order they were solved.
+  const idx np = up ? nb - r0 - rb : r0;
+  for (idx q = 0; q < np; ++q) {
+    const idx p = up ? nb - 1 - q : q;
+    const T *dc = d + r0 + p * ldd;
+    for (idx j = 0; j < CB; ++j) {
+      const T xp = x[p + j * ldb];
+      if (Careful && xp == T(0)) continue;
+      for (idx i = 0; i < rb; ++i) acc[j][i] -= dc[i] * xp;
+    }
+  }
+  for (idx s = 0; s < rb; ++s) {
+    const idx k = up ? rb - 1 - s : s;  // row of the tile solved now
+    const T *dc = d + r0 + (r0 + k) * ldd;
+    for (idx j = 0; j < CB; ++j) {
+      T xk = acc[j][k];
+      if constexpr (!unit) xk = Careful ? xk / dc[k] : xk * rdiag[r0 + k];
+      acc[j][k] = xk;
+      if (Careful && xk == T(0)) continue;
+      const idx lo = up ? 0 : k + 1, hi = up ? k : rb;
+      for (idx i = lo; i < hi; ++i) acc[j][i] -= dc[i] * xk;
+    }
+  }
+  for (idx j = 0; j < CB; ++j)
+    for (idx i = 0; i < rb; ++i) x[r0 + i + j * ldb] = acc[j][i];
+}
+
+// The whole tile (RB rows, CB columns) on the path's vectors, so that the
+// solve inside the tile works on register lanes. Same operations, in the same
+// order, as the general tile above.
+template <class T, bool Careful, bool up, bool unit, idx CB>
+inline void trsm_left_real_full(const T *d, idx ldd, const T *rdiag, idx nb, idx r0, T *x, idx ldb) {
+  constexpr int W = blk<T>::MR / 2;
+  typedef T V __attribute__((ext_vector_type(W)));
+  auto ld = [](const T *p) __attribute__((always_inline)) {
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+  };
+  V a[CB][2];
+#pragma clang loop unroll(full)
+  for (idx j = 0; j < CB; ++j) {
+    a[j][0] = ld(x + r0 + j * ldb);
+    a[j][1] = ld(x + r0 + W + j * ldb);
+  }
+  const idx np = up ? nb - r0 - 2 * W : r0;
+  for (idx q = 0; q < np; ++q) {
+    const idx p = up ? nb - 1 - q : q;
+    const V d0 = ld(d + r0 + p * ldd), d1 = ld(d + r0 + W + p * ldd);
+#pragma clang loop unroll(full)
+    for (idx j = 0; j < CB; ++j) {
+      const T xp = x[p + j * ldb];
+      if (Careful && xp == T(0)) continue;
+      a[j][0] -= d0 * xp;
+      a[j][1] -= d1 * xp;
+    }
+  }
+  // Row k of the tile is final once the rows solved before it have been
+  // applied: scale it, store it, and apply it to the rows after it (a blend
+  // keeps the lanes of rows already solved).
+  auto step = [&]<int k, int... L>(std::integer_sequence<int, L...>) __attribute__((always_inline)) {
+    constexpr auto after = [](int r) { return up ? r < k : r > k; };
+    const T *dc = d + r0 + (r0 + k) * ldd;
+    const V dk[2] = {ld(dc), ld(dc + W)};
+#pragma clang loop unroll(full)
+    for (idx j = 0; j < CB; ++j) {
+      T xk = a[j][k / W][k % W];
+      if constexpr (!unit) xk = Careful ? xk / dc[k] : xk * rdiag[r0 + k];
+      x[r0 + k + j * ldb] = xk;
+      if (Careful && xk == T(0)) continue;
+      if constexpr (after(0) || after(W - 1))
+        a[j][0] = __builtin_shufflevector(a[j][0] - dk[0] * xk, a[j][0], (after(L) ? L : W + L)...);
+      if constexpr (after(W) || after(2 * W - 1))
+        a[j][1] = __builtin_shufflevector(a[j][1] - dk[1] * xk, a[j][1], (after(W + L) ? L : W + L)...);
+    }
+  };
+  [&]<int... S>(std::integer_sequence<int, S...>) __attribute__((always_inline)) {
+    (step.template operator()<up ? 2 * W - 1 - S : S>(std::make_integer_sequence<int, W>()), ...);
+  }(std::make_integer_sequence<int, 2 * W>());
+}
+
+template <class T, bool Careful, bool up, bool unit>
+void trsm_left_real_form(const T *d, idx ldd, const T *rdiag, idx nb, idx other, T *b, idx ldb) {
+  constexpr idx RB = blk<T>::MR, CB = 4;
+  const idx ntile = (nb + RB - 1) / RB;
+  // A last group of fewer than CB columns runs zero-padded in a buffer, so
+  // that a column is solved by the same code whichever group it falls in.
+  alignas(64) T pad[trsm_nb<T>() * CB];
+  for (idx j0 = 0; j0 < other; j0 += CB) {
+    const idx cb = std::min(CB, other - j0);
+    T *x = b + j0 * ldb;
+    idx ldx = ldb;
+    if (cb < CB) {
+      for (idx j = 0; j < CB; ++j)
+        for (idx i = 0; i < nb; ++i) pad[i + j * nb] = j < cb ? x[i + j * ldb] : T(0);
+      x = pad;
+      ldx = nb;
+    }
+    for (idx t = 0; t < ntile; ++t) {
+      const idx r0 = up ? std::max<idx>(0, nb - (t + 1) * RB) : t * RB;
+      const idx rb = up ? nb - t * RB - r0 : std::min(RB, nb - r0);
+      if (rb == RB)
+        trsm_left_real_full<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, r0, x, ldx);
+      else
+        trsm_left_real_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, r0, rb, x, ldx);
+    }
+    if (cb < CB)
+      for (idx j = 0; j < cb; ++j)
+        for (idx i = 0; i < nb; ++i) b[i + (j0 + j) * ldb] = pad[i + j * nb];
+  }
+}
+
+template <class T>
+void trsm_left_real(bool up, bool unit, const T *d, idx ldd, idx nb, idx other, T *b, idx ldb) {
+  bool careful = false;
+  alignas(64) T rdiag[trsm_nb<T>()];
+  for (idx p = 0; p < nb && !careful; ++p) {
+    const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
+    for (idx i = lo; i < hi; ++i) careful |= !__builtin_isfinite(d[i + p * ldd]);
+    if (!unit) {
+      rdiag[p] = T(1) / d[p + p * ldd];
+      careful |= !__builtin_isnormal(rdiag[p]);
+    }
+  }
+  // Every variant a template of its own: no branch may separate a product
+  // from the difference it is fused into.
+  auto run = [&]<bool C, bool U, bool N>() { trsm_left_real_form<T, C, U, N>(d, ldd, rdiag, nb, other, b, ldb); };
+  const int v = (careful ? 4 : 0) + (up ? 2 : 0) + (unit ? 1 : 0);
+  switch (v) {
+    case 0: run.template operator()<false, false, false>(); break;
+    case 1: run.template operator()<false, false, true>(); break;
+    case 2: run.template operator()<false, true, false>(); break;
+    case 3: run.template operator()<false, true, true>(); break;
+    case 4: run.template operator()<true, false, false>(); break;
+    case 5: run.template operator()<true, false, true>(); break;
+    case 6: run.template operator()<true, true, false>(); break;
+    default: run.template operator()<true, true, true>(); break;
+  }
+}
+
 // Triangular solve of a small diagonal block: op(D) X = B (left) or
 // X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer.
 // Each unknown is divided by its diagonal entry (not multiplied by a
@@ -840,38 +1000,7 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
         }
       }
     } else {
-      // G right-hand sides at a time, transposed into a row-major buffer so
-      // that every update is a whole-vector operation across the group; a
-      // column's zero unknown leaves the others untouched (as a skipped
-      // update would), so infinities in D do not reach it.
-      constexpr idx G = 128 / idx(sizeof(T));
-      alignas(64) T xt[trsm_nb<T>() * G];
-      for (idx j0 = 0; j0 < other; j0 += G) {
-        const idx g = std::min(G, other - j0);
-        T *x0 = b + j0 * ldb;
-        for (idx i = 0; i < nb; ++i)
-          for (idx jj = 0; jj < G; ++jj) xt[i * G + jj] = jj < g ? x0[i + jj * ldb] : T(0);
-        for (idx s = 0; s < nb; ++s) {
-          const idx p = up ? nb - 1 - s : s;
-          const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
-          const T *dc = d + p * ldd;
-          T *xp = xt + p * G;
-          if (!A.unit) {
-            const T dp = dc[p];
-            for (idx jj = 0; jj < G; ++jj) xp[jj] = div(xp[jj], dp);
-          }
-          for (idx i = lo; i < hi; ++i) {
-            const T dip = dc[i];
-            T *xi = xt + i * G;
-            for (idx jj = 0; jj < G; ++jj) {
-              const T v = xp[jj];
-              xi[jj] -= v == T(0) ? T(0) : mul(dip, v);
-            }
-          }
-        }
-        for (idx jj = 0; jj < g; ++jj)
-          for (idx i = 0; i < nb; ++i) x0[i + jj * ldb] = xt[i * G + jj];
-      }
+      trsm_left_real(up, A.unit, d, ldd, nb, other, b, ldb);
     }
   } else {
     // Column j of X from the columns already solved, in row chunks.

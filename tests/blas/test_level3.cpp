@@ -556,12 +556,16 @@ TYPED_TEST(Level3, ThreadedResultsAreBitIdentical) {
                         b2, D.p(), D.ldim);
         });
       }
+  // A well-conditioned triangle, so that solves stay finite over every flag.
   Mat<T> Tm(m, m, 0);
-  for (idx i = 0; i < m; ++i) Tm(i, i) = T(3);
+  for (idx j = 0; j < m; ++j)
+    for (idx i = 0; i < m; ++i) Tm(i, j) = i == j ? T(3) : Tm(i, j) * T(1.0 / double(m));
   for (bool solve : {false, true}) {
-    same_bits_for_threads<T>("trxm L", C, [&] {
-      api<T>::trxm(solve, "L", "L", "N", "N", m, n, al, Tm.p(), Tm.ldim, C.p(), C.ldim);
-    });
+    for (const char *f : {"LNN", "UTU", "UNN", "LCU"})
+      same_bits_for_threads<T>("trxm L", C, [&] {
+        const char u[2] = {f[0], 0}, t[2] = {f[1], 0}, dg[2] = {f[2], 0};
+        api<T>::trxm(solve, "L", u, t, dg, m, n, al, Tm.p(), Tm.ldim, C.p(), C.ldim);
+      });
     same_bits_for_threads<T>("trxm R", C, [&] {
       api<T>::trxm(solve, "R", "U", "T", "U", n, 240, al, Tm.p(), Tm.ldim, C.p(), C.ldim);
     });
