@@ -17,12 +17,9 @@
 #include "blas/kernels/l3_ukernel.h"
 #include "service/nxl_serv.h"
 
-// Column updates of the triangular solves run over operands that never
-// overlap (B against A, or two columns of B); the loop hints below say so, and
-// where a type cannot be vectorized the hint is dropped without a word.
+// The register tiles of the triangular solves ask for full unrolling; in
+// their variants with a run-time count the hint is dropped without a word.
 #pragma clang diagnostic ignored "-Wpass-failed"
-#define NXL_L3_DISJOINT_LOOP \
-  _Pragma("clang loop vectorize(assume_safety) interleave_count(1)")
 
 namespace nxl {
 inline namespace NXL_CP_NS {
@@ -796,6 +793,14 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
 // Order of the diagonal blocks the triangular solve ends on.
 template <class T> constexpr idx trsm_nb() { return is_complex_v<T> ? 32 : 64; }
 
+// dst (rows x cols, leading dimension ldd) = the r x c block of src, zero
+// outside it (for the padded edge tiles of the solves below).
+template <class T>
+void copy_padded(const T *src, idx lds, idx r, idx c, T *dst, idx ldd, idx rows, idx cols) {
+  for (idx j = 0; j < cols; ++j)
+    for (idx i = 0; i < rows; ++i) dst[i + j * ldd] = i < r && j < c ? src[i + j * lds] : T(0);
+}
+
 // Left-side solve of a real diagonal block, D X = B with D (nb x nb, lower or
 // upper) column-major: rows in tiles of RB (two vectors of the path), right-
 // hand sides in groups of CB. A tile first takes the updates of every row
@@ -909,8 +914,7 @@ void trsm_left_real_form(const T *d, idx ldd, const T *rdiag, idx nb, idx other,
     T *x = b + j0 * ldb;
     idx ldx = ldb;
     if (cb < CB) {
-      for (idx j = 0; j < CB; ++j)
-        for (idx i = 0; i < nb; ++i) pad[i + j * nb] = j < cb ? x[i + j * ldb] : T(0);
+      copy_padded(x, ldb, nb, cb, pad, nb, nb, CB);
       x = pad;
       ldx = nb;
     }
@@ -922,29 +926,123 @@ void trsm_left_real_form(const T *d, idx ldd, const T *rdiag, idx nb, idx other,
       else
         trsm_left_real_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, r0, rb, x, ldx);
     }
-    if (cb < CB)
-      for (idx j = 0; j < cb; ++j)
-        for (idx i = 0; i < nb; ++i) b[i + (j0 + j) * ldb] = pad[i + j * nb];
+    if (cb < CB) copy_padded(pad, nb, nb, cb, b + j0 * ldb, ldb, nb, cb);
   }
 }
 
+// Right-side solve of a real diagonal block, X D = B: rows of X are
+// independent, so a tile is RB rows (two vectors of the path) of CB columns
+// taken in the order of the solve. The columns solved before the tile come in
+// as a register-blocked product (a vector of X's column times a broadcast
+// element of D), then the tile's own columns are solved one after the other,
+// each a whole vector. Every element takes its updates in the order of the
+// solve whatever tile it falls in; a last tile of fewer than RB rows runs
+// zero-padded in a buffer, so that a row is solved by the same code however
+// the rows are split.
+//
+// Fast form: columns scaled by the reciprocal of the diagonal, every update
+// made. Careful form, when the triangle of D holds a zero (whose update is
+// skipped, so that an infinity in X does not become NaN) or a diagonal whose
+// reciprocal is not a normal number: those updates skipped, and divisions.
+template <class T, bool Careful, bool up, bool unit, idx CBn>
+inline void trsm_right_real_tile(const T *d, idx ldd, const T *rdiag, idx nb, idx c0, idx cbr, T *x,
+                                 idx ldx) {
+  constexpr int W = blk<T>::MR / 2;
+  constexpr idx CBM = 4;
+  typedef T V __attribute__((ext_vector_type(W)));
+  auto ld = [](const T *p) __attribute__((always_inline)) {
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+  };
+  const idx cb = CBn ? CBn : cbr;
+  V a[CBM][2];
+#pragma clang loop unroll(full)
+  for (idx c = 0; c < cb; ++c) {
+    a[c][0] = ld(x + (c0 + c) * ldx);
+    a[c][1] = ld(x + W + (c0 + c) * ldx);
+  }
+  // Columns solved before the tile: left of it (upper) or right of it
+  // (lower), in the order they were solved.
+  const idx np = up ? c0 : nb - c0 - cb;
+  for (idx q = 0; q < np; ++q) {
+    const idx p = up ? q : nb - 1 - q;
+    const V x0 = ld(x + p * ldx), x1 = ld(x + W + p * ldx);
+#pragma clang loop unroll(full)
+    for (idx c = 0; c < cb; ++c) {
+      const T dpc = d[p + (c0 + c) * ldd];
+      if (Careful && dpc == T(0)) continue;
+      a[c][0] -= x0 * dpc;
+      a[c][1] -= x1 * dpc;
+    }
+  }
+#pragma clang loop unroll(full)
+  for (idx s = 0; s < cb; ++s) {
+    const idx c = up ? s : cb - 1 - s;
+    if constexpr (!unit) {
+      const T dcc = d[c0 + c + (c0 + c) * ldd];
+      for (int h = 0; h < 2; ++h) a[c][h] = Careful ? a[c][h] / dcc : a[c][h] * rdiag[c0 + c];
+    }
+    __builtin_memcpy(x + (c0 + c) * ldx, &a[c][0], sizeof(V));
+    __builtin_memcpy(x + W + (c0 + c) * ldx, &a[c][1], sizeof(V));
+    const idx lo = up ? c + 1 : 0, hi = up ? cb : c;
+#pragma clang loop unroll(full)
+    for (idx e = lo; e < hi; ++e) {
+      const T dce = d[c0 + c + (c0 + e) * ldd];
+      if (Careful && dce == T(0)) continue;
+      a[e][0] -= a[c][0] * dce;
+      a[e][1] -= a[c][1] * dce;
+    }
+  }
+}
+
+template <class T, bool Careful, bool up, bool unit>
+void trsm_right_real_form(const T *d, idx ldd, const T *rdiag, idx nb, idx other, T *b, idx ldb) {
+  constexpr idx RB = blk<T>::MR, CB = 4;
+  const idx ntile = (nb + CB - 1) / CB;
+  alignas(64) T pad[RB * trsm_nb<T>()];
+  for (idx r0 = 0; r0 < other; r0 += RB) {
+    const idx rb = std::min(RB, other - r0);
+    T *x = b + r0;
+    idx ldx = ldb;
+    if (rb < RB) {
+      copy_padded(x, ldb, rb, nb, pad, RB, RB, nb);
+      x = pad;
+      ldx = RB;
+    }
+    for (idx t = 0; t < ntile; ++t) {
+      const idx c0 = up ? t * CB : std::max<idx>(0, nb - (t + 1) * CB);
+      const idx cb = up ? std::min(CB, nb - c0) : nb - t * CB - c0;
+      if (cb == CB)
+        trsm_right_real_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, c0, cb, x, ldx);
+      else
+        trsm_right_real_tile<T, Careful, up, unit, 0>(d, ldd, rdiag, nb, c0, cb, x, ldx);
+    }
+    if (rb < RB) copy_padded(pad, RB, rb, nb, b + r0, ldb, rb, nb);
+  }
+}
+
+// Solve with a real diagonal block on either side: decides the form (see
+// the two solves above) from the triangle alone, so every split of B's other
+// dimension takes the same one. Every variant is a template of its own: no
+// run-time branch may separate a product from the difference it is fused into.
 template <class T>
-void trsm_left_real(bool up, bool unit, const T *d, idx ldd, idx nb, idx other, T *b, idx ldb) {
+void trsm_real(bool left, bool up, bool unit, const T *d, idx ldd, idx nb, idx other, T *b, idx ldb) {
   bool careful = false;
   alignas(64) T rdiag[trsm_nb<T>()];
   for (idx p = 0; p < nb && !careful; ++p) {
     const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
-    for (idx i = lo; i < hi; ++i) careful |= !__builtin_isfinite(d[i + p * ldd]);
+    for (idx i = lo; i < hi; ++i) careful |= left ? !__builtin_isfinite(d[i + p * ldd]) : d[i + p * ldd] == T(0);
     if (!unit) {
       rdiag[p] = T(1) / d[p + p * ldd];
       careful |= !__builtin_isnormal(rdiag[p]);
     }
   }
-  // Every variant a template of its own: no branch may separate a product
-  // from the difference it is fused into.
-  auto run = [&]<bool C, bool U, bool N>() { trsm_left_real_form<T, C, U, N>(d, ldd, rdiag, nb, other, b, ldb); };
-  const int v = (careful ? 4 : 0) + (up ? 2 : 0) + (unit ? 1 : 0);
-  switch (v) {
+  auto run = [&]<bool C, bool U, bool N>() {
+    if (left) trsm_left_real_form<T, C, U, N>(d, ldd, rdiag, nb, other, b, ldb);
+    else trsm_right_real_form<T, C, U, N>(d, ldd, rdiag, nb, other, b, ldb);
+  };
+  switch ((careful ? 4 : 0) + (up ? 2 : 0) + (unit ? 1 : 0)) {
     case 0: run.template operator()<false, false, false>(); break;
     case 1: run.template operator()<false, false, true>(); break;
     case 2: run.template operator()<false, true, false>(); break;
@@ -1000,30 +1098,29 @@ void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T
         }
       }
     } else {
-      trsm_left_real(up, A.unit, d, ldd, nb, other, b, ldb);
+      trsm_real(true, up, A.unit, d, ldd, nb, other, b, ldb);
     }
   } else {
-    // Column j of X from the columns already solved, in row chunks.
-    for (idx r0 = 0; r0 < other; r0 += 256) {
-      const idx rn = std::min<idx>(256, other - r0);
-      for (idx s = 0; s < nb; ++s) {
-        const idx j = up ? s : nb - 1 - s;
-        const idx lo = up ? 0 : j + 1, hi = up ? j : nb;
-        T *bj = b + r0 + j * ldb;
-        for (idx p = lo; p < hi; ++p) {
-          const T dpj = d[p + j * ldd];
-          if (dpj == T(0)) continue;
-          const T *xp = b + r0 + p * ldb;
-          if constexpr (is_complex_v<T>) {
+    if constexpr (!is_complex_v<T>) {
+      trsm_real(false, up, A.unit, d, ldd, nb, other, b, ldb);
+    } else {
+      // Column j of X from the columns already solved, in row chunks.
+      for (idx r0 = 0; r0 < other; r0 += 256) {
+        const idx rn = std::min<idx>(256, other - r0);
+        for (idx s = 0; s < nb; ++s) {
+          const idx j = up ? s : nb - 1 - s;
+          const idx lo = up ? 0 : j + 1, hi = up ? j : nb;
+          T *bj = b + r0 + j * ldb;
+          for (idx p = lo; p < hi; ++p) {
+            const T dpj = d[p + j * ldd];
+            if (dpj == T(0)) continue;
+            const T *xp = b + r0 + p * ldb;
             for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
-          } else {
-            NXL_L3_DISJOINT_LOOP
-            for (idx i = 0; i < rn; ++i) bj[i] -= dpj * xp[i];
           }
-        }
-        if (!A.unit) {
-          const T djj = d[j + j * ldd];
-          for (idx i = 0; i < rn; ++i) bj[i] = div(bj[i], djj);
+          if (!A.unit) {
+            const T djj = d[j + j * ldd];
+            for (idx i = 0; i < rn; ++i) bj[i] = div(bj[i], djj);
+          }
         }
       }
     }

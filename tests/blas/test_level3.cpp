@@ -521,6 +521,42 @@ template <class T, class F> void same_bits_for_threads(const char *what, Mat<T> 
   nxl_set_num_threads(&saved);
 }
 
+// A solve skips the updates a zero would make: a zero unknown (left side)
+// meets an infinity of the triangle, and a zero of the triangle (right side)
+// meets an infinite unknown, without turning anything into NaN. The triangle
+// is the identity apart from the entries named, so X = B exactly. (Small
+// orders: larger triangles apply their off-diagonal blocks as products.)
+TYPED_TEST(Level3, TrsmZeroUpdatesAreSkipped) {
+  using T = TypeParam;
+  const T inf = T(std::numeric_limits<R_t<T>>::infinity());
+  for (idx n : {idx(13), idx(32), idx(cplx<T> ? 29 : 40)})
+    for (char uplo : {'L', 'U'})
+      for (char tr : {'N', 'T'}) {
+        const bool lowop = (uplo == 'L') == (tr == 'N');  // op(A) lower
+        Mat<T> A(n, n, 1);
+        for (idx j = 0; j < n; ++j)
+          for (idx i = 0; i < n; ++i) A(i, j) = i == j ? T(1) : T(0);
+        // Left: op(A)(r, c) = inf with unknown c zero in every column of B.
+        const idx c = lowop ? 3 : n - 4, r = lowop ? n - 5 : 2;
+        (tr == 'N' ? A(r, c) : A(c, r)) = inf;
+        const idx nb = 9;
+        Mat<T> B(n, nb, 2), X = B;
+        for (idx j = 0; j < nb; ++j) X(c, j) = B(c, j) = T(0);
+        const char u[2] = {uplo, 0}, t[2] = {tr, 0};
+        api<T>::trxm(true, "L", u, t, "N", n, nb, T(1), A.p(), A.ldim, B.p(), B.ldim);
+        for (idx j = 0; j < nb; ++j)
+          for (idx i = 0; i < n; ++i) ASSERT_EQ(ld(B(i, j)), ld(X(i, j))) << n << uplo << tr << " L " << i << "," << j;
+        // Right: column c of X infinite in one row, op(A) the identity (its
+        // diagonal taken as unit, so that no division meets the infinity).
+        (tr == 'N' ? A(r, c) : A(c, r)) = T(0);
+        Mat<T> C(nb, n, 2), Y = C;
+        C(4, c) = Y(4, c) = inf;
+        api<T>::trxm(true, "R", u, t, "U", nb, n, T(1), A.p(), A.ldim, C.p(), C.ldim);
+        for (idx j = 0; j < n; ++j)
+          for (idx i = 0; i < nb; ++i) ASSERT_EQ(ld(C(i, j)), ld(Y(i, j))) << n << uplo << tr << " R " << i << "," << j;
+      }
+}
+
 TYPED_TEST(Level3, ThreadedResultsAreBitIdentical) {
   using T = TypeParam;
   const idx m = 263, n = 251, k = 300;
@@ -566,9 +602,11 @@ TYPED_TEST(Level3, ThreadedResultsAreBitIdentical) {
         const char u[2] = {f[0], 0}, t[2] = {f[1], 0}, dg[2] = {f[2], 0};
         api<T>::trxm(solve, "L", u, t, dg, m, n, al, Tm.p(), Tm.ldim, C.p(), C.ldim);
       });
-    same_bits_for_threads<T>("trxm R", C, [&] {
-      api<T>::trxm(solve, "R", "U", "T", "U", n, 240, al, Tm.p(), Tm.ldim, C.p(), C.ldim);
-    });
+    for (const char *f : {"UTU", "LNN", "UNN", "LCN"})
+      same_bits_for_threads<T>("trxm R", C, [&] {
+        const char u[2] = {f[0], 0}, t[2] = {f[1], 0}, dg[2] = {f[2], 0};
+        api<T>::trxm(solve, "R", u, t, dg, n, 240, al, Tm.p(), Tm.ldim, C.p(), C.ldim);
+      });
   }
 }
 
