@@ -794,254 +794,251 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
 template <class T> constexpr idx trsm_nb() { return is_complex_v<T> ? 32 : 64; }
 
 // dst (rows x cols, leading dimension ldd) = the r x c block of src, zero
-// outside it (for the padded edge tiles of the solves below).
+// outside it.
 template <class T>
 void copy_padded(const T *src, idx lds, idx r, idx c, T *dst, idx ldd, idx rows, idx cols) {
   for (idx j = 0; j < cols; ++j)
     for (idx i = 0; i < rows; ++i) dst[i + j * ldd] = i < r && j < c ? src[i + j * lds] : T(0);
 }
 
-// Left-side solve of a real diagonal block, D X = B with D (nb x nb, lower or
-// upper) column-major: rows in tiles of RB (two vectors of the path), right-
-// hand sides in groups of CB. A tile first takes the updates of every row
-// solved before it (a register-blocked product: a vector of D's column times
-// a broadcast unknown, accumulators held across the whole depth), then is
-// solved in registers. Every element takes its updates one solved unknown
-// after the other, in the order of the solve, whatever tile or group it falls
-// in: the result does not depend on how the columns are split.
-//
-// Fast form: unknowns scaled by the reciprocal of the diagonal, every update
-// made. Careful form, when D holds a non-finite entry or a diagonal whose
-// reciprocal is not a normal number: divisions, and a zero unknown skips its
-// updates (so an infinity in D never meets it).
-template <class T, bool Careful, bool up, bool unit, idx CB>
-inline void trsm_left_real_tile(const T *d, idx ldd, const T *rdiag, idx nb, idx r0, idx rb, T *x,
-                                idx ldb) {
-  T acc[CB][blk<T>::MR];
-  for (idx j = 0; j < CB; ++j)
-    for (idx i = 0; i < rb; ++i) acc[j][i] = x[r0 + i + j * ldb];
-  // Rows solved before this tile: below it (upper) or above it (lower),
-  // taken in the order they were solved.
-  const idx np = up ? nb - r0 - rb : r0;
-  for (idx q = 0; q < np; ++q) {
-    const idx p = up ? nb - 1 - q : q;
-    const T *dc = d + r0 + p * ldd;
-    for (idx j = 0; j < CB; ++j) {
-      const T xp = x[p + j * ldb];
-      if (Careful && xp == T(0)) continue;
-      for (idx i = 0; i < rb; ++i) acc[j][i] -= dc[i] * xp;
-    }
-  }
-  for (idx s = 0; s < rb; ++s) {
-    const idx k = up ? rb - 1 - s : s;  // row of the tile solved now
-    const T *dc = d + r0 + (r0 + k) * ldd;
-    for (idx j = 0; j < CB; ++j) {
-      T xk = acc[j][k];
-      if constexpr (!unit) xk = Careful ? xk / dc[k] : xk * rdiag[r0 + k];
-      acc[j][k] = xk;
-      if (Careful && xk == T(0)) continue;
-      const idx lo = up ? 0 : k + 1, hi = up ? k : rb;
-      for (idx i = lo; i < hi; ++i) acc[j][i] -= dc[i] * xk;
-    }
-  }
-  for (idx j = 0; j < CB; ++j)
-    for (idx i = 0; i < rb; ++i) x[r0 + i + j * ldb] = acc[j][i];
-}
-
-// The whole tile (RB rows, CB columns) on the path's vectors, so that the
-// solve inside the tile works on register lanes. Same operations, in the same
-// order, as the general tile above.
-template <class T, bool Careful, bool up, bool unit, idx CB>
-inline void trsm_left_real_full(const T *d, idx ldd, const T *rdiag, idx nb, idx r0, T *x, idx ldb) {
-  constexpr int W = blk<T>::MR / 2;
-  typedef T V __attribute__((ext_vector_type(W)));
-  auto ld = [](const T *p) __attribute__((always_inline)) {
+// Vectors of the diagonal-block solves: W reals (half the rows of a
+// micro-tile), E elements of T, complex ones as (re, im) pairs. Complex
+// products are two fused steps, the real part of the scalar first, in every
+// place alike.
+template <class T> struct svec {
+  using R = real_t<T>;
+  static constexpr int cf = is_complex_v<T> ? 2 : 1;
+  static constexpr int W = blk<T>::MR * cf / 2, E = W / cf;
+  typedef R V __attribute__((ext_vector_type(W)));
+  static V load(const T *p) {
     V v;
     __builtin_memcpy(&v, p, sizeof v);
     return v;
-  };
+  }
+  static void store(T *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+  static T get(V v, int e) {
+    if constexpr (cf == 1) return v[e];
+    else return T(v[2 * e], v[2 * e + 1]);
+  }
+  static void set(V &v, int e, T x) {
+    if constexpr (cf == 1) {
+      v[e] = x;
+    } else {
+      v[2 * e] = x.real();
+      v[2 * e + 1] = x.imag();
+    }
+  }
+  template <int... I> static V swap_pairs(V v, std::integer_sequence<int, I...>) {
+    return __builtin_shufflevector(v, v, (I ^ 1)...);
+  }
+  // (-xi, xi, -xi, xi, ...)
+  template <int... I> static V alt(R xi, std::integer_sequence<int, I...>) { return V{(I % 2 ? xi : -xi)...}; }
+  // acc - v x
+  static V fnma(V acc, V v, T x) {
+    if constexpr (cf == 1) {
+      return acc - v * x;
+    } else {
+      const V t = acc - v * x.real();
+      return t - swap_pairs(v, std::make_integer_sequence<int, W>()) * alt(x.imag(), std::make_integer_sequence<int, W>());
+    }
+  }
+  // v x
+  static V scale(V v, T x) {
+    if constexpr (cf == 1) {
+      return v * x;
+    } else {
+      const V t = v * x.real();
+      return t + swap_pairs(v, std::make_integer_sequence<int, W>()) * alt(x.imag(), std::make_integer_sequence<int, W>());
+    }
+  }
+  // Half h of a tile of 2E elements after element k was solved: lanes of the
+  // elements solved up to k (at or above k when up) from old, others from nv.
+  template <int k, bool up, int h, int... I> static V blend(V nv, V old, std::integer_sequence<int, I...>) {
+    return __builtin_shufflevector(nv, old, ((up ? h * E + I / cf >= k : h * E + I / cf <= k) ? W + I : I)...);
+  }
+};
+
+// Solves with a diagonal block D (nbp x nbp, a multiple of the tile, lower
+// or upper, column-major), on register tiles of RB = 2E rows by CB columns.
+// Left, D X = B: a tile of rows first takes the updates of every row solved
+// before it (a vector of D's column times a broadcast unknown, accumulators
+// held over the whole depth), then is solved on its vector lanes. Right,
+// X D = B: rows of X are independent; a tile of CB columns takes the columns
+// solved before it (a vector of X's column times a broadcast element of D),
+// then its columns are solved one after the other as whole vectors. Every
+// element takes its updates one at a time in the order of the solve, and
+// edge tiles run zero-padded in a buffer, so an element's value does not
+// depend on how B's other dimension is split.
+//
+// Fast form: scaling by the reciprocal of the diagonal, every update made.
+// Careful form, when D holds a non-finite entry (left) or a zero (right), or
+// a diagonal whose reciprocal is not normal: divisions, and the updates a
+// zero would make are skipped (a zero unknown on the left, a zero of D on
+// the right), so an infinity never meets a zero.
+template <class T, bool Careful, bool up, bool unit, idx CB>
+inline void trsm_left_tile(const T *d, idx ldd, const T *rdiag, idx nbp, idx r0, T *x, idx ldx) {
+  using S = svec<T>;
+  using V = typename S::V;
+  constexpr int E = S::E;
   V a[CB][2];
 #pragma clang loop unroll(full)
-  for (idx j = 0; j < CB; ++j) {
-    a[j][0] = ld(x + r0 + j * ldb);
-    a[j][1] = ld(x + r0 + W + j * ldb);
-  }
-  const idx np = up ? nb - r0 - 2 * W : r0;
+  for (idx j = 0; j < CB; ++j)
+    for (int h = 0; h < 2; ++h) a[j][h] = S::load(x + r0 + h * E + j * ldx);
+  const idx np = up ? nbp - r0 - 2 * E : r0;
   for (idx q = 0; q < np; ++q) {
-    const idx p = up ? nb - 1 - q : q;
-    const V d0 = ld(d + r0 + p * ldd), d1 = ld(d + r0 + W + p * ldd);
+    const idx p = up ? nbp - 1 - q : q;
+    const V d0 = S::load(d + r0 + p * ldd), d1 = S::load(d + r0 + E + p * ldd);
 #pragma clang loop unroll(full)
     for (idx j = 0; j < CB; ++j) {
-      const T xp = x[p + j * ldb];
+      const T xp = x[p + j * ldx];
       if (Careful && xp == T(0)) continue;
-      a[j][0] -= d0 * xp;
-      a[j][1] -= d1 * xp;
+      a[j][0] = S::fnma(a[j][0], d0, xp);
+      a[j][1] = S::fnma(a[j][1], d1, xp);
     }
   }
-  // Row k of the tile is final once the rows solved before it have been
-  // applied: scale it, store it, and apply it to the rows after it (a blend
-  // keeps the lanes of rows already solved).
-  auto step = [&]<int k, int... L>(std::integer_sequence<int, L...>) __attribute__((always_inline)) {
-    constexpr auto after = [](int r) { return up ? r < k : r > k; };
+  auto step = [&]<int k>() __attribute__((always_inline)) {
     const T *dc = d + r0 + (r0 + k) * ldd;
-    const V dk[2] = {ld(dc), ld(dc + W)};
+    const V dk[2] = {S::load(dc), S::load(dc + E)};
 #pragma clang loop unroll(full)
     for (idx j = 0; j < CB; ++j) {
-      T xk = a[j][k / W][k % W];
-      if constexpr (!unit) xk = Careful ? xk / dc[k] : xk * rdiag[r0 + k];
-      x[r0 + k + j * ldb] = xk;
+      T xk = S::get(a[j][k / E], k % E);
+      if constexpr (!unit) xk = Careful ? div(xk, dc[k]) : mul(xk, rdiag[r0 + k]);
+      x[r0 + k + j * ldx] = xk;
       if (Careful && xk == T(0)) continue;
-      if constexpr (after(0) || after(W - 1))
-        a[j][0] = __builtin_shufflevector(a[j][0] - dk[0] * xk, a[j][0], (after(L) ? L : W + L)...);
-      if constexpr (after(W) || after(2 * W - 1))
-        a[j][1] = __builtin_shufflevector(a[j][1] - dk[1] * xk, a[j][1], (after(W + L) ? L : W + L)...);
+      if constexpr (up ? k > 0 : k < E - 1)
+        a[j][0] = S::template blend<k, up, 0>(S::fnma(a[j][0], dk[0], xk), a[j][0], std::make_integer_sequence<int, S::W>());
+      if constexpr (up ? k > E : k < 2 * E - 1)
+        a[j][1] = S::template blend<k, up, 1>(S::fnma(a[j][1], dk[1], xk), a[j][1], std::make_integer_sequence<int, S::W>());
     }
   };
-  [&]<int... S>(std::integer_sequence<int, S...>) __attribute__((always_inline)) {
-    (step.template operator()<up ? 2 * W - 1 - S : S>(std::make_integer_sequence<int, W>()), ...);
-  }(std::make_integer_sequence<int, 2 * W>());
+  [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
+    (step.template operator()<up ? 2 * E - 1 - K : K>(), ...);
+  }(std::make_integer_sequence<int, 2 * E>());
 }
 
-template <class T, bool Careful, bool up, bool unit>
-void trsm_left_real_form(const T *d, idx ldd, const T *rdiag, idx nb, idx other, T *b, idx ldb) {
-  constexpr idx RB = blk<T>::MR, CB = 4;
-  const idx ntile = (nb + RB - 1) / RB;
-  // A last group of fewer than CB columns runs zero-padded in a buffer, so
-  // that a column is solved by the same code whichever group it falls in.
-  alignas(64) T pad[trsm_nb<T>() * CB];
-  for (idx j0 = 0; j0 < other; j0 += CB) {
-    const idx cb = std::min(CB, other - j0);
-    T *x = b + j0 * ldb;
-    idx ldx = ldb;
-    if (cb < CB) {
-      copy_padded(x, ldb, nb, cb, pad, nb, nb, CB);
-      x = pad;
-      ldx = nb;
-    }
-    for (idx t = 0; t < ntile; ++t) {
-      const idx r0 = up ? std::max<idx>(0, nb - (t + 1) * RB) : t * RB;
-      const idx rb = up ? nb - t * RB - r0 : std::min(RB, nb - r0);
-      if (rb == RB)
-        trsm_left_real_full<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, r0, x, ldx);
-      else
-        trsm_left_real_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, r0, rb, x, ldx);
-    }
-    if (cb < CB) copy_padded(pad, nb, nb, cb, b + j0 * ldb, ldb, nb, cb);
-  }
-}
-
-// Right-side solve of a real diagonal block, X D = B: rows of X are
-// independent, so a tile is RB rows (two vectors of the path) of CB columns
-// taken in the order of the solve. The columns solved before the tile come in
-// as a register-blocked product (a vector of X's column times a broadcast
-// element of D), then the tile's own columns are solved one after the other,
-// each a whole vector. Every element takes its updates in the order of the
-// solve whatever tile it falls in; a last tile of fewer than RB rows runs
-// zero-padded in a buffer, so that a row is solved by the same code however
-// the rows are split.
-//
-// Fast form: columns scaled by the reciprocal of the diagonal, every update
-// made. Careful form, when the triangle of D holds a zero (whose update is
-// skipped, so that an infinity in X does not become NaN) or a diagonal whose
-// reciprocal is not a normal number: those updates skipped, and divisions.
-template <class T, bool Careful, bool up, bool unit, idx CBn>
-inline void trsm_right_real_tile(const T *d, idx ldd, const T *rdiag, idx nb, idx c0, idx cbr, T *x,
-                                 idx ldx) {
-  constexpr int W = blk<T>::MR / 2;
-  constexpr idx CBM = 4;
-  typedef T V __attribute__((ext_vector_type(W)));
-  auto ld = [](const T *p) __attribute__((always_inline)) {
-    V v;
-    __builtin_memcpy(&v, p, sizeof v);
-    return v;
-  };
-  const idx cb = CBn ? CBn : cbr;
-  V a[CBM][2];
+template <class T, bool Careful, bool up, bool unit, idx CB>
+inline void trsm_right_tile(const T *d, idx ldd, const T *rdiag, idx nbp, idx c0, T *x, idx ldx) {
+  using S = svec<T>;
+  using V = typename S::V;
+  constexpr int E = S::E;
+  V a[CB][2];
 #pragma clang loop unroll(full)
-  for (idx c = 0; c < cb; ++c) {
-    a[c][0] = ld(x + (c0 + c) * ldx);
-    a[c][1] = ld(x + W + (c0 + c) * ldx);
-  }
-  // Columns solved before the tile: left of it (upper) or right of it
-  // (lower), in the order they were solved.
-  const idx np = up ? c0 : nb - c0 - cb;
+  for (idx c = 0; c < CB; ++c)
+    for (int h = 0; h < 2; ++h) a[c][h] = S::load(x + h * E + (c0 + c) * ldx);
+  const idx np = up ? c0 : nbp - c0 - CB;
   for (idx q = 0; q < np; ++q) {
-    const idx p = up ? q : nb - 1 - q;
-    const V x0 = ld(x + p * ldx), x1 = ld(x + W + p * ldx);
+    const idx p = up ? q : nbp - 1 - q;
+    const V x0 = S::load(x + p * ldx), x1 = S::load(x + E + p * ldx);
 #pragma clang loop unroll(full)
-    for (idx c = 0; c < cb; ++c) {
+    for (idx c = 0; c < CB; ++c) {
       const T dpc = d[p + (c0 + c) * ldd];
       if (Careful && dpc == T(0)) continue;
-      a[c][0] -= x0 * dpc;
-      a[c][1] -= x1 * dpc;
+      a[c][0] = S::fnma(a[c][0], x0, dpc);
+      a[c][1] = S::fnma(a[c][1], x1, dpc);
     }
   }
 #pragma clang loop unroll(full)
-  for (idx s = 0; s < cb; ++s) {
-    const idx c = up ? s : cb - 1 - s;
+  for (idx s = 0; s < CB; ++s) {
+    const idx c = up ? s : CB - 1 - s;
     if constexpr (!unit) {
       const T dcc = d[c0 + c + (c0 + c) * ldd];
-      for (int h = 0; h < 2; ++h) a[c][h] = Careful ? a[c][h] / dcc : a[c][h] * rdiag[c0 + c];
+      for (int h = 0; h < 2; ++h) {
+        if constexpr (Careful) {
+          for (int e = 0; e < E; ++e) S::set(a[c][h], e, div(S::get(a[c][h], e), dcc));
+        } else {
+          a[c][h] = S::scale(a[c][h], rdiag[c0 + c]);
+        }
+      }
     }
-    __builtin_memcpy(x + (c0 + c) * ldx, &a[c][0], sizeof(V));
-    __builtin_memcpy(x + W + (c0 + c) * ldx, &a[c][1], sizeof(V));
-    const idx lo = up ? c + 1 : 0, hi = up ? cb : c;
+    for (int h = 0; h < 2; ++h) S::store(x + h * E + (c0 + c) * ldx, a[c][h]);
+    const idx lo = up ? c + 1 : 0, hi = up ? CB : c;
 #pragma clang loop unroll(full)
     for (idx e = lo; e < hi; ++e) {
       const T dce = d[c0 + c + (c0 + e) * ldd];
       if (Careful && dce == T(0)) continue;
-      a[e][0] -= a[c][0] * dce;
-      a[e][1] -= a[c][1] * dce;
+      a[e][0] = S::fnma(a[e][0], a[c][0], dce);
+      a[e][1] = S::fnma(a[e][1], a[c][1], dce);
     }
   }
+}
+
+// Columns of the solve per tile, and the padded buffer the edge tiles use.
+constexpr idx trsm_cb = 4;
+template <class T> constexpr idx trsm_pad_size() {
+  return std::max(trsm_nb<T>() * trsm_cb, 2 * svec<T>::E * trsm_nb<T>());
 }
 
 template <class T, bool Careful, bool up, bool unit>
-void trsm_right_real_form(const T *d, idx ldd, const T *rdiag, idx nb, idx other, T *b, idx ldb) {
-  constexpr idx RB = blk<T>::MR, CB = 4;
-  const idx ntile = (nb + CB - 1) / CB;
-  alignas(64) T pad[RB * trsm_nb<T>()];
-  for (idx r0 = 0; r0 < other; r0 += RB) {
-    const idx rb = std::min(RB, other - r0);
-    T *x = b + r0;
-    idx ldx = ldb;
-    if (rb < RB) {
-      copy_padded(x, ldb, rb, nb, pad, RB, RB, nb);
-      x = pad;
-      ldx = RB;
+void trsm_block_form(bool left, const T *d, idx ldd, const T *rdiag, idx nb, idx nbp, idx other, T *b,
+                     idx ldb) {
+  constexpr idx RB = 2 * svec<T>::E, CB = trsm_cb;
+  alignas(64) T pad[trsm_pad_size<T>()];
+  if (left) {
+    for (idx j0 = 0; j0 < other; j0 += CB) {
+      const idx cb = std::min(CB, other - j0);
+      const bool padded = cb < CB || nbp != nb;
+      T *x = padded ? pad : b + j0 * ldb;
+      const idx ldx = padded ? nbp : ldb;
+      if (padded) copy_padded(b + j0 * ldb, ldb, nb, cb, pad, nbp, nbp, CB);
+      for (idx r0 = up ? nbp - RB : 0; up ? r0 >= 0 : r0 < nbp; r0 += up ? -RB : RB)
+        trsm_left_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nbp, r0, x, ldx);
+      if (padded) copy_padded(pad, nbp, nb, cb, b + j0 * ldb, ldb, nb, cb);
     }
-    for (idx t = 0; t < ntile; ++t) {
-      const idx c0 = up ? t * CB : std::max<idx>(0, nb - (t + 1) * CB);
-      const idx cb = up ? std::min(CB, nb - c0) : nb - t * CB - c0;
-      if (cb == CB)
-        trsm_right_real_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nb, c0, cb, x, ldx);
-      else
-        trsm_right_real_tile<T, Careful, up, unit, 0>(d, ldd, rdiag, nb, c0, cb, x, ldx);
+  } else {
+    for (idx r0 = 0; r0 < other; r0 += RB) {
+      const idx rb = std::min(RB, other - r0);
+      const bool padded = rb < RB || nbp != nb;
+      T *x = padded ? pad : b + r0;
+      const idx ldx = padded ? RB : ldb;
+      if (padded) copy_padded(b + r0, ldb, rb, nb, pad, RB, RB, nbp);
+      for (idx c0 = up ? 0 : nbp - CB; up ? c0 < nbp : c0 >= 0; c0 += up ? CB : -CB)
+        trsm_right_tile<T, Careful, up, unit, CB>(d, ldd, rdiag, nbp, c0, x, ldx);
+      if (padded) copy_padded(pad, RB, rb, nb, b + r0, ldb, rb, nb);
     }
-    if (rb < RB) copy_padded(pad, RB, rb, nb, b + r0, ldb, rb, nb);
   }
 }
 
-// Solve with a real diagonal block on either side: decides the form (see
-// the two solves above) from the triangle alone, so every split of B's other
-// dimension takes the same one. Every variant is a template of its own: no
-// run-time branch may separate a product from the difference it is fused into.
+// Triangular solve of a small diagonal block: op(D) X = B (left) or
+// X op(D) = B (right), D (nb x nb) read from the view. D is used in place
+// when it is stored as used (no transpose, no conjugate) and its order fits
+// the tiles; otherwise its referenced part goes into the buffer, padded to
+// whole tiles with a unit diagonal and zeros (padded unknowns stay zero and
+// change nothing). The form is decided from D alone.
 template <class T>
-void trsm_real(bool left, bool up, bool unit, const T *d, idx ldd, idx nb, idx other, T *b, idx ldb) {
-  bool careful = false;
-  alignas(64) T rdiag[trsm_nb<T>()];
-  for (idx p = 0; p < nb && !careful; ++p) {
-    const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
-    for (idx i = lo; i < hi; ++i) careful |= left ? !__builtin_isfinite(d[i + p * ldd]) : d[i + p * ldd] == T(0);
-    if (!unit) {
-      rdiag[p] = T(1) / d[p + p * ldd];
-      careful |= !__builtin_isnormal(rdiag[p]);
+void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *dbuf) {
+  const bool up = A.upper, unit = A.unit;
+  const idx g = left ? 2 * svec<T>::E : trsm_cb, nbp = (nb + g - 1) / g * g;
+  const T *d = dbuf;
+  idx ldd = nbp;
+  if (!A.trans && !A.cj && nbp == nb) {
+    d = A.a + A.r0 + A.c0 * A.ld;
+    ldd = A.ld;
+  } else {
+    for (idx p = 0; p < nbp; ++p) {
+      const idx lo = up ? 0 : p, hi = up ? p + 1 : nbp;
+      for (idx i = lo; i < hi; ++i)
+        dbuf[i + p * nbp] = i < nb && p < nb ? A.raw(A.r0 + i, A.c0 + p) : i == p ? T(1) : T(0);
     }
   }
-  auto run = [&]<bool C, bool U, bool N>() {
-    if (left) trsm_left_real_form<T, C, U, N>(d, ldd, rdiag, nb, other, b, ldb);
-    else trsm_right_real_form<T, C, U, N>(d, ldd, rdiag, nb, other, b, ldb);
-  };
+  bool careful = false;
+  alignas(64) T rdiag[trsm_nb<T>()];
+  for (idx p = 0; p < nbp; ++p) rdiag[p] = T(1);
+  for (idx p = 0; p < nb && !careful; ++p) {
+    const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
+    for (idx i = lo; i < hi; ++i) {
+      const T v = d[i + p * ldd];
+      careful |= left ? !(__builtin_isfinite(std::real(v)) && __builtin_isfinite(std::imag(v))) : v == T(0);
+    }
+    if (!unit) {
+      const T r = div(T(1), d[p + p * ldd]);
+      const real_t<T> big = std::max(std::fabs(std::real(r)), std::fabs(std::imag(r)));
+      careful |= !(__builtin_isnormal(big) && __builtin_isfinite(std::real(r)) && __builtin_isfinite(std::imag(r)));
+      rdiag[p] = r;
+    }
+  }
+  // Every variant is a template of its own: no run-time branch may separate
+  // a product from the difference it is fused into.
+  auto run = [&]<bool C, bool U, bool N>() { trsm_block_form<T, C, U, N>(left, d, ldd, rdiag, nb, nbp, other, b, ldb); };
   switch ((careful ? 4 : 0) + (up ? 2 : 0) + (unit ? 1 : 0)) {
     case 0: run.template operator()<false, false, false>(); break;
     case 1: run.template operator()<false, false, true>(); break;
@@ -1051,79 +1048,6 @@ void trsm_real(bool left, bool up, bool unit, const T *d, idx ldd, idx nb, idx o
     case 5: run.template operator()<true, false, true>(); break;
     case 6: run.template operator()<true, true, false>(); break;
     default: run.template operator()<true, true, true>(); break;
-  }
-}
-
-// Triangular solve of a small diagonal block: op(D) X = B (left) or
-// X op(D) = B (right), D (nb x nb) copied from the view into a dense buffer.
-// Each unknown is divided by its diagonal entry (not multiplied by a
-// reciprocal: one rounding less, and no overflow of 1/d for tiny d).
-// Left side: complex columns run in groups so that their independent
-// recurrences overlap; real ones are solved a group at a time across the
-// group's columns (see below).
-template <class T>
-void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *dbuf) {
-  const bool up = A.upper;
-  // The triangle in place when it is stored as used (no transpose, no
-  // conjugate); otherwise its referenced part copied into the buffer. Only
-  // the strict triangle and, without a unit diagonal, the diagonal are read.
-  const T *d = dbuf;
-  idx ldd = nb;
-  if (!A.trans && !A.cj) {
-    d = A.a + A.r0 + A.c0 * A.ld;
-    ldd = A.ld;
-  } else {
-    for (idx p = 0; p < nb; ++p) {
-      const idx lo = up ? 0 : p, hi = up ? p + 1 : nb;
-      for (idx i = lo; i < hi; ++i) dbuf[i + p * nb] = A.raw(A.r0 + i, A.c0 + p);
-    }
-  }
-  if (left) {
-    if constexpr (is_complex_v<T>) {
-      constexpr idx G = 8;
-      for (idx j0 = 0; j0 < other; j0 += G) {
-        const idx g = std::min(G, other - j0);
-        T *x0 = b + j0 * ldb;
-        for (idx s = 0; s < nb; ++s) {
-          const idx p = up ? nb - 1 - s : s;
-          const idx lo = up ? 0 : p + 1, hi = up ? p : nb;
-          const T *dc = d + p * ldd;
-          for (idx jj = 0; jj < g; ++jj) {
-            T *x = x0 + jj * ldb;
-            const T xp = A.unit ? x[p] : div(x[p], dc[p]);
-            x[p] = xp;
-            if (xp == T(0)) continue;
-            for (idx i = lo; i < hi; ++i) x[i] -= mul(xp, dc[i]);
-          }
-        }
-      }
-    } else {
-      trsm_real(true, up, A.unit, d, ldd, nb, other, b, ldb);
-    }
-  } else {
-    if constexpr (!is_complex_v<T>) {
-      trsm_real(false, up, A.unit, d, ldd, nb, other, b, ldb);
-    } else {
-      // Column j of X from the columns already solved, in row chunks.
-      for (idx r0 = 0; r0 < other; r0 += 256) {
-        const idx rn = std::min<idx>(256, other - r0);
-        for (idx s = 0; s < nb; ++s) {
-          const idx j = up ? s : nb - 1 - s;
-          const idx lo = up ? 0 : j + 1, hi = up ? j : nb;
-          T *bj = b + r0 + j * ldb;
-          for (idx p = lo; p < hi; ++p) {
-            const T dpj = d[p + j * ldd];
-            if (dpj == T(0)) continue;
-            const T *xp = b + r0 + p * ldb;
-            for (idx i = 0; i < rn; ++i) bj[i] -= mul(dpj, xp[i]);
-          }
-          if (!A.unit) {
-            const T djj = d[j + j * ldd];
-            for (idx i = 0; i < rn; ++i) bj[i] = div(bj[i], djj);
-          }
-        }
-      }
-    }
   }
 }
 
@@ -1165,7 +1089,7 @@ void trsm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
           T alpha, const T *a, idx lda, T *b, idx ldb) {
   scale_b(b, ldb, m, n, alpha);
   if (alpha == T(0)) return;
-  alignas(64) T d[trsm_nb<T>() * (trsm_nb<T>() + 1)];
+  alignas(64) T d[trsm_nb<T>() * trsm_nb<T>()];
   trsm_rec(ws, left, tri_view(a, lda, upper, trans, cj, unit), left ? m : n, left ? n : m, b, ldb, d);
 }
 
