@@ -374,6 +374,40 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
   }
 }
 
+// B block of a transposed operand: the NR elements of one k of a whole
+// micro-panel are adjacent in memory, a straight copy (complex: split into a
+// row of real parts and a row of imaginary parts, negated when cj). An edge
+// panel goes through the accessor and is zero-padded.
+template <class T>
+void pack_b_rows_direct(const T *__restrict s, idx ld, idx kc, idx nc, bool cj,
+                        real_t<T> *__restrict dst) {
+  using R = real_t<T>;
+  constexpr int NR = blk<T>::NR, cf = blk<T>::cf;
+  const R sg = cj ? R(-1) : R(1);
+  idx jr = 0;
+  for (; jr + NR <= nc; jr += NR) {
+    R *d = dst + jr * kc * cf;
+    for (idx p = 0; p < kc; ++p) {
+      const T *sp = s + jr + p * ld;
+      __builtin_prefetch(sp + 8 * ld);
+      if constexpr (!is_complex_v<T>) {
+        for (int j = 0; j < NR; ++j) d[p * NR + j] = sp[j];
+      } else {
+        const R *c = reinterpret_cast<const R *>(sp);
+        for (int j = 0; j < NR; ++j) {
+          d[2 * p * NR + j] = c[2 * j];
+          d[(2 * p + 1) * NR + j] = sg * c[2 * j + 1];
+        }
+      }
+    }
+  }
+  if (jr < nc) {
+    const T *e = s + jr;
+    pack_b_cols<T>([=](idx p, idx j) { return maybe_conj(e[j + p * ld], cj); }, false, kc, nc - jr,
+                   dst + jr * kc * cf);
+  }
+}
+
 template <class T>
 void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
   if (V.kind == mkind::general) {
@@ -382,11 +416,7 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
     if (!V.trans) {
       pack_b_cols_direct<T>(a + r + c * ld, ld, kc, nc, V.cj, dst);
     } else {
-      const T *s = a + c + r * ld;
-      if (V.cj)
-        pack_b_cols<T>([=](idx p, idx j) { return nxl::NXL_CP_NS::conj(s[j + p * ld]); }, false, kc, nc, dst);
-      else
-        pack_b_cols<T>([=](idx p, idx j) { return s[j + p * ld]; }, false, kc, nc, dst);
+      pack_b_rows_direct<T>(a + c + r * ld, ld, kc, nc, V.cj, dst);
     }
     return;
   }
