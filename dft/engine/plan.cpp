@@ -75,15 +75,18 @@ int radices(long n, int *rs, int lanes = 0) {
   int cnt = 0, e = 0, le = 0;
   for (int l = lanes; l > 1; l /= 2) ++le;
   while (n % 2 == 0) { n /= 2; ++e; }
-  if (lanes >= 4 && e >= 2 * le) { rs[cnt++] = lanes; e -= le; }
+  const bool lanes_first = lanes >= 4 && e >= 2 * le;
+  if (lanes_first) { rs[cnt++] = lanes; e -= le; }
   else if (e >= 2) { rs[cnt++] = 4; e -= 2; }
   else if (e == 1) { rs[cnt++] = 2; e = 0; }
   // Passes of 16 in the middle; the last power-of-two pass is an 8, 4 or 2
-  // (its interleaved stores vectorise; a 16's do not).
+  // (its interleaved stores vectorise; a 16's do not), except after a first
+  // pass of the vector length: then every later pass runs on whole vectors
+  // of q, interleaving its stores by hand, and a last 16 saves a pass.
   int sixteens = e / 4;
   const int rest = e % 4;
   int tail[2], nt = 0;
-  if (rest == 0 && sixteens > 0) { --sixteens; tail[nt++] = 4; tail[nt++] = 4; }
+  if (rest == 0 && sixteens > 0 && !lanes_first) { --sixteens; tail[nt++] = 4; tail[nt++] = 4; }
   else if (rest == 1 && sixteens > 0) { --sixteens; tail[nt++] = 4; tail[nt++] = 8; }
   else if (rest == 1) tail[nt++] = 2;
   else if (rest == 2) tail[nt++] = 4;

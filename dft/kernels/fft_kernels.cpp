@@ -109,19 +109,27 @@ template <> struct Roots<13> {
       -0.2393156642875577671487537, -0.6631226582407952023767855, -0.9350162426854148234397846,
       -0.9927088740980539928007516, -0.8229838658936563945796174, -0.4647231720437685456560153};
 };
-// cos and sin of 2 pi e / 16 (the eighth and sixteenth roots).
-constexpr double kC16[16] = {1.0, 0.9238795325112867561281832, 0.7071067811865475244008444,
-                             0.38268343236508977172846, 0.0, -0.38268343236508977172846,
-                             -0.7071067811865475244008444, -0.9238795325112867561281832, -1.0,
-                             -0.9238795325112867561281832, -0.7071067811865475244008444,
-                             -0.38268343236508977172846, 0.0, 0.38268343236508977172846,
-                             0.7071067811865475244008444, 0.9238795325112867561281832};
+// cos 2 pi e / 32 (the roots of orders dividing 32).
+constexpr double kC32[32] = {1.0, 0.9807852804032304491261822, 0.9238795325112867561281832,
+                             0.8314696123025452370787884, 0.7071067811865475244008444,
+                             0.5555702330196022247428308, 0.3826834323650897717284600,
+                             0.1950903220161282678482849, 0.0, -0.1950903220161282678482849,
+                             -0.3826834323650897717284600, -0.5555702330196022247428308,
+                             -0.7071067811865475244008444, -0.8314696123025452370787884,
+                             -0.9238795325112867561281832, -0.9807852804032304491261822, -1.0,
+                             -0.9807852804032304491261822, -0.9238795325112867561281832,
+                             -0.8314696123025452370787884, -0.7071067811865475244008444,
+                             -0.5555702330196022247428308, -0.3826834323650897717284600,
+                             -0.1950903220161282678482849, 0.0, 0.1950903220161282678482849,
+                             0.3826834323650897717284600, 0.5555702330196022247428308,
+                             0.7071067811865475244008444, 0.8314696123025452370787884,
+                             0.9238795325112867561281832, 0.9807852804032304491261822};
 
 // (xr, xi) *= exp(-2 pi i E / N), with the rotations by multiples of pi/4 exact
 // or cheap.
 template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
-  static_assert(N == 4 || N == 8 || N == 16 || N == 9, "rotations by 2^k-th and ninth roots only");
-  constexpr int e16 = N == 9 ? -1 : (E % N) * (16 / (N == 9 ? 16 : N));  // in sixteenths of a turn
+  static_assert(N == 4 || N == 8 || N == 16 || N == 32 || N == 9, "rotations by 2^k-th and ninth roots only");
+  constexpr int e32 = N == 9 ? -1 : (E % N) * (32 / (N == 9 ? 32 : N));  // in 32nds of a turn
   if constexpr (N == 9) {
     if constexpr (E % 9 != 0) {
       const T c = splat<T>(Roots<9>::c[E % 9]), s = splat<T>(Roots<9>::s[E % 9]);
@@ -129,23 +137,23 @@ template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
       xi = xi * c - xr * s;
       xr = t;
     }
-  } else if constexpr (e16 == 0) {
-  } else if constexpr (e16 == 4) {  // -i
+  } else if constexpr (e32 == 0) {
+  } else if constexpr (e32 == 8) {  // -i
     T t = xr; xr = xi; xi = -t;
-  } else if constexpr (e16 == 8) {
+  } else if constexpr (e32 == 16) {
     xr = -xr; xi = -xi;
-  } else if constexpr (e16 == 12) {  // +i
+  } else if constexpr (e32 == 24) {  // +i
     T t = xr; xr = -xi; xi = t;
-  } else if constexpr (e16 == 2 || e16 == 6 || e16 == 10 || e16 == 14) {
+  } else if constexpr (e32 % 4 == 0) {
     // (1 - i)/sqrt2 times a power of -i
     const T h = splat<T>(0.7071067811865475244008444);
     T a = (xr + xi) * h, b = (xi - xr) * h;  // times (1 - i)/sqrt2
-    if constexpr (e16 == 2) { xr = a; xi = b; }
-    else if constexpr (e16 == 6) { xr = b; xi = -a; }
-    else if constexpr (e16 == 10) { xr = -a; xi = -b; }
+    if constexpr (e32 == 4) { xr = a; xi = b; }
+    else if constexpr (e32 == 12) { xr = b; xi = -a; }
+    else if constexpr (e32 == 20) { xr = -a; xi = -b; }
     else { xr = -b; xi = a; }
   } else {
-    const T c = splat<T>(kC16[e16]), s = splat<T>(kC16[(e16 + 12) % 16]);  // cos, sin of 2 pi e16/16
+    const T c = splat<T>(kC32[e32]), s = splat<T>(kC32[(e32 + 24) % 32]);  // cos, sin of 2 pi e32/32
     T t = xr * c + xi * s;
     xi = xi * c - xr * s;
     xr = t;
@@ -210,7 +218,7 @@ template <class T> struct Bfly<7, T> : BflyOdd<7, T> {};
 template <class T> struct Bfly<11, T> : BflyOdd<11, T> {};
 template <class T> struct Bfly<13, T> : BflyOdd<13, T> {};
 
-// Composite R = R1 * R2 (4 x 4, 2 x 4, 3 x 3): index j = j1 + R1 j2,
+// Composite R = R1 * R2 (4 x 4, 2 x 4, 4 x 8, 3 x 3): index j = j1 + R1 j2,
 // k = k2 + R2 k1; R2-point DFTs over j2, rotation by w_R^(j1 k2), R1-point
 // DFTs over j1.
 template <int R1, int R2, class T> struct BflyComp {
@@ -246,6 +254,7 @@ template <int R1, int R2, class T> struct BflyComp {
 };
 template <class T> struct Bfly<8, T> : BflyComp<2, 4, T> {};
 template <class T> struct Bfly<16, T> : BflyComp<4, 4, T> {};
+template <class T> struct Bfly<32, T> : BflyComp<4, 8, T> {};
 template <class T> struct Bfly<9, T> : BflyComp<3, 3, T> {};
 
 // Element access by layout mode: 0 split arrays (r, i), 1 interleaved pairs
@@ -1026,13 +1035,16 @@ void small_fft(long hm, const T *xr, const T *xi, long xd, T *yr, T *yi, long yd
 
 // Vector width of the in-register transform of 2^e points: the widest power
 // of two W with W*W <= n that the code path's vectors hold, when the n/W
-// vectors of each part fit the registers (n/W <= 16: longer ones spill and
-// lose to two passes through memory); 0 when there is none.
+// vectors of each part do not overflow the registers by too much: n/W <= 32
+// with the 32 registers of AVX-512 (the M-point butterfly, 4 x 8, spills a
+// little and still beats three passes through memory), n/W <= 16 with 16
+// registers (longer ones lose to the passes); 0 when there is none.
 template <class T> constexpr int small_width(int e) {
   const long n = 1L << e;
+  constexpr long max_rows = kVBytes == 64 ? 32 : 16;
   int w = kVBytes / static_cast<int>(sizeof(T));
   while (w > 2 && static_cast<long>(w) * w > n) w /= 2;
-  if (static_cast<long>(w) * w > n || n / w > 16) return 0;
+  if (static_cast<long>(w) * w > n || n / w > max_rows) return 0;
   return w;
 }
 
