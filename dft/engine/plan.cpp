@@ -65,6 +65,9 @@ int slot_of(int r) {
   return -1;
 }
 
+// Longest power of two (log2) whose passes after the first are 8s.
+constexpr int kEightsMaxLog = 14;
+
 // Radices of a Stockham factorisation of n, in pass order. The first pass
 // (p innermost, s == 1) has the radix of the vector length (`lanes`, with
 // its in-register transposes) when lanes^2 divides n, else a 4 (or 2): its
@@ -75,15 +78,34 @@ int radices(long n, int *rs, int lanes = 0) {
   int cnt = 0, e = 0, le = 0;
   for (int l = lanes; l > 1; l /= 2) ++le;
   while (n % 2 == 0) { n /= 2; ++e; }
-  if (lanes >= 4 && e >= 2 * le) { rs[cnt++] = lanes; e -= le; }
+  const bool lanes_first = lanes >= 4 && e >= 2 * le;
+  if (lanes_first) { rs[cnt++] = lanes; e -= le; }
   else if (e >= 2) { rs[cnt++] = 4; e -= 2; }
   else if (e == 1) { rs[cnt++] = 2; e = 0; }
+  if (lanes_first && n == 1 && e + le <= kEightsMaxLog) {
+    // A power of two held in the caches: passes of 8 after the first (a
+    // twiddled 16 overflows the registers and loses to two passes of 8 or
+    // three of 4), a remaining factor 4 before the last 8, or two 4s last.
+    int eights = e / 3;
+    const int rest = e % 3;
+    if (rest == 1 && eights > 0) --eights;
+    for (int i = 0; i < eights; ++i) {
+      if (rest == 2 && i == eights - 1) rs[cnt++] = 4;
+      rs[cnt++] = 8;
+    }
+    if (rest == 2 && eights == 0) rs[cnt++] = 4;
+    if (rest == 1 && e > 1) { rs[cnt++] = 4; rs[cnt++] = 4; }
+    if (e == 1) rs[cnt++] = 2;
+    return cnt;
+  }
   // Passes of 16 in the middle; the last power-of-two pass is an 8, 4 or 2
-  // (its interleaved stores vectorise; a 16's do not).
+  // (its interleaved stores vectorise; a 16's do not), except after a first
+  // pass of the vector length: then every later pass runs on whole vectors
+  // of q, interleaving its stores by hand, and a last 16 saves a pass.
   int sixteens = e / 4;
   const int rest = e % 4;
   int tail[2], nt = 0;
-  if (rest == 0 && sixteens > 0) { --sixteens; tail[nt++] = 4; tail[nt++] = 4; }
+  if (rest == 0 && sixteens > 0 && !lanes_first) { --sixteens; tail[nt++] = 4; tail[nt++] = 4; }
   else if (rest == 1 && sixteens > 0) { --sixteens; tail[nt++] = 4; tail[nt++] = 8; }
   else if (rest == 1) tail[nt++] = 2;
   else if (rest == 2) tail[nt++] = 4;

@@ -109,19 +109,27 @@ template <> struct Roots<13> {
       -0.2393156642875577671487537, -0.6631226582407952023767855, -0.9350162426854148234397846,
       -0.9927088740980539928007516, -0.8229838658936563945796174, -0.4647231720437685456560153};
 };
-// cos and sin of 2 pi e / 16 (the eighth and sixteenth roots).
-constexpr double kC16[16] = {1.0, 0.9238795325112867561281832, 0.7071067811865475244008444,
-                             0.38268343236508977172846, 0.0, -0.38268343236508977172846,
-                             -0.7071067811865475244008444, -0.9238795325112867561281832, -1.0,
-                             -0.9238795325112867561281832, -0.7071067811865475244008444,
-                             -0.38268343236508977172846, 0.0, 0.38268343236508977172846,
-                             0.7071067811865475244008444, 0.9238795325112867561281832};
+// cos 2 pi e / 32 (the roots of orders dividing 32).
+constexpr double kC32[32] = {1.0, 0.9807852804032304491261822, 0.9238795325112867561281832,
+                             0.8314696123025452370787884, 0.7071067811865475244008444,
+                             0.5555702330196022247428308, 0.3826834323650897717284600,
+                             0.1950903220161282678482849, 0.0, -0.1950903220161282678482849,
+                             -0.3826834323650897717284600, -0.5555702330196022247428308,
+                             -0.7071067811865475244008444, -0.8314696123025452370787884,
+                             -0.9238795325112867561281832, -0.9807852804032304491261822, -1.0,
+                             -0.9807852804032304491261822, -0.9238795325112867561281832,
+                             -0.8314696123025452370787884, -0.7071067811865475244008444,
+                             -0.5555702330196022247428308, -0.3826834323650897717284600,
+                             -0.1950903220161282678482849, 0.0, 0.1950903220161282678482849,
+                             0.3826834323650897717284600, 0.5555702330196022247428308,
+                             0.7071067811865475244008444, 0.8314696123025452370787884,
+                             0.9238795325112867561281832, 0.9807852804032304491261822};
 
 // (xr, xi) *= exp(-2 pi i E / N), with the rotations by multiples of pi/4 exact
 // or cheap.
 template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
-  static_assert(N == 4 || N == 8 || N == 16 || N == 9, "rotations by 2^k-th and ninth roots only");
-  constexpr int e16 = N == 9 ? -1 : (E % N) * (16 / (N == 9 ? 16 : N));  // in sixteenths of a turn
+  static_assert(N == 4 || N == 8 || N == 16 || N == 32 || N == 9, "rotations by 2^k-th and ninth roots only");
+  constexpr int e32 = N == 9 ? -1 : (E % N) * (32 / (N == 9 ? 32 : N));  // in 32nds of a turn
   if constexpr (N == 9) {
     if constexpr (E % 9 != 0) {
       const T c = splat<T>(Roots<9>::c[E % 9]), s = splat<T>(Roots<9>::s[E % 9]);
@@ -129,23 +137,23 @@ template <int N, int E, class T> NXL_AI void rot(T &xr, T &xi) {
       xi = xi * c - xr * s;
       xr = t;
     }
-  } else if constexpr (e16 == 0) {
-  } else if constexpr (e16 == 4) {  // -i
+  } else if constexpr (e32 == 0) {
+  } else if constexpr (e32 == 8) {  // -i
     T t = xr; xr = xi; xi = -t;
-  } else if constexpr (e16 == 8) {
+  } else if constexpr (e32 == 16) {
     xr = -xr; xi = -xi;
-  } else if constexpr (e16 == 12) {  // +i
+  } else if constexpr (e32 == 24) {  // +i
     T t = xr; xr = -xi; xi = t;
-  } else if constexpr (e16 == 2 || e16 == 6 || e16 == 10 || e16 == 14) {
+  } else if constexpr (e32 % 4 == 0) {
     // (1 - i)/sqrt2 times a power of -i
     const T h = splat<T>(0.7071067811865475244008444);
     T a = (xr + xi) * h, b = (xi - xr) * h;  // times (1 - i)/sqrt2
-    if constexpr (e16 == 2) { xr = a; xi = b; }
-    else if constexpr (e16 == 6) { xr = b; xi = -a; }
-    else if constexpr (e16 == 10) { xr = -a; xi = -b; }
+    if constexpr (e32 == 4) { xr = a; xi = b; }
+    else if constexpr (e32 == 12) { xr = b; xi = -a; }
+    else if constexpr (e32 == 20) { xr = -a; xi = -b; }
     else { xr = -b; xi = a; }
   } else {
-    const T c = splat<T>(kC16[e16]), s = splat<T>(kC16[(e16 + 12) % 16]);  // cos, sin of 2 pi e16/16
+    const T c = splat<T>(kC32[e32]), s = splat<T>(kC32[(e32 + 24) % 32]);  // cos, sin of 2 pi e32/32
     T t = xr * c + xi * s;
     xi = xi * c - xr * s;
     xr = t;
@@ -210,7 +218,7 @@ template <class T> struct Bfly<7, T> : BflyOdd<7, T> {};
 template <class T> struct Bfly<11, T> : BflyOdd<11, T> {};
 template <class T> struct Bfly<13, T> : BflyOdd<13, T> {};
 
-// Composite R = R1 * R2 (4 x 4, 2 x 4, 3 x 3): index j = j1 + R1 j2,
+// Composite R = R1 * R2 (4 x 4, 2 x 4, 4 x 8, 3 x 3): index j = j1 + R1 j2,
 // k = k2 + R2 k1; R2-point DFTs over j2, rotation by w_R^(j1 k2), R1-point
 // DFTs over j1.
 template <int R1, int R2, class T> struct BflyComp {
@@ -246,6 +254,7 @@ template <int R1, int R2, class T> struct BflyComp {
 };
 template <class T> struct Bfly<8, T> : BflyComp<2, 4, T> {};
 template <class T> struct Bfly<16, T> : BflyComp<4, 4, T> {};
+template <class T> struct Bfly<32, T> : BflyComp<4, 8, T> {};
 template <class T> struct Bfly<9, T> : BflyComp<3, 3, T> {};
 
 // Element access by layout mode: 0 split arrays (r, i), 1 interleaved pairs
@@ -351,18 +360,20 @@ template <int W, int D, class V, std::size_t... I> NXL_AI V shuf_hi(V a, V b, st
   return __builtin_shufflevector(a, b, ((I & D) ? (W + I) : (I + D))...);
 }
 // Transpose of a W x W block held as W row vectors, by log2(W) stages of
-// pairwise interleaves at distances 1, 2, 4, ...
-template <int W, int D, class V> NXL_AI void transpose(V *a) {
-  if constexpr (D < W) {
+// pairwise interleaves at distances 1, 2, 4, ... With Rows < W (a power of
+// two), the W/Rows blocks of Rows x Rows side by side in Rows vectors are
+// transposed each in place (the interleaves stay within each block).
+template <int W, int D, class V, int Rows = W> NXL_AI void transpose(V *a) {
+  if constexpr (D < Rows) {
 #pragma clang loop unroll(full)
-    for (int r = 0; r < W; ++r) {
+    for (int r = 0; r < Rows; ++r) {
       if (r & D) continue;
       const V lo = shuf_lo<W, D>(a[r], a[r + D], std::make_index_sequence<W>{});
       const V hi = shuf_hi<W, D>(a[r], a[r + D], std::make_index_sequence<W>{});
       a[r] = lo;
       a[r + D] = hi;
     }
-    transpose<W, 2 * D>(a);
+    transpose<W, 2 * D, V, Rows>(a);
   }
 }
 template <class V, std::size_t... I> NXL_AI V even(V a, V b, std::index_sequence<I...>) {
@@ -388,21 +399,23 @@ template <int IM, int W, class V, class T> NXL_AI void vld(const T *r, const T *
 // W butterflies of radix W at p .. p+W-1 (p % W == 0) of a first pass with
 // m butterflies: loaded as W vectors (vector j = points p + j*m ..), the
 // butterfly across the vectors, the twiddles ([k-1][p] layout) and a W x W
-// transpose, after which a[q] holds outputs W*(p+q) + k, k < W.
-template <int W, int IM, class V, class T>
+// transpose, after which a[q] holds outputs W*(p+q) + k, k < W. With
+// Rows < W: radix Rows on W butterflies, the W/Rows blocks of Rows lanes
+// each transposed in place.
+template <int W, int IM, int Rows = W, class V, class T>
 NXL_AI void first_chunk(const T *xr, const T *xi, long p, long m, const T *twr, const T *twi, V *ar, V *ai) {
 #pragma clang loop unroll(full)
-  for (int j = 0; j < W; ++j) vld<IM, W>(xr, xi, p + j * m, ar[j], ai[j]);
-  Bfly<W, V>::run(ar, ai);
+  for (int j = 0; j < Rows; ++j) vld<IM, W>(xr, xi, p + j * m, ar[j], ai[j]);
+  Bfly<Rows, V>::run(ar, ai);
 #pragma clang loop unroll(full)
-  for (int k = 1; k < W; ++k) {
+  for (int k = 1; k < Rows; ++k) {
     const V wr = vload<V>(twr + (k - 1) * m + p), wi = vload<V>(twi + (k - 1) * m + p);
     const V a = ar[k], b = ai[k];
     ar[k] = a * wr - b * wi;
     ai[k] = a * wi + b * wr;
   }
-  transpose<W, 1>(ar);
-  transpose<W, 1>(ai);
+  transpose<W, 1, V, Rows>(ar);
+  transpose<W, 1, V, Rows>(ai);
 }
 
 template <int IM, class T>
@@ -984,6 +997,20 @@ template <class T> void scale(long n, long b, T *p, long stride, long dist, T s)
 // vectors then take an M-point butterfly across them: vector k2 holds
 // X[W*k2 + k], k < W, stored as one vector (or two, interleaved).
 
+// Vector k of a[0..Count) to element W*k, scaled when Scaled.
+template <int OM, int W, int Count, bool Scaled, class V, class T>
+NXL_AI void store_rows(T *yr, T *yi, const V *ar, const V *ai, T scale) {
+#pragma clang loop unroll(full)
+  for (int k = 0; k < Count; ++k) {
+    V a = ar[k], b = ai[k];
+    if constexpr (Scaled) {
+      a = a * scale;
+      b = b * scale;
+    }
+    vst<OM, W>(yr, yi, W * k, a, b);
+  }
+}
+
 template <int N, int W, int IM, int OM, bool Scaled, class T>
 NXL_AI void small_one(const T *xr, const T *xi, T *yr, T *yi, const T *__restrict twr, const T *__restrict twi,
                       T scale) {
@@ -1001,38 +1028,82 @@ NXL_AI void small_one(const T *xr, const T *xi, T *yr, T *yi, const T *__restric
     }
   }
   Bfly<M, V>::run(br, bi);
-#pragma clang loop unroll(full)
-  for (int k2 = 0; k2 < M; ++k2) {
-    V a = br[k2], b = bi[k2];
-    if constexpr (Scaled) {
-      a = a * scale;
-      b = b * scale;
-    }
-    vst<OM, W>(yr, yi, W * k2, a, b);
+  store_rows<OM, W, M, Scaled>(yr, yi, br, bi, scale);
+}
+
+
+// The same for n = W*W/2 points (W the code path's full vector length) in
+// n/W whole vectors, vector j = points W*j .. W*j + W-1, taken as the two
+// halves of H = W/2 lanes of the (n/H) x H scheme above: row p of the
+// M = 2H rows is the half p / H of vector p % H. The H-point butterflies
+// across the vectors and the twiddles ([k-1][p] layout, k < H, p < M) run on
+// whole vectors, the H x H transposes within each half; then the M-point
+// butterfly splits as 2 x H: the sum and difference of the two halves of each
+// vector (the latter turned by w_M^q), and H-point butterflies across the
+// vectors, after which vector k holds X[W*k .. W*k + W-1].
+template <class V, std::size_t... I> NXL_AI V swap_halves(V a, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, a, ((I + sizeof...(I) / 2) % sizeof...(I))...);
+}
+template <class V, std::size_t... I> NXL_AI V low_high(V a, V b, std::index_sequence<I...>) {
+  return __builtin_shufflevector(a, b, (I < sizeof...(I) / 2 ? I : sizeof...(I) + I)...);
+}
+template <int H, int Q, class V> NXL_AI void halves_step(V *ar, V *ai) {
+  if constexpr (Q < H) {
+    constexpr int W = 2 * H;
+    const V tr = swap_halves(ar[Q], std::make_index_sequence<W>{}),
+            ti = swap_halves(ai[Q], std::make_index_sequence<W>{});
+    const V sr = ar[Q] + tr, si = ai[Q] + ti;  // low half: lo + hi
+    V dr = tr - ar[Q], di = ti - ai[Q];        // high half: lo - hi
+    rot<2 * H, Q>(dr, di);
+    ar[Q] = low_high(sr, dr, std::make_index_sequence<W>{});
+    ai[Q] = low_high(si, di, std::make_index_sequence<W>{});
+    halves_step<H, Q + 1>(ar, ai);
   }
 }
 
-template <int N, int W, int IM, int OM, class T>
+template <int N, int W, int IM, int OM, bool Scaled, class T>
+NXL_AI void small_half_one(const T *xr, const T *xi, T *yr, T *yi, const T *__restrict twr,
+                           const T *__restrict twi, T scale) {
+  using V = typename Vec<T, W>::type;
+  constexpr int H = W / 2, M = 2 * H;
+  static_assert(N == W * H, "n = W*W/2 points");
+  V ar[H], ai[H];
+  first_chunk<W, IM, H>(xr, xi, 0, M, twr, twi, ar, ai);
+  halves_step<H, 0>(ar, ai);
+  Bfly<H, V>::run(ar, ai);
+  store_rows<OM, W, H, Scaled>(yr, yi, ar, ai, scale);
+}
+
+// hm transforms through either scheme (Half: the whole-vector one), the
+// scaling compiled out when the scale is 1.
+template <int N, int W, int IM, int OM, bool Half, class T>
 void small_fft(long hm, const T *xr, const T *xi, long xd, T *yr, T *yi, long yd, const T *twr, const T *twi,
                T scale) {
-  if (scale == T(1)) {
-    for (long t = 0; t < hm; ++t)
-      small_one<N, W, IM, OM, false>(xr + t * xd, xi + t * xd, yr + t * yd, yi + t * yd, twr, twi, scale);
-  } else {
-    for (long t = 0; t < hm; ++t)
-      small_one<N, W, IM, OM, true>(xr + t * xd, xi + t * xd, yr + t * yd, yi + t * yd, twr, twi, scale);
-  }
+  auto run = [&](auto scaled) {
+    constexpr bool S = decltype(scaled)::value;
+    for (long t = 0; t < hm; ++t) {
+      if constexpr (Half)
+        small_half_one<N, W, IM, OM, S>(xr + t * xd, xi + t * xd, yr + t * yd, yi + t * yd, twr, twi, scale);
+      else
+        small_one<N, W, IM, OM, S>(xr + t * xd, xi + t * xd, yr + t * yd, yi + t * yd, twr, twi, scale);
+    }
+  };
+  if (scale == T(1)) run(std::false_type{});
+  else run(std::true_type{});
 }
 
 // Vector width of the in-register transform of 2^e points: the widest power
 // of two W with W*W <= n that the code path's vectors hold, when the n/W
-// vectors of each part fit the registers (n/W <= 16: longer ones spill and
-// lose to two passes through memory); 0 when there is none.
+// vectors of each part do not overflow the registers by too much: n/W <= 32
+// with the 32 registers of AVX-512 (the M-point butterfly, 4 x 8, spills a
+// little and still beats three passes through memory), n/W <= 16 with 16
+// registers (longer ones lose to the passes); 0 when there is none.
 template <class T> constexpr int small_width(int e) {
   const long n = 1L << e;
+  constexpr long max_rows = kVBytes == 64 ? 32 : 16;
   int w = kVBytes / static_cast<int>(sizeof(T));
   while (w > 2 && static_cast<long>(w) * w > n) w /= 2;
-  if (static_cast<long>(w) * w > n || n / w > 16) return 0;
+  if (static_cast<long>(w) * w > n || n / w > max_rows) return 0;
   return w;
 }
 
@@ -1040,12 +1111,16 @@ template <int E, class T> constexpr void fill_small(KernelTable<T> &t) {
   constexpr int W = small_width<T>(E);
   if constexpr (W > 0) {
     constexpr int N = 1 << E;
+    constexpr int WF = kVBytes / static_cast<int>(sizeof(T));
+    // W*W/2 points in whole vectors rather than 2W half vectors.
+    constexpr bool Half = kVBytes == 64 && 2 * W == WF && N == W * WF;
+    constexpr int WK = Half ? WF : W;
     t.small_w[E] = W;
-    t.small[E][dft::kIO00] = small_fft<N, W, 0, 0, T>;
-    t.small[E][dft::kIO11] = small_fft<N, W, 1, 1, T>;
-    t.small[E][dft::kIO22] = small_fft<N, W, 2, 2, T>;
-    t.small[E][dft::kIO10] = small_fft<N, W, 1, 0, T>;
-    t.small[E][dft::kIO02] = small_fft<N, W, 0, 2, T>;
+    t.small[E][dft::kIO00] = small_fft<N, WK, 0, 0, Half, T>;
+    t.small[E][dft::kIO11] = small_fft<N, WK, 1, 1, Half, T>;
+    t.small[E][dft::kIO22] = small_fft<N, WK, 2, 2, Half, T>;
+    t.small[E][dft::kIO10] = small_fft<N, WK, 1, 0, Half, T>;
+    t.small[E][dft::kIO02] = small_fft<N, WK, 0, 2, Half, T>;
   }
   if constexpr (E < dft::kSmallMaxLog) fill_small<E + 1, T>(t);
 }

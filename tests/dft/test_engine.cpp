@@ -182,6 +182,38 @@ TEST(EngineC2C, EveryKernelBuild) {
   E::set_kernel_override(-1);
 }
 
+// Powers of two 2 .. 2^14 on every kernel build of the processor: the
+// in-register transforms (up to 32 vectors on AVX-512), the first pass of the
+// vector length and the passes of 8 and 4 after it, against long-double
+// references computed once per length and precision; strided split layouts
+// for the lengths in several passes.
+template <class R> void check_powers_of_two(const std::vector<int> &builds) {
+  for (int e = 1; e <= 14; ++e) {
+    const long n = 1L << e;
+    const auto xr = to<R>(random_complex(n, static_cast<std::uint64_t>(e) + 500));
+    const auto xin = from<R>(xr);
+    const auto fwd = reference(xin, -1), bwd = reference(xin, +1);
+    if (fwd.empty() || bwd.empty()) continue;
+    for (int kb : builds) {
+      E::set_kernel_override(kb);
+      EXPECT_LE(rel_rms(run_c2c<R>(xr, -1), fwd), bound<R>(n)) << "n=" << n << " build=" << kb;
+      EXPECT_LE(rel_rms(run_c2c<R>(xr, +1), bwd), bound<R>(n)) << "backward n=" << n << " build=" << kb;
+      if (e == 9 || e == 11) check_layouts<R>(n, 2);
+    }
+  }
+  E::set_kernel_override(-1);
+}
+
+TEST(EngineC2C, PowersOfTwoEveryKernelBuild) {
+  const int top = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") ? 7
+                  : __builtin_cpu_supports("avx2") ? 4 : 2;
+  std::vector<int> builds;
+  for (int kb = 0; kb <= 7; ++kb)
+    if (kb <= top || kb == 7) builds.push_back(kb);
+  check_powers_of_two<double>(builds);
+  check_powers_of_two<float>(builds);
+}
+
 // Real transforms against the complex reference of the real input.
 template <class R> void check_real(long n, long hm) {
   const long h = n / 2;
