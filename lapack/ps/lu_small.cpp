@@ -185,16 +185,7 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
     if (j1 >= m) continue;
     T *trail = a + j1 * lda;
     auto coef = [&](int q, idx col) { return trail[j0 + q + col * lda]; };
-    switch (jb) {
-      case 8: rank_update<T, 8>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 7: rank_update<T, 7>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 6: rank_update<T, 6>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 5: rank_update<T, 5>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 4: rank_update<T, 4>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 3: rank_update<T, 3>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 2: rank_update<T, 2>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      default: rank_update<T, 1>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-    }
+    block_update<T, false, false>(j1, m, trail, lda, n - j1, blk, lda, jb, [&](idx q, idx col) { return coef(static_cast<int>(q), col); });
   }
 }
 
