@@ -182,10 +182,19 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
                           [&](int, idx col) { return cj[j + (col + 1) * lda]; });
     }
     // The panel's interchanges applied to the columns left and right of it.
-    const row_moves moves(j0, j1, ipiv);
-    if (moves.count) {
-      moves.apply(a, lda, 0, j0);
-      moves.apply(a, lda, j1, n);
+    // Up to 32 columns the exchanges go one by one.
+    if (n <= 32) {
+      for (idx j = j0; j < j1; ++j)
+        if (ipiv[j] - 1 != j) {
+          swap_rows(a, lda, 0, j0, j, ipiv[j] - 1);
+          swap_rows(a, lda, j1, n, j, ipiv[j] - 1);
+        }
+    } else {
+      const row_moves moves(j0, j1, ipiv);
+      if (moves.count) {
+        moves.apply(a, lda, 0, j0);
+        moves.apply(a, lda, j1, n);
+      }
     }
     if (j1 >= n) break;
     // Rows j0..j1-1 of U right of the panel: unit lower triangular solve,
