@@ -61,18 +61,52 @@ template <class T, int JB> void lower_panel_solve(idx lo, idx hi, T *p, idx lda,
   using S = simd<T>;
   using V = typename S::V;
   using R = real_t<T>;
+  constexpr idx E = S::E;
   R rinv[JB];
   for (int c = 0; c < JB; ++c) rinv[c] = R(1) / re(d[c + c * lda]);
-  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
-    V v[JB], vr[JB], keep[JB];
-    for (int c = 0; c < JB; ++c) v[c] = keep[c] = S::load(p + ws + c * lda);
+  // NW windows from ws side by side, so that the chains of the columns'
+  // dependent steps overlap; each column's sum kept in real and imaginary
+  // parts (see block_update), with no lane shuffle inside it.
+  auto run = [&]<int NW>(idx ws, idx l, idx top) __attribute__((always_inline)) {
+    V v[NW][JB];
+    for (int w = 0; w < NW; ++w)
+      for (int c = 0; c < JB; ++c) v[w][c] = S::load(p + ws + w * E + c * lda);
     for (int c = 0; c < JB; ++c) {
-      for (int q = 0; q < c; ++q) v[c] = typename S::template factor<true>(d[c + q * lda]).minus(v[c], v[q], vr[q]);
-      v[c] = v[c] * S::splat(rinv[c]);
-      vr[c] = S::rot(v[c]);
+      V ai[NW];
+      for (int w = 0; w < NW; ++w) ai[w] = S::splat(0);
+      for (int q = 0; q < c; ++q) {
+        const T f = d[c + q * lda];
+        const V fr = S::splat(re(f)), fi = S::splat(im(f));
+        for (int w = 0; w < NW; ++w) {
+          v[w][c] -= v[w][q] * fr;
+          if constexpr (S::cplx) ai[w] += v[w][q] * fi;
+        }
+      }
+      // x * conj(f) = x re(f) - i x im(f).
+      for (int w = 0; w < NW; ++w) {
+        if constexpr (S::cplx) v[w][c] += S::rot(ai[w]);
+        v[w][c] = v[w][c] * S::splat(rinv[c]);
+      }
     }
-    for (int c = 0; c < JB; ++c) put(p + c * lda, ws, l, top, v[c], keep[c]);
-  });
+    for (int w = 0; w < NW; ++w) {
+      const idx wl = ws + w * E > l ? ws + w * E : l, wt = ws + (w + 1) * E < top ? ws + (w + 1) * E : top;
+      for (int c = 0; c < JB; ++c) {
+        T *col = p + c * lda + ws + w * E;
+        if (wl == ws + w * E && wt == ws + (w + 1) * E) S::store(col, v[w][c]);
+        else put(p + c * lda, ws + w * E, wl, wt, v[w][c], S::load(col));
+      }
+    }
+  };
+  for (idx top = hi; top > lo;) {
+    if (top - 2 * E >= lo) {
+      run.template operator()<2>(top - 2 * E, top - 2 * E, top);
+      top -= 2 * E;
+    } else {
+      const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
+      run.template operator()<1>(ws, l, top);
+      top = l;
+    }
+  }
 }
 
 // Blocked left-looking A = L L^H on vectors, for n above the register

@@ -69,6 +69,40 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
   }
 }
 
+// The interchanges of the rows r0..r1-1 (ipiv, 1-based, at most 8 of
+// them) as one permutation of the at most 16 rows they touch: row dst[t]
+// takes the entry of row src[t].
+struct row_moves {
+  idx dst[16], src[16];
+  int count = 0;
+  row_moves(idx r0, idx r1, const idx *ipiv) {
+    auto slot = [&](idx row) {
+      for (int t = 0; t < count; ++t)
+        if (dst[t] == row) return t;
+      dst[count] = src[count] = row;
+      return count++;
+    };
+    for (idx r = r0; r < r1; ++r) {
+      const idx p = ipiv[r] - 1;
+      if (p == r) continue;
+      const int x = slot(r), y = slot(p);
+      const idx t = src[x];
+      src[x] = src[y];
+      src[y] = t;
+    }
+  }
+  // Applied to the columns [c0, c1): all the entries of a column read, then
+  // written, so the exchanges form no chain through memory.
+  template <class T> void apply(T *a, idx lda, idx c0, idx c1) const {
+    for (idx c = c0; c < c1; ++c) {
+      T *col = a + c * lda;
+      T v[16];
+      for (int t = 0; t < count; ++t) v[t] = col[src[t]];
+      for (int t = 0; t < count; ++t) col[dst[t]] = v[t];
+    }
+  }
+};
+
 // X := L^{-1} X for the JB x ncols block X at u (leading dimension ld) and
 // the unit lower triangle of order JB at l: each column of X is held in
 // vectors (rows as lanes) and takes JB multiply-adds with the columns of L,
@@ -147,11 +181,21 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
         rank_update<T, 1>(j + 1, m, cj + lda, lda, jb - c - 1, cj, lda,
                           [&](int, idx col) { return cj[j + (col + 1) * lda]; });
     }
-    for (idx j = j0; j < j1; ++j)
-      if (ipiv[j] - 1 != j) {
-        swap_rows(a, lda, 0, j0, j, ipiv[j] - 1);
-        swap_rows(a, lda, j1, n, j, ipiv[j] - 1);
+    // The panel's interchanges applied to the columns left and right of it.
+    // Up to 32 columns the exchanges go one by one.
+    if (n <= 32) {
+      for (idx j = j0; j < j1; ++j)
+        if (ipiv[j] - 1 != j) {
+          swap_rows(a, lda, 0, j0, j, ipiv[j] - 1);
+          swap_rows(a, lda, j1, n, j, ipiv[j] - 1);
+        }
+    } else {
+      const row_moves moves(j0, j1, ipiv);
+      if (moves.count) {
+        moves.apply(a, lda, 0, j0);
+        moves.apply(a, lda, j1, n);
       }
+    }
     if (j1 >= n) break;
     // Rows j0..j1-1 of U right of the panel: unit lower triangular solve,
     // on vectors when whole windows from row j0 lie inside the columns.
@@ -184,17 +228,8 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
     }
     if (j1 >= m) continue;
     T *trail = a + j1 * lda;
-    auto coef = [&](int q, idx col) { return trail[j0 + q + col * lda]; };
-    switch (jb) {
-      case 8: rank_update<T, 8>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 7: rank_update<T, 7>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 6: rank_update<T, 6>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 5: rank_update<T, 5>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 4: rank_update<T, 4>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 3: rank_update<T, 3>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      case 2: rank_update<T, 2>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-      default: rank_update<T, 1>(j1, m, trail, lda, n - j1, blk, lda, coef); break;
-    }
+    block_update<T, false, false>(j1, m, trail, lda, n - j1, blk, lda, jb,
+                                  [&](idx q, idx col) { return trail[j0 + q + col * lda]; });
   }
 }
 

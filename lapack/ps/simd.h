@@ -146,50 +146,103 @@ template <class T> void column_scale(idx lo, idx hi, T *dst, T s) {
   });
 }
 
-// The columns c < JB of dst (rows [lo, hi)) less a rank-K product:
-// dst_c -= sum_k src_k * coef(k, c) (conjugated coefficients when Conj),
-// held in JB vector accumulators per window, two whole windows side by side
-// where they fit (each coefficient then serves both). With Diag, column c
-// changes only from row lo + c down (a triangle's columns).
-template <class T, int JB, bool Conj, bool Diag, class Coef>
-void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K, Coef coef) {
+// One tile of block_update: NW windows from ws (changing the rows [l, top))
+// by the NC columns c0.. of dst. Each product is kept in two accumulators:
+// src times the coefficients' real parts, and src times their imaginary
+// parts, turned by i (rot) once at the end, so the loop over k is only
+// multiply-adds into independent registers, no lane shuffles.
+template <class T, int NW, int NC, bool Conj, bool Diag, class Coef>
+__attribute__((always_inline)) inline void update_tile(idx lo, idx ws, idx l, idx top, T *dst, idx ldd, idx c0,
+                                                       const T *src, idx lds, idx K, Coef &coef) {
   using S = simd<T>;
   using V = typename S::V;
   constexpr idx E = S::E;
-  // NW windows starting at ws (each E rows), changing the rows [l, top).
-  auto run = [&]<int NW>(idx ws, idx l, idx top) __attribute__((always_inline)) {
-    V acc[NW][JB], keep[NW][JB];
-    for (int w = 0; w < NW; ++w)
-      for (int c = 0; c < JB; ++c) acc[w][c] = keep[w][c] = S::load(dst + ws + w * E + c * ldd);
-    for (idx k = 0; k < K; ++k) {
-      V x[NW], xr[NW];
-      for (int w = 0; w < NW; ++w) {
-        x[w] = S::load(src + ws + w * E + k * lds);
-        xr[w] = S::rot(x[w]);
-      }
-      for (int c = 0; c < JB; ++c) {
-        const typename S::template factor<Conj> f(coef(k, c));
-        for (int w = 0; w < NW; ++w) acc[w][c] = f.minus(acc[w][c], x[w], xr[w]);
+  V ar[NW][NC], ai[NW][NC];
+  for (int w = 0; w < NW; ++w)
+    for (int c = 0; c < NC; ++c) {
+      ar[w][c] = S::load(dst + ws + w * E + (c0 + c) * ldd);
+      ai[w][c] = S::splat(0);
+    }
+  for (idx k = 0; k < K; ++k) {
+    V x[NW];
+    for (int w = 0; w < NW; ++w) x[w] = S::load(src + ws + w * E + k * lds);
+    for (int c = 0; c < NC; ++c) {
+      const T f = coef(k, c0 + c);
+      const V fr = S::splat(re(f));
+      for (int w = 0; w < NW; ++w) ar[w][c] -= x[w] * fr;
+      if constexpr (S::cplx) {
+        const V fi = S::splat(im(f));
+        for (int w = 0; w < NW; ++w) ai[w][c] += x[w] * fi;
       }
     }
-    for (int w = 0; w < NW; ++w) {
-      const idx wl = ws + w * E > l ? ws + w * E : l, wt = ws + (w + 1) * E < top ? ws + (w + 1) * E : top;
-      for (int c = 0; c < JB; ++c) {
-        const idx from = Diag && wl < lo + c ? lo + c : wl;
-        put(dst + c * ldd, ws + w * E, from, wt > from ? wt : from, acc[w][c], keep[w][c]);
-      }
+  }
+  for (int w = 0; w < NW; ++w) {
+    const idx wl = ws + w * E > l ? ws + w * E : l, wt = ws + (w + 1) * E < top ? ws + (w + 1) * E : top;
+    for (int c = 0; c < NC; ++c) {
+      V r = ar[w][c];
+      if constexpr (S::cplx) r = Conj ? r + S::rot(ai[w][c]) : r - S::rot(ai[w][c]);
+      const idx cg = c0 + c, from = Diag && wl < lo + cg ? lo + cg : wl;
+      T *d = dst + cg * ldd;
+      if (from == ws + w * E && wt == ws + (w + 1) * E) S::store(d + ws + w * E, r);
+      else if (from < wt) put(d, ws + w * E, from, wt, r, S::load(d + ws + w * E));
     }
+  }
+}
+
+// Tile shape of block_update: as many accumulators as leave registers for
+// the source windows and the coefficients (32 vector registers on the
+// 512-bit paths, 16 on the others, where a vector here is two or four).
+template <class T> struct tile_shape {
+#if defined(__AVX512F__)
+  static constexpr int NW = 2, NC = is_complex_v<T> ? 4 : 8;
+#else
+  static constexpr int NW = 1, NC = is_complex_v<T> ? 2 : 4;
+#endif
+};
+
+// The columns c < ncols of dst (rows [lo, hi)) less a rank-K product:
+// dst_c -= sum_k src_k * coef(k, c) (conjugated coefficients when Conj), by
+// tiles of whole windows from the bottom up and groups of columns. With
+// Diag, column c changes only from row lo + c down (a triangle's columns).
+// Needs hi >= E or columns of at least E rows; src and dst must not overlap.
+template <class T, bool Conj, bool Diag, class Coef>
+void block_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx lds, idx K, Coef coef) {
+  using S = simd<T>;
+  constexpr idx E = S::E;
+  constexpr int NW = tile_shape<T>::NW, NC = tile_shape<T>::NC;
+  // The columns in groups of NC, then NC / 2, ... for the rest.
+  auto columns = [&]<int W>(idx ws, idx l, idx top) __attribute__((always_inline)) {
+    idx c0 = 0;
+    for (; c0 + NC <= ncols; c0 += NC) update_tile<T, W, NC, Conj, Diag>(lo, ws, l, top, dst, ldd, c0, src, lds, K, coef);
+    if constexpr (NC >= 8)
+      if (c0 + 4 <= ncols) {
+        update_tile<T, W, 4, Conj, Diag>(lo, ws, l, top, dst, ldd, c0, src, lds, K, coef);
+        c0 += 4;
+      }
+    if constexpr (NC >= 4)
+      if (c0 + 2 <= ncols) {
+        update_tile<T, W, 2, Conj, Diag>(lo, ws, l, top, dst, ldd, c0, src, lds, K, coef);
+        c0 += 2;
+      }
+    if (c0 < ncols) update_tile<T, W, 1, Conj, Diag>(lo, ws, l, top, dst, ldd, c0, src, lds, K, coef);
   };
   for (idx top = hi; top > lo;) {
-    if (top - 2 * E >= lo) {
-      run.template operator()<2>(top - 2 * E, top - 2 * E, top);
-      top -= 2 * E;
+    if (NW > 1 && top - NW * E >= lo) {
+      columns.template operator()<NW>(top - NW * E, top - NW * E, top);
+      top -= NW * E;
     } else {
       const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
-      run.template operator()<1>(ws, l, top);
+      columns.template operator()<1>(ws, l, top);
       top = l;
     }
   }
+}
+
+// block_update of JB columns (a block of a triangle's columns).
+template <class T, int JB, bool Conj, bool Diag, class Coef>
+void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K, Coef coef) {
+  block_update<T, Conj, Diag>(lo, hi, dst, ldd, JB, src, lds, K,
+                              [&](idx k, idx c) { return coef(k, static_cast<int>(c)); });
 }
 
 // Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of

@@ -139,6 +139,49 @@ TYPED_TEST(SmallLu, NanAndInfinity) {
   }
 }
 
+// Tall blocks of up to 64 columns go through the kernel in one call, panel
+// by panel: residuals with padded leading dimensions, a zero column in a
+// later panel (info, the other columns still factored) and a NaN that
+// becomes the pivot of a later column.
+TYPED_TEST(SmallLu, TallBlocksPanelByPanel) {
+  using T = TypeParam;
+  for (idx n : {17, 24, 40, 63, 64})
+    for (idx m : {n, n + 1, 2 * n + 7, idx(300)}) {
+      const idx lda = m + 5;
+      auto a0 = padded<T>(m, n, lda, static_cast<unsigned>(m * 3 + n));
+      auto a = a0;
+      std::vector<idx> ipiv;
+      idx info = -9;
+      factor(m, n, a, lda, ipiv, info);
+      ASSERT_EQ(info, 0) << m << "x" << n;
+      EXPECT_LT(lt::lu_residual(m, n, a0.data(), lda, a.data(), ipiv.data()), 30.0) << m << "x" << n;
+      for (idx j = 0; j < n; ++j)
+        for (idx i = m; i < lda; ++i) ASSERT_EQ(a[i + j * lda], sentinel<T>()) << m << "x" << n;
+
+      const idx k = n - 7;
+      for (idx i = 0; i < m; ++i) a0[i + k * lda] = T(0);
+      a = a0;
+      factor(m, n, a, lda, ipiv, info);
+      EXPECT_EQ(info, k + 1) << m << "x" << n;
+      EXPECT_LT(lt::lu_residual(m, n, a0.data(), lda, a.data(), ipiv.data()), 30.0) << m << "x" << n;
+    }
+  using R = lt::real_t<T>;
+  for (idx n : {20, 64}) {
+    const idx m = n + 9;
+    auto a = padded<T>(m, n, m, static_cast<unsigned>(n));
+    // Row m-2 is zero left of column 9, so no earlier step takes it, and NaN
+    // in column 9.
+    for (idx j = 0; j < 9; ++j) a[m - 2 + j * m] = T(0);
+    a[m - 2 + 9 * m] = T(std::numeric_limits<R>::quiet_NaN());
+    a[0] = T(100);
+    std::vector<idx> ipiv;
+    idx info = 0;
+    factor(m, n, a, m, ipiv, info);
+    // The NaN row stays NaN under the updates and is column 9's pivot.
+    EXPECT_EQ(ipiv[9], m - 1) << n;
+  }
+}
+
 // A tiny pivot (below the safe minimum) divides instead of multiplying by a
 // reciprocal that would overflow.
 TYPED_TEST(SmallLu, TinyPivotDivides) {
