@@ -78,9 +78,7 @@ int getrf_local(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx pthread, 
   *info = 0;
   idx mn = imin(m, n);
   if (mn == 0) return 0;
-  // Up to 64 columns the code path's kernel factors the whole block in
-  // panels of its own, with no oracle query and no level-3 calls.
-  idx nb = n <= 64 && m <= 4096 ? mn : ilaenv_t<T>(1, "GETRF", "S", m, n, -1, -1);
+  idx nb = ilaenv_t<T>(1, "GETRF", "S", m, n, -1, -1);
   if (nb < 2 || nb >= mn) {
     getf2_work<T>(m, n, a, lda, ipiv, info);
     return progress<T>(pthread, n + poffset);
