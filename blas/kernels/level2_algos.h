@@ -25,6 +25,8 @@ inline constexpr idx kNB = 64;
 inline constexpr idx kCB = 256;
 // Columns per group of the band algorithms on ragged columns.
 inline constexpr idx kBG = 8;
+// Blocks ahead that band_block prefetches.
+inline constexpr idx kBandAhead = 4;
 // Elements of T in one vector of the code path.
 template <class T>
 constexpr idx block_rows() {
@@ -135,7 +137,7 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
     T acc[VB];
     for (idx b = 0; b < m; b += VB) {
       const idx e = b + VB < m ? b + VB : m;
-      band_block(b, e, n, kl, ku, a, lda, ku, x, acc);
+      band_block(b, e, n, kl, ku, a, lda, ku, x, acc, 0, -1, kBandAhead * lanes<real_t<T>>::VL);
       for (idx r = b; r < e; ++r) y[r] = y[r] + mul(alpha, acc[r - b]);
     }
     return;
@@ -443,8 +445,40 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, c
   T acc[VB];
   for (idx bi = b0; bi < b1; ++bi) {
     const idx b = (upper ? bi : b1 - 1 - (bi - b0)) * VB, e = b + VB < n ? b + VB : n;
-    band_block(b, e, n, kl, ku, a, lda, off, xc, acc);
+    band_block(b, e, n, kl, ku, a, lda, off, xc, acc, 0, -1,
+               (upper ? kBandAhead : -kBandAhead) * lanes<real_t<T>>::VL);
     for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + xc[r] : acc[r - b];
+  }
+}
+
+// Band triangular solve A x = b, unit stride: blocks of rows of one vector,
+// from the last block down (upper) or the first up (lower). A block's sums
+// over the columns beside it, all solved already, come from band_block in
+// registers; its own triangle is then solved by substitution, column by
+// column, on the block's right-hand sides held in a small array.
+template <class T>
+void tbsv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
+  constexpr idx VB = block_rows<T>();
+  const idx kl = upper ? 0 : k, ku = upper ? k : 0, off = upper ? k : 0;
+  const idx nb = (n + VB - 1) / VB;
+  T acc[VB], v[VB];
+  for (idx bi = 0; bi < nb; ++bi) {
+    const idx b = (upper ? nb - 1 - bi : bi) * VB, e = b + VB < n ? b + VB : n;
+    band_block(b, e, n, kl, ku, a, lda, off, x, acc, upper ? e : 0, upper ? n : b,
+               (upper ? -kBandAhead : kBandAhead) * lanes<real_t<T>>::VL);
+    for (idx r = b; r < e; ++r) v[r - b] = x[r] - acc[r - b];
+    for (idx s = 0; s < e - b; ++s) {
+      const idx c = upper ? e - 1 - s : b + s;
+      const T *col = a + c * lda + off - c;  // A(r, c) at col[r]
+      const T xc = unit ? v[c - b] : div(v[c - b], col[c]);
+      x[c] = xc;
+      if (upper) {
+        for (idx r = c - k > b ? c - k : b; r < c; ++r) v[r - b] = v[r - b] - mul(col[r], xc);
+      } else {
+        const idx r1 = c + k + 1 < e ? c + k + 1 : e;
+        for (idx r = c + 1; r < r1; ++r) v[r - b] = v[r - b] - mul(col[r], xc);
+      }
+    }
   }
 }
 
