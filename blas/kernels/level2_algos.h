@@ -25,8 +25,6 @@ inline constexpr idx kNB = 64;
 inline constexpr idx kCB = 256;
 // Columns per group of the band algorithms on ragged columns.
 inline constexpr idx kBG = 8;
-// Blocks ahead that band_block prefetches.
-inline constexpr idx kBandAhead = 4;
 // Elements of T in one vector of the code path.
 template <class T>
 constexpr idx block_rows() {
@@ -137,7 +135,7 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
     T acc[VB];
     for (idx b = 0; b < m; b += VB) {
       const idx e = b + VB < m ? b + VB : m;
-      band_block(b, e, n, kl, ku, a, lda, ku, x, acc, 0, -1, kBandAhead * lanes<real_t<T>>::VL);
+      band_block(b, e, n, kl, ku, a, lda, ku, x, acc);
       for (idx r = b; r < e; ++r) y[r] = y[r] + mul(alpha, acc[r - b]);
     }
     return;
@@ -445,8 +443,7 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, c
   T acc[VB];
   for (idx bi = b0; bi < b1; ++bi) {
     const idx b = (upper ? bi : b1 - 1 - (bi - b0)) * VB, e = b + VB < n ? b + VB : n;
-    band_block(b, e, n, kl, ku, a, lda, off, xc, acc, 0, -1,
-               (upper ? kBandAhead : -kBandAhead) * lanes<real_t<T>>::VL);
+    band_block(b, e, n, kl, ku, a, lda, off, xc, acc);
     for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + xc[r] : acc[r - b];
   }
 }
@@ -464,8 +461,7 @@ void tbsv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
   T acc[VB], v[VB];
   for (idx bi = 0; bi < nb; ++bi) {
     const idx b = (upper ? nb - 1 - bi : bi) * VB, e = b + VB < n ? b + VB : n;
-    band_block(b, e, n, kl, ku, a, lda, off, x, acc, upper ? e : 0, upper ? n : b,
-               (upper ? -kBandAhead : kBandAhead) * lanes<real_t<T>>::VL);
+    band_block(b, e, n, kl, ku, a, lda, off, x, acc, upper ? e : 0, upper ? n : b);
     for (idx r = b; r < e; ++r) v[r - b] = x[r] - acc[r - b];
     for (idx s = 0; s < e - b; ++s) {
       const idx c = upper ? e - 1 - s : b + s;

@@ -481,13 +481,10 @@ madd_part(typename lanes<R>::V acc, const R *p, int l0, int l1, typename lanes<R
 // adds one vector (masked where the block sticks out of its band rows), so
 // the result is written once. Columns go to four accumulators by their
 // distance from column b - kl, so the sums do not depend on where a
-// sub-problem starts or which columns a caller leaves out. pf, when not 0,
-// is the distance (in reals, signed) along each column to the rows that
-// later blocks will read: a band wider than the cache is read along its
-// diagonals, in more streams than the hardware prefetchers follow.
+// sub-problem starts or which columns a caller leaves out.
 template <class T>
 inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda, idx off,
-                       const T *x, T *acc, idx cmin = 0, idx cmax = -1, idx pf = 0) {
+                       const T *x, T *acc, idx cmin = 0, idx cmax = -1) {
   using R = real_t<T>;
   using X = lanes<R>;
   using V = typename X::V;
@@ -526,7 +523,6 @@ inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda,
     const R *col = reinterpret_cast<const R *>(a + q * lda + off - q) + W * b;
 #pragma clang loop unroll(full)
     for (int u = 0; u < 4; ++u) {
-      if (pf) __builtin_prefetch(col + u * step + pf);
       const V av = X::load(col + u * step);
       P[u] = P[u] + av * re(x[q + u]);
       if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * im(x[q + u]);
