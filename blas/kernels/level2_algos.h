@@ -448,6 +448,36 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, c
   }
 }
 
+// Band triangular solve A x = b, unit stride: blocks of rows of one vector,
+// from the last block down (upper) or the first up (lower). A block's sums
+// over the columns beside it, all solved already, come from band_block in
+// registers; its own triangle is then solved by substitution, column by
+// column, on the block's right-hand sides held in a small array.
+template <class T>
+void tbsv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
+  constexpr idx VB = block_rows<T>();
+  const idx kl = upper ? 0 : k, ku = upper ? k : 0, off = upper ? k : 0;
+  const idx nb = (n + VB - 1) / VB;
+  T acc[VB], v[VB];
+  for (idx bi = 0; bi < nb; ++bi) {
+    const idx b = (upper ? nb - 1 - bi : bi) * VB, e = b + VB < n ? b + VB : n;
+    band_block(b, e, n, kl, ku, a, lda, off, x, acc, upper ? e : 0, upper ? n : b);
+    for (idx r = b; r < e; ++r) v[r - b] = x[r] - acc[r - b];
+    for (idx s = 0; s < e - b; ++s) {
+      const idx c = upper ? e - 1 - s : b + s;
+      const T *col = a + c * lda + off - c;  // A(r, c) at col[r]
+      const T xc = unit ? v[c - b] : div(v[c - b], col[c]);
+      x[c] = xc;
+      if (upper) {
+        for (idx r = c - k > b ? c - k : b; r < c; ++r) v[r - b] = v[r - b] - mul(col[r], xc);
+      } else {
+        const idx r1 = c + k + 1 < e ? c + k + 1 : e;
+        for (idx r = c + 1; r < r1; ++r) v[r - b] = v[r - b] - mul(col[r], xc);
+      }
+    }
+  }
+}
+
 // Band triangular product or solve with op(A) = A^T or A^H, unit stride:
 // column j of A gives element j of the result as one dot product over its
 // off-diagonal rows, taken in the order in which those rows of x hold what

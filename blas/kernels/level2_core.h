@@ -46,6 +46,11 @@ template <class R> struct lanes {
     return v;
   }
   static void store(R *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+  static V splat(R r) {
+    V v;
+    for (int k = 0; k < VL; ++k) v[k] = r;
+    return v;
+  }
   // Integer lanes of the same width: lane masks (all bits set or clear).
   typedef std::conditional_t<sizeof(R) == 8, long long, int> I;
   typedef I M __attribute__((vector_size(kVecBytes)));
@@ -53,6 +58,11 @@ template <class R> struct lanes {
     M io;
     for (int k = 0; k < VL; ++k) io[k] = I(k);
     return (io >= I(l0)) & (io < I(l1));
+  }
+  static M mask_odd() {
+    M io;
+    for (int k = 0; k < VL; ++k) io[k] = I(k & 1 ? -1 : 0);
+    return io;
   }
   // Lanes of m from a, the others from b.
   static V blend(M m, V a, V b) { return (V)(((M)a & m) | ((M)b & ~m)); }
@@ -437,17 +447,44 @@ inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, 
   }
 }
 
+// acc + av*xv in lanes [l0, l1) of a vector read at p (only those lanes are
+// read), acc unchanged elsewhere, whatever the other lanes of p or xv hold.
+template <class R>
+__attribute__((always_inline)) inline typename lanes<R>::V
+madd_part(typename lanes<R>::V acc, const R *p, int l0, int l1, typename lanes<R>::V xv, bool swapped) {
+  using X = lanes<R>;
+  using V = typename X::V;
+#if defined(__AVX512F__)
+  if constexpr (kVecBytes == 64) {
+    const unsigned k = ((1u << l1) - 1u) & ~((1u << l0) - 1u);
+    if constexpr (sizeof(R) == 8) {
+      __m512d av = _mm512_maskz_loadu_pd(__mmask8(k), p);
+      if (swapped) av = (__m512d)X::swap((V)av);
+      return (V)_mm512_mask3_fmadd_pd(av, (__m512d)xv, (__m512d)acc, __mmask8(k));
+    } else {
+      __m512 av = _mm512_maskz_loadu_ps(__mmask16(k), p);
+      if (swapped) av = (__m512)X::swap((V)av);
+      return (V)_mm512_mask3_fmadd_ps(av, (__m512)xv, (__m512)acc, __mmask16(k));
+    }
+  }
+#endif
+  V av = X::load_part(p, l0, l1);
+  if (swapped) av = X::swap(av);
+  const auto m = X::mask(l0, l1);
+  return X::blend(m, acc + av * xv, acc);
+}
+
 // Band rows: acc[r] = sum_j A(r, j) x[j] for the rows of one block
-// [b, e) (e - b at most one vector of elements), over the columns j whose
-// band rows [j - ku, j + kl] meet the block; A(r, j) is at
-// a[j*lda + off + r - j]. The block's sums stay in registers: each column
+// [b, e) (e - b at most one vector of elements), over the columns j in
+// [cmin, cmax) whose band rows [j - ku, j + kl] meet the block; A(r, j) is
+// at a[j*lda + off + r - j]. The block's sums stay in registers: each column
 // adds one vector (masked where the block sticks out of its band rows), so
 // the result is written once. Columns go to four accumulators by their
 // distance from column b - kl, so the sums do not depend on where a
-// sub-problem starts.
+// sub-problem starts or which columns a caller leaves out.
 template <class T>
 inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda, idx off,
-                       const T *x, T *acc) {
+                       const T *x, T *acc, idx cmin = 0, idx cmax = -1) {
   using R = real_t<T>;
   using X = lanes<R>;
   using V = typename X::V;
@@ -457,57 +494,57 @@ inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda,
   const V zero = V{} * R(0);
   V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
   const idx jbase = b - kl;
-  const idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
+  idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
+  if (cmin > jlo) jlo = cmin;
+  if (cmax >= 0 && cmax < jhi) jhi = cmax;
   // Columns covering the whole block, read as whole vectors: only for a full
   // block (a short last block would read rows past the matrix).
   const bool full = (e - b) * W == VL;
   const idx jf0 = full ? e - 1 - kl : n, jf1 = full ? b + ku : -1;
   const idx ff0 = jf0 > jlo ? jf0 : jlo, ff1 = jf1 < jhi - 1 ? jf1 : jhi - 1;
-  for (idx q = jbase + ((jlo - jbase) / 4) * 4; q < jhi; q += 4) {
-    if (q >= ff0 && q + 3 <= ff1) {
-      // Four columns that cover the whole block.
-      const R *col = reinterpret_cast<const R *>(a + q * lda + off - q) + W * b;
-      const idx step = W * (lda - 1);
+  const idx step = W * (lda - 1);
+  auto part = [&](idx j, int u) __attribute__((always_inline)) {
+    const R *col = reinterpret_cast<const R *>(a + j * lda + off - j) + W * b;
+    const idx s = j - ku > b ? j - ku : b, t = j + kl + 1 < e ? j + kl + 1 : e;
+    if (t <= s) return;
+    const int l0 = int(W * (s - b)), l1 = int(W * (t - b));
+    P[u] = madd_part<R>(P[u], col, l0, l1, X::splat(re(x[j])), false);
+    if constexpr (Cx) Q[u] = madd_part<R>(Q[u], col, l0, l1, X::splat(im(x[j])), true);
+  };
+  idx q = jbase + ((jlo - jbase) / 4) * 4;
+  // Head: columns before the first group of four whole columns.
+  for (; q < jhi && !(q >= ff0 && q + 3 <= ff1); q += 4) {
 #pragma clang loop unroll(full)
-      for (int u = 0; u < 4; ++u) {
-        const V av = X::load(col + u * step);
-        P[u] = P[u] + av * re(x[q + u]);
-        if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * im(x[q + u]);
-      }
-      continue;
-    }
+    for (int u = 0; u < 4; ++u)
+      if (q + u >= jlo && q + u < jhi) part(q + u, u);
+  }
+  // Body: groups of four columns that cover the whole block.
+  for (; q + 3 <= ff1; q += 4) {
+    const R *col = reinterpret_cast<const R *>(a + q * lda + off - q) + W * b;
 #pragma clang loop unroll(full)
     for (int u = 0; u < 4; ++u) {
-      const idx j = q + u;
-      if (j < jlo || j >= jhi) continue;
-      const R *col = reinterpret_cast<const R *>(a + j * lda + off - j) + W * b;
-      const R xr = re(x[j]), xi = im(x[j]);
-      if (j >= jf0 && j <= jf1) {
-        const V av = X::load(col);
-        P[u] = P[u] + av * xr;
-        if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * xi;
-      } else {
-        const idx s = j - ku > b ? j - ku : b, t = j + kl + 1 < e ? j + kl + 1 : e;
-        if (t <= s) continue;
-        const int l0 = int(W * (s - b)), l1 = int(W * (t - b));
-        const V av = X::load_part(col, l0, l1);
-        const auto m = X::mask(l0, l1);
-        P[u] = X::blend(m, P[u] + av * xr, P[u]);
-        if constexpr (Cx) Q[u] = X::blend(m, Q[u] + X::swap(av) * xi, Q[u]);
-      }
+      const V av = X::load(col + u * step);
+      P[u] = P[u] + av * re(x[q + u]);
+      if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * im(x[q + u]);
     }
+  }
+  // Tail.
+  for (; q < jhi; q += 4) {
+#pragma clang loop unroll(full)
+    for (int u = 0; u < 4; ++u)
+      if (q + u >= jlo && q + u < jhi) part(q + u, u);
   }
   V pv = (P[0] + P[1]) + (P[2] + P[3]);
   if constexpr (Cx) {
-    V sg = zero;
-    for (int k = 0; k < VL; k += 2) {
-      sg[k] = R(-1);
-      sg[k + 1] = R(1);
-    }
-    pv = pv + ((Q[0] + Q[1]) + (Q[2] + Q[3])) * sg;
+    const V qv = (Q[0] + Q[1]) + (Q[2] + Q[3]);
+    // Even lanes subtract, odd lanes add: pv + qv*(-1, 1, ...) without the
+    // multiply.
+    V nq = zero - qv;
+    pv = pv + X::blend(X::mask_odd(), qv, nq);
   }
   R *ar = reinterpret_cast<R *>(acc);
-  for (int k = 0; k < W * (e - b); ++k) ar[k] = pv[k];
+  if (full) X::store(ar, pv);
+  else X::store_part(ar, pv, 0, int(W * (e - b)));
 }
 
 // One element of a rank-1 (Two = false) or rank-2 update:

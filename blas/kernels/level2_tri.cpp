@@ -25,10 +25,14 @@ void tri_k(const char *uplo, const char *trans, const char *diag, idx n, idx k, 
       tr_full<T, C, Solve>(upper, tr, unit, n, a, lda, x, incx, xc, p0, p1);
     } else if constexpr (St == Store::band) {
       BandSt<const T *> s{a, lda, k, upper, n};
-      if (!Solve && !tr && incx == 1 && !is_complex_v<T>)
-        tbmv_rows<T>(upper, unit, n, k, a, lda, x, xc, p0, p1);
-      else if (tr && incx == 1) tb_trans_cols<T, C, Solve>(upper, unit, n, s, x, xc, p0, p1);
-      else tr_groups<T, C, Solve>(tr, unit, n, s, x, incx, xc, p0, p1);
+      if (!tr && incx == 1) {
+        if constexpr (Solve) tbsv_rows<T>(upper, unit, n, k, a, lda, x);
+        else tbmv_rows<T>(upper, unit, n, k, a, lda, x, xc, p0, p1);
+      } else if (tr && incx == 1) {
+        tb_trans_cols<T, C, Solve>(upper, unit, n, s, x, xc, p0, p1);
+      } else {
+        tr_groups<T, C, Solve>(tr, unit, n, s, x, incx, xc, p0, p1);
+      }
     } else {
       PackSt<const T *> s{a, upper, n};
       tr_groups<T, C, Solve>(tr, unit, n, s, x, incx, xc, p0, p1);

@@ -585,7 +585,7 @@ const idx kSweepIncs[][2] = {{1, 1}, {-1, 2}, {3, -2}};
 const idx *sweep_inc(idx i) { return kSweepIncs[i % 3]; }
 
 std::vector<idx> band_widths(idx n) {
-  std::vector<idx> k{0, 1, 2, 3, 7, 8, 9, 17};
+  std::vector<idx> k{0, 1, 2, 3, 7, 8, 9, 16, 17, 33};
   k.push_back(n > 0 ? n - 1 : 0);
   k.push_back(n);
   k.push_back(n + 5);
