@@ -23,6 +23,14 @@
 namespace nxl {
 namespace lapack {
 
+// Short names for the parameter types in the tables of exported routines.
+namespace row_types {
+using cI = const nxl_int *;
+using I = nxl_int *;
+using cC = const char *;
+using Ch = char *;
+}  // namespace row_types
+
 enum : unsigned { kNone = 0, kProgress = 1 };
 
 // The verbose word of a wrapper that has not asked the services yet.

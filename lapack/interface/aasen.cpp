@@ -5,11 +5,7 @@
 #include "lapack/frame.h"
 #include "lapack/aasen/sytrf_aa_2stage.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // Y, y: SY or HE, the symmetric or the Hermitian form.
 #define NXL_ROWS_AA(P, p, Y, y)                                                                               \

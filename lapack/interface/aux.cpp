@@ -7,12 +7,7 @@
 #include "lapack/aux/random.h"
 #include "lapack/aux/scale.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-using Ch = char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 #define NXL_ROWS_AUX(P, p)                                                                               \
   NXL_LAPACK_ROW(void, P##LACPY, p##lacpy, lacpy, kNone, nullptr, cC, cI, cI, const T *, cI, T *, cI)    \

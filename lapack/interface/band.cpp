@@ -3,12 +3,7 @@
 #include "lapack/band/gbsv.h"
 #include "lapack/band/gbsvx.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-using Ch = char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // Rows whose parameter lists are the same in every precision.
 #define NXL_ROWS_GB_COMMON(P, p)                                                                          \

@@ -9,12 +9,7 @@
 #include "lapack/lu/gesvx.h"
 #include "lapack/lu/getri.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-using Ch = char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // Rows whose parameter lists are the same in every precision.
 #define NXL_ROWS_COMMON(P, p)                                                                            \

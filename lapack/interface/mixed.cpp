@@ -2,11 +2,7 @@
 #include "lapack/frame.h"
 #include "lapack/mixed/mixed.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 namespace nxl { namespace lapack { namespace rows_d {
 using T = double; using R = double; using N = float;

@@ -5,12 +5,7 @@
 #include "lapack/packed/pptrf.h"
 #include "lapack/packed/sptrf.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-using Ch = char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // Rows whose parameter lists are the same in every precision.
 #define NXL_ROWS_PP_COMMON(P, p)                                                                         \

@@ -3,12 +3,7 @@
 #include "lapack/frame.h"
 #include "lapack/band/pbsvx.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-using Ch = char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // Rows whose parameter lists are the same in every precision.
 #define NXL_ROWS_PB_COMMON(P, p)                                                                          \

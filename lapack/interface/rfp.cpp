@@ -2,11 +2,7 @@
 #include "lapack/frame.h"
 #include "lapack/rfp/pftrf.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 #define NXL_ROWS_RFP(P, p)                                                                                \
   NXL_LAPACK_ROW(void, P##PFTRF, p##pftrf, pftrf, kNone, nullptr, cC, cC, cI, T *, I)                     \

@@ -4,12 +4,7 @@
 #include "lapack/frame.h"
 #include "lapack/sym/api.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-using Ch = char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // P: precision letter; Y: SY or HE (and y: sy or he); G: the Fam<> of the form.
 #define NXL_ROWS_SYM(P, p, Y, y, G)                                                                         \

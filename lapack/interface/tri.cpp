@@ -4,11 +4,7 @@
 #include "lapack/tri/trcon.h"
 #include "lapack/tri/tpsolve.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 // Rows whose parameter lists are the same in every precision.
 #define NXL_ROWS_TRI_COMMON(P, p)                                                                         \

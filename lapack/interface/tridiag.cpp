@@ -5,11 +5,7 @@
 #include "lapack/tridiag/ptsv.h"
 #include "lapack/tridiag/ptsvx.h"
 
-namespace {
-using cI = const nxl_int *;
-using I = nxl_int *;
-using cC = const char *;
-}  // namespace
+using namespace nxl::lapack::row_types;
 
 #define NXL_ROWS_GT_COMMON(P, p)                                                                          \
   NXL_LAPACK_ROW(void, P##GTTRF, p##gttrf, gttrf, kNone, nullptr, cI, T *, T *, T *, T *, I, I)           \

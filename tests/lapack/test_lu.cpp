@@ -5,32 +5,14 @@
 #include "lapack/lu/gesv.h"
 #include "lapack/threads/team.h"
 #include "service/nxl_serv.h"
+#include "families_util.h"
 #include "tier_util.h"
 #include "util.h"
 
 using lt::idx;
 namespace lp = nxl::lapack;
 
-namespace {
-struct Xerbla {
-  static inline std::string name;
-  static inline idx pos = 0;
-  static inline int calls = 0;
-  static void handler(const char *n, const nxl_int *info, int len) {
-    name.assign(n, static_cast<size_t>(len));
-    pos = *info;
-    ++calls;
-  }
-  Xerbla() {
-    calls = 0;
-    pos = 0;
-    name.clear();
-    old = nxl_serv_set_xerbla(handler);
-  }
-  ~Xerbla() { nxl_serv_set_xerbla(old); }
-  nxl_xerbla_fn old;
-};
-}  // namespace
+using ft::Xerbla;
 
 template <class T> class LuTyped : public ::testing::Test {};
 using Types = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
