@@ -240,25 +240,38 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
 #pragma clang loop unroll(full)
       for (int v = 0; v < MV; ++v) acc[h][j][v] = S::zero();
   const R *a = g.a + i0 * CF;
-  const R *b = reinterpret_cast<const R *>(g.b + j0 * g.bsj);
   const idx lda = g.lda, bsp = g.bsp * CF, bsj = g.bsj * CF;
+  // The columns of op(B) are reached from one base pointer per four of
+  // them, each advanced on its own: addressed from a single pointer, the
+  // compiler steps from column to column by adding the stride, a chain of
+  // NR dependent additions per step of the depth that outlasts its FMAs.
+  // Within a group the offsets 0, 1, 2 and 3 strides fit the addressing.
+  constexpr int NQ = (NR + 3) / 4;
+  const R *q[NQ];
+#pragma clang loop unroll(full)
+  for (int u = 0; u < NQ; ++u) {
+    q[u] = reinterpret_cast<const R *>(g.b + j0 * g.bsj) + 4 * u * bsj;
+    asm("" : "+r"(q[u]));  // hides that the bases are one stride apart
+  }
   for (idx p = 0; p < g.k; ++p) {
     V av[MV];
 #pragma clang loop unroll(full)
     for (int v = 0; v < MV; ++v) av[v] = (MK && v == MV - 1) ? S::loadm(a + v * W, mk) : S::load(a + v * W);
 #pragma clang loop unroll(full)
     for (int j = 0; j < NR; ++j) {
-      const V br = S::set1(b[j * bsj]);
+      const R *b = q[j / 4] + (j % 4) * bsj;
+      const V br = S::set1(b[0]);
 #pragma clang loop unroll(full)
       for (int v = 0; v < MV; ++v) acc[0][j][v] = S::fma(av[v], br, acc[0][j][v]);
       if constexpr (CF == 2) {
-        const V bi = S::set1(b[j * bsj + 1]);
+        const V bi = S::set1(b[1]);
 #pragma clang loop unroll(full)
         for (int v = 0; v < MV; ++v) acc[CF - 1][j][v] = S::fma(av[v], bi, acc[CF - 1][j][v]);
       }
     }
     a += lda;
-    b += bsp;
+#pragma clang loop unroll(full)
+    for (int u = 0; u < NQ; ++u) q[u] += bsp;
   }
   // C = alpha * sum + beta * C: all of the block's C is read before any of
   // it is written, so no load waits on a masked store.
@@ -347,6 +360,77 @@ template <class R> struct signs {
                                             R(-0.0), R(-0.0), R(-0.0), R(-0.0)};
 };
 
+// Transposition of an L x L block of elements (CF reals each) held as L
+// vectors, one per row: log2(L) rounds of butterflies, the round of bit q
+// exchanging element (r, c) with (r ^ 2^q, c ^ 2^q) where bit q of r is clear
+// and bit q of c set. Each output vector is one two-source shuffle, which
+// the backend lowers to the path's unpack/permute instructions.
+template <class R, int CF, int L> struct tblock {
+  static constexpr int N = L * CF;  // reals per vector
+  using V = R __attribute__((vector_size(N * sizeof(R))));
+  // Lane l of the new low (Hi = false) or high row of a pair, as an index
+  // into the concatenation of the old low and high rows.
+  template <int Q, bool Hi> static constexpr int pick(int l) {
+    const int c = l / CF, h = l % CF, o = ((c ^ (1 << Q)) * CF) + h;
+    if constexpr (Hi) return (c >> Q & 1) ? N + l : o;
+    else return (c >> Q & 1) ? N + o : l;
+  }
+  template <int Q, int... I> __attribute__((always_inline)) static void round(V *v, std::integer_sequence<int, I...>) {
+#pragma clang loop unroll(full)
+    for (int r = 0; r < L; ++r) {
+      if (r >> Q & 1) continue;
+      const V x = v[r], y = v[r | (1 << Q)];
+      v[r] = __builtin_shufflevector(x, y, pick<Q, false>(I)...);
+      v[r | (1 << Q)] = __builtin_shufflevector(x, y, pick<Q, true>(I)...);
+    }
+  }
+  template <int... Q> __attribute__((always_inline)) static void rounds(V *v, std::integer_sequence<int, Q...>) {
+    (round<Q>(v, std::make_integer_sequence<int, N>()), ...);
+  }
+  // Rows [i, i + L) x depth [p, p + L) of op(A) = A^T, from src (A, column i
+  // of op(A)'s rows at src + i * ld) to dst (column-major, ldd reals).
+  __attribute__((always_inline)) static void copy(const R *src, idx ld, R *dst, idx ldd) {
+    V v[L];
+#pragma clang loop unroll(full)
+    for (int r = 0; r < L; ++r) __builtin_memcpy(&v[r], src + r * ld, sizeof(V));
+    rounds(v, std::make_integer_sequence<int, log2(L)>());
+#pragma clang loop unroll(full)
+    for (int q = 0; q < L; ++q) __builtin_memcpy(dst + q * ldd, &v[q], sizeof(V));
+  }
+  static constexpr int log2(int x) { return x <= 1 ? 0 : 1 + log2(x / 2); }
+};
+
+// op(A) = A^T (m x k, A stored k x m with ld reals between its columns)
+// copied column-major into dst (m elements per column): whole L x L blocks
+// through registers, L the largest power of two up to a vector that fits
+// both m and k; the remaining rows and depth element by element.
+template <class R, int CF>
+__attribute__((always_inline)) inline void copy_transposed(const R *a, idx ld, R *dst, idx m, idx k) {
+  constexpr int U = simd<R>::W / CF;  // elements per vector
+  const idx mr = m * CF;
+  idx mb = 0, kb = 0;
+  auto blocks = [&](auto tag) __attribute__((always_inline)) {
+    constexpr int L = decltype(tag)::value;
+    using B = tblock<R, CF, L>;
+    mb = m / L * L;
+    kb = k / L * L;
+    for (idx i = 0; i < mb; i += L)
+      for (idx p = 0; p < kb; p += L) B::copy(a + i * ld + p * CF, ld, dst + p * mr + i * CF, mr);
+  };
+  const idx mk = m < k ? m : k;
+  if (U >= 16 && mk >= 16) blocks(std::integral_constant<int, (U >= 16 ? 16 : 1)>());
+  else if (U >= 8 && mk >= 8) blocks(std::integral_constant<int, (U >= 8 ? 8 : 1)>());
+  else if (U >= 4 && mk >= 4) blocks(std::integral_constant<int, (U >= 4 ? 4 : 1)>());
+  else if (U >= 2 && mk >= 2) blocks(std::integral_constant<int, (U >= 2 ? 2 : 1)>());
+  // The depth beyond the blocks for their rows, then the rows beyond them.
+  for (idx i = 0; i < mb; ++i)
+    for (idx p = kb; p < k; ++p)
+      for (int h = 0; h < CF; ++h) dst[p * mr + i * CF + h] = a[i * ld + p * CF + h];
+  for (idx i = mb; i < m; ++i)
+    for (idx p = 0; p < k; ++p)
+      for (int h = 0; h < CF; ++h) dst[p * mr + i * CF + h] = a[i * ld + p * CF + h];
+}
+
 // The product on this code path. k >= 1 and alpha != 0; ta, tb: op is a
 // transposition; ca, cb: op conjugates (complex only).
 template <class T, bool TA>
@@ -361,22 +445,7 @@ __attribute__((always_inline)) inline void gemm_op(bool ca, bool tb, bool cb, id
   g.a = reinterpret_cast<const R *>(a);
   g.lda = lda * CF;
   if constexpr (TA) {
-    // op(A) (m x k) copied column by column.
-    const R *ar = g.a;
-    const idx ldr = lda * CF, mr = m * CF;
-    idx i = 0;
-    // Four rows of op(A) at a time: four reads along the depth, four
-    // neighbouring writes.
-    for (; i + 4 <= m; i += 4) {
-      const R *s0 = ar + i * ldr;
-      R *d = at + i * CF;
-      for (idx p = 0; p < k; ++p)
-        for (int r = 0; r < 4; ++r)
-          for (int h = 0; h < CF; ++h) d[p * mr + r * CF + h] = s0[r * ldr + p * CF + h];
-    }
-    for (; i < m; ++i)
-      for (idx p = 0; p < k; ++p)
-        for (int h = 0; h < CF; ++h) at[(i + p * m) * CF + h] = ar[(p + i * lda) * CF + h];
+    copy_transposed<R, CF>(g.a, lda * CF, at, m, k);
     g.a = at;
     g.lda = m * CF;
   }

@@ -454,6 +454,7 @@ TYPED_TEST(Level3, SmallProductsEveryRemainder) {
     for (char tb : kTrans) {
       for (idx m = 1; m <= 34; ++m) run_gemm_case<T>(ta, tb, m, (m * 5) % 17 + 1, m % 7 + 1, m % 5, m % 3);
       for (idx n = 1; n <= 16; ++n) run_gemm_case<T>(ta, tb, 19, n, 64, n % 5, 1);
+      for (idx k = 1; k <= 24; ++k) run_gemm_case<T>(ta, tb, (k * 7) % 29 + 1, k % 4 + 1, k, k % 5, k % 3);
       for (idx m : {47, 48, 49, 63, 64}) run_gemm_case<T>(ta, tb, m, 64, 33, m % 5, 2);
       run_gemm_case<T>(ta, tb, 64, 64, 64, 2, 0);
       run_gemm_case<T>(ta, tb, 64, 65, 64, 0, 1);  // just outside the small path
