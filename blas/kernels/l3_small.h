@@ -468,10 +468,23 @@ __attribute__((always_inline)) inline void gemm_op(bool ca, bool tb, bool cb, id
     g.sa = ca ? K::odd : K::none;
     g.sb = ca ? (cb ? K::all : K::none) : (cb ? K::odd : K::even);
   }
+  // Blocks of NR columns; the last NR + r columns (0 < r < NR) as two
+  // blocks of about equal width, since a narrow block has too few
+  // independent sums to hide the latency of its multiply-adds.
   constexpr int NR = regs<T>::NR;
+  auto cols = [&](idx j0, int w) __attribute__((always_inline)) {
+    if (w == NR) col_block<T, NR>(g, j0);
+    else col_rest<T>(g, j0, w, std::make_integer_sequence<int, NR - 1>());
+  };
   idx j0 = 0;
-  for (; j0 + NR <= n; j0 += NR) col_block<T, NR>(g, j0);
-  if (j0 < n) col_rest<T>(g, j0, int(n - j0), std::make_integer_sequence<int, NR - 1>());
+  for (; n - j0 >= 2 * NR; j0 += NR) col_block<T, NR>(g, j0);
+  const int rest = int(n - j0);
+  if (rest > NR) {
+    cols(j0, (rest + 1) / 2);
+    cols(j0 + (rest + 1) / 2, rest / 2);
+  } else {
+    cols(j0, rest);
+  }
 }
 
 // Inlined into the caller together with gemm_op, so that the arguments stay
