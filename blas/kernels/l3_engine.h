@@ -14,6 +14,7 @@
 #define NXL_BLAS_L3_ENGINE_H
 
 #include <algorithm>
+#include "blas/kernels/l3_transpose.h"
 #include "blas/kernels/l3_ukernel.h"
 #include "service/nxl_serv.h"
 
@@ -270,18 +271,50 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
 // a cache line at a time and interleaved into the k-major panel, with each
 // column's next lines prefetched. Complex: each k step gives a row of real
 // parts and a row of imaginary parts (negated when cj).
+// Columns [J, NR) of a real B panel over VL steps of the depth: groups of
+// VL columns are loaded as vectors along the depth (missing columns zero),
+// transposed, and each step's NR-column row is stored from the registers.
+template <class R, int NR, int VL, int J>
+__attribute__((always_inline)) inline void pack_b_group(const R *s, idx ld, R *d) {
+  constexpr int G = NR - J < VL ? NR - J : VL;
+  using B = tblock<R, 1, VL>;
+  typename B::V v[VL];
+#pragma clang loop unroll(full)
+  for (int j = 0; j < VL; ++j) {
+    if (j < G) __builtin_memcpy(&v[j], s + (J + j) * ld, sizeof(v[j]));
+    else v[j] = typename B::V{};
+  }
+  B::transpose(v);
+#pragma clang loop unroll(full)
+  for (int q = 0; q < VL; ++q) {
+    if constexpr (G == VL) __builtin_memcpy(d + q * NR + J, &v[q], sizeof(v[q]));
+    else store_n<R, G>(d + q * NR + J, v[q]);
+  }
+  if constexpr (J + G < NR) pack_b_group<R, NR, VL, J + G>(s, ld, d);
+}
+
 template <class T>
 void pack_b_cols_direct(const T *__restrict s, idx ld, idx kc, idx nc, bool cj,
                         real_t<T> *__restrict dst) {
   using R = real_t<T>;
   constexpr int NR = blk<T>::NR, cf = blk<T>::cf;
   constexpr int L = 64 / int(sizeof(T));  // elements per cache line
+  constexpr int VL = ukernel<R>::MR / 2;  // reals per vector of this path
   const R sg = cj ? R(-1) : R(1);
   idx jr = 0;
   for (; jr + NR <= nc; jr += NR) {
     R *d = dst + jr * kc * cf;
     const T *src = s + jr * ld;
     idx p = 0;
+    if constexpr (!is_complex_v<T>) {
+      // Real elements: a vector of depth from each column, transposed in
+      // registers into rows of the panel.
+      for (; p + VL <= kc; p += VL) {
+#pragma clang loop unroll(full)
+        for (int j = 0; j < NR; ++j) __builtin_prefetch(src + j * ld + p + 4 * L);
+        pack_b_group<R, NR, VL, 0>(src + p, ld, d + p * NR);
+      }
+    }
     for (; p + L <= kc; p += L) {
       for (int j = 0; j < NR; ++j) {
         const T *col = src + j * ld + p;
@@ -993,7 +1026,14 @@ inline void trsm_right_tile(const T *d, idx ldd, const T *rdiag, idx nbp, idx c0
 }
 
 // Columns of the solve per tile, and the padded buffer the edge tiles use.
+// The steps of a tile's own solve form a chain of dependent operations, so
+// the columns are its independent work: 8 where the path has 32 vector
+// registers for their 16 accumulators, 4 otherwise.
+#if defined(__AVX512F__)
+constexpr idx trsm_cb = 8;
+#else
 constexpr idx trsm_cb = 4;
+#endif
 template <class T> constexpr idx trsm_pad_size() {
   return std::max(trsm_nb<T>() * trsm_cb, 2 * svec<T>::E * trsm_nb<T>());
 }
