@@ -365,6 +365,50 @@ template <class T> bool part_view(const view<T> &V, bool below, view<T> &g) {
 }
 
 // Packs V(i0.., p0..) choosing a fast accessor for plain views.
+// Transposed real A (the rows of op(A) contiguous along the depth): each
+// half of a micro-panel is a square of vectors, one per row, transposed in
+// registers into steps of the depth. The edge panel goes through the
+// accessor.
+template <class T>
+void pack_a_rows_direct(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, T *__restrict dst) {
+  constexpr int MR = blk<T>::MR, VL = MR / 2;
+  using B = tblock<T, 1, VL>;
+  using V = typename B::V;
+  const bool a1 = alpha == T(1);
+  idx ir = 0;
+  for (; ir + MR <= mc; ir += MR) {
+    T *d = dst + ir * kc;
+    const T *src = s + ir * ld;
+    idx p = 0;
+    for (; p + VL <= kc; p += VL)
+#pragma clang loop unroll(full)
+      for (int g = 0; g < 2; ++g) {
+        V v[VL];
+#pragma clang loop unroll(full)
+        for (int r = 0; r < VL; ++r) {
+          const T *row = src + (g * VL + r) * ld + p;
+          __builtin_prefetch(row + 4 * VL);
+          __builtin_memcpy(&v[r], row, sizeof(V));
+        }
+        B::transpose(v);
+#pragma clang loop unroll(full)
+        for (int q = 0; q < VL; ++q) {
+          const V w = a1 ? v[q] : v[q] * alpha;
+          __builtin_memcpy(d + (p + q) * MR + g * VL, &w, sizeof(V));
+        }
+      }
+    for (; p < kc; ++p)
+      for (int i = 0; i < MR; ++i) {
+        const T v = src[p + i * ld];
+        d[p * MR + i] = a1 ? v : alpha * v;
+      }
+  }
+  if (ir < mc) {
+    const T *rest = s + ir * ld;
+    pack_a_rows<T>([=](idx i, idx p) { return rest[p + i * ld]; }, true, mc - ir, kc, alpha, dst + ir * kc);
+  }
+}
+
 template <class T>
 void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T> *dst) {
   if (V.kind == mkind::general) {
@@ -374,6 +418,10 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
       pack_a_cols<T>(a + r + c * ld, ld, mc, kc, alpha, V.cj, dst);
     } else {
       const T *s = a + c + r * ld;
+      if constexpr (!is_complex_v<T>) {
+        pack_a_rows_direct<T>(s, ld, mc, kc, alpha, dst);
+        return;
+      }
       if (V.cj)
         pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[p + i * ld]); }, true, mc, kc, alpha, dst);
       else
