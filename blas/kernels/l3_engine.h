@@ -912,6 +912,17 @@ void copy_padded(const T *src, idx lds, idx r, idx c, T *dst, idx ldd, idx rows,
     for (idx i = 0; i < rows; ++i) dst[i + j * ldd] = i < r && j < c ? src[i + j * lds] : T(0);
 }
 
+// Pointers to N columns ld apart, each opaque to the compiler: addressed
+// from one pointer, it steps from column to column by adding the stride, a
+// chain of dependent additions in every step of the loops that read them.
+template <class T, idx N> inline void column_bases(const T *base, idx ld, const T *(&out)[N]) {
+#pragma clang loop unroll(full)
+  for (idx c = 0; c < N; ++c) {
+    out[c] = base + c * ld;
+    asm("" : "+r"(out[c]));
+  }
+}
+
 // Vectors of the diagonal-block solves: W reals (half the rows of a
 // micro-tile), E elements of T, complex ones as (re, im) pairs. Complex
 // products are two fused steps, the real part of the scalar first, in every
@@ -996,12 +1007,14 @@ inline void trsm_left_tile(const T *d, idx ldd, const T *rdiag, idx nbp, idx r0,
   for (idx j = 0; j < CB; ++j)
     for (int h = 0; h < 2; ++h) a[j][h] = S::load(x + r0 + h * E + j * ldx);
   const idx np = up ? nbp - r0 - 2 * E : r0;
+  const T *xc[CB];
+  column_bases(x, ldx, xc);
   for (idx q = 0; q < np; ++q) {
     const idx p = up ? nbp - 1 - q : q;
     const V d0 = S::load(d + r0 + p * ldd), d1 = S::load(d + r0 + E + p * ldd);
 #pragma clang loop unroll(full)
     for (idx j = 0; j < CB; ++j) {
-      const T xp = x[p + j * ldx];
+      const T xp = xc[j][p];
       if (Careful && xp == T(0)) continue;
       a[j][0] = S::fnma(a[j][0], d0, xp);
       a[j][1] = S::fnma(a[j][1], d1, xp);
@@ -1074,24 +1087,28 @@ inline void trsm_right_tile(const T *d, idx ldd, const T *rdiag, idx nbp, idx c0
 }
 
 // Columns of the solve per tile, and the padded buffer the edge tiles use.
-// The steps of a tile's own solve form a chain of dependent operations, so
-// the columns are its independent work: 8 where the path has 32 vector
-// registers for their 16 accumulators, 4 otherwise.
+// On the left the steps of a tile's own solve form a chain of dependent
+// operations, so the columns are its independent work: 8 where the path has
+// 32 vector registers for their 16 accumulators, 4 otherwise. On the right
+// the tile's columns are solved as whole vectors, one after the other, and
+// 4 do best.
 #if defined(__AVX512F__)
-constexpr idx trsm_cb = 8;
+constexpr idx trsm_cb_left = 8;
 #else
-constexpr idx trsm_cb = 4;
+constexpr idx trsm_cb_left = 4;
 #endif
+constexpr idx trsm_cb_right = 4;
 template <class T> constexpr idx trsm_pad_size() {
-  return std::max(trsm_nb<T>() * trsm_cb, 2 * svec<T>::E * trsm_nb<T>());
+  return std::max(trsm_nb<T>() * trsm_cb_left, 2 * svec<T>::E * trsm_nb<T>());
 }
 
 template <class T, bool Careful, bool up, bool unit>
 void trsm_block_form(bool left, const T *d, idx ldd, const T *rdiag, idx nb, idx nbp, idx other, T *b,
                      idx ldb) {
-  constexpr idx RB = 2 * svec<T>::E, CB = trsm_cb;
+  constexpr idx RB = 2 * svec<T>::E;
   alignas(64) T pad[trsm_pad_size<T>()];
   if (left) {
+    constexpr idx CB = trsm_cb_left;
     for (idx j0 = 0; j0 < other; j0 += CB) {
       const idx cb = std::min(CB, other - j0);
       const bool padded = cb < CB || nbp != nb;
@@ -1103,6 +1120,7 @@ void trsm_block_form(bool left, const T *d, idx ldd, const T *rdiag, idx nb, idx
       if (padded) copy_padded(pad, nbp, nb, cb, b + j0 * ldb, ldb, nb, cb);
     }
   } else {
+    constexpr idx CB = trsm_cb_right;
     for (idx r0 = 0; r0 < other; r0 += RB) {
       const idx rb = std::min(RB, other - r0);
       const bool padded = rb < RB || nbp != nb;
@@ -1125,7 +1143,7 @@ void trsm_block_form(bool left, const T *d, idx ldd, const T *rdiag, idx nb, idx
 template <class T>
 void trsm_block(bool left, const view<T> &A, idx nb, idx other, T *b, idx ldb, T *dbuf) {
   const bool up = A.upper, unit = A.unit;
-  const idx g = left ? 2 * svec<T>::E : trsm_cb, nbp = (nb + g - 1) / g * g;
+  const idx g = left ? 2 * svec<T>::E : trsm_cb_right, nbp = (nb + g - 1) / g * g;
   const T *d = dbuf;
   idx ldd = nbp;
   if (!A.trans && !A.cj && nbp == nb) {
