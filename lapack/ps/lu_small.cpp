@@ -156,7 +156,7 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
   // Complex orders up to 16 take panels of four: the work inside a panel,
   // a chain of dependent column steps, then outweighs the rank updates.
   constexpr idx KMAX = 8;
-  const idx KB = simd<T>::cplx && m <= 16 ? 4 : KMAX;
+  const idx KB = simd<T>::cplx && m <= 64 ? 4 : KMAX;
   const R sfmin = safe_min<R>();
   *info = 0;
   for (idx j0 = 0; j0 < n; j0 += KB) {
