@@ -244,15 +244,17 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   else getrf_right(m, n, a, lda, ipiv, info);
 }
 
-// A X = B with the factors of a real matrix of order n <= E, on vectors:
-// the interchanges as one lane permutation applied on load, L (unit) and U
-// in registers. False (nothing done) when a pivot index is out of range or
-// a diagonal entry of U is unfit for a product with its reciprocal.
-template <class T> bool getrs_regs(idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb) {
+// A X = B with the factors of a real matrix of order n <= NV * E, on
+// vectors: the interchanges as one lane permutation applied on load, L
+// (unit) and U in registers. False (nothing done) when a pivot index is out
+// of range or a diagonal entry of U is unfit for a product with its
+// reciprocal.
+template <class T, int NV> bool getrs_regs(idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb) {
   using S = simd<T>;
   using Lane = typename S::Lane;
-  alignas(64) Lane src[S::E];
-  for (idx k = 0; k < S::E; ++k) src[k] = static_cast<Lane>(k);
+  constexpr idx D = NV * S::E;
+  alignas(64) Lane src[D];
+  for (idx k = 0; k < D; ++k) src[k] = static_cast<Lane>(k);
   bool moved = false;
   for (idx i = 0; i < n; ++i) {
     const idx p = ipiv[i] - 1;
@@ -262,13 +264,13 @@ template <class T> bool getrs_regs(idx n, idx nrhs, const T *a, idx lda, const i
     src[i] = src[p];
     src[p] = t;
   }
-  tri_regs<T> l, u;
+  tri_regs<T, NV> l, u;
   if (!u.set_diagonal(a, lda + 1, n)) return false;
   l.template set_columns<true, false>(a, lda, n);
   u.template set_columns<false, false>(a, lda, n);
-  typename S::M perm;
-  __builtin_memcpy(&perm, src, sizeof perm);
-  solve_in_registers(n, nrhs, l, u, moved ? &perm : nullptr, b, ldb);
+  typename S::M perm[NV];
+  __builtin_memcpy(perm, src, sizeof perm);
+  solve_in_registers<T, NV>(n, nrhs, l, u, moved ? perm : nullptr, b, ldb);
   return true;
 }
 
@@ -290,7 +292,9 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
   *info = 0;
   if (n == 0 || nrhs == 0) return;
   if constexpr (!is_complex_v<T>)
-    if (nt && n <= simd<T>::E && getrs_regs(n, nrhs, a, lda, ipiv, b, ldb)) return;
+    if (nt && (n <= simd<T>::E ? getrs_regs<T, 1>(n, nrhs, a, lda, ipiv, b, ldb)
+                               : n <= 2 * simd<T>::E && getrs_regs<T, 2>(n, nrhs, a, lda, ipiv, b, ldb)))
+      return;
   for (idx r = 0; r < nrhs; ++r) {
     T *x = b + r * ldb;
     if (nt) {

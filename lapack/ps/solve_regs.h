@@ -55,81 +55,91 @@ template <class T> __attribute__((always_inline)) inline void store_lanes(T *p, 
 #endif
 }
 
-template <class T> struct tri_regs {
+template <class T, int NV> struct tri_regs {
   using S = simd<T>;
   using V = typename S::V;
-  static constexpr int E = static_cast<int>(S::E);
-  V col[E];         // strict triangle of each column (of the triangle solved with)
-  V rd;             // reciprocals of the diagonal, 1 past n
+  static constexpr int E = static_cast<int>(S::E), D = NV * E;
+  V col[D][NV];     // strict triangle of each column (of the triangle solved with)
+  V rd[NV];         // reciprocals of the diagonal, 1 past n
   bool unit = true;
 
   // The diagonal d[q * ld] (q < n) as reciprocals; false when an entry or
   // its reciprocal is not a normal number (zero, tiny, huge, Inf, NaN).
   bool set_diagonal(const T *d, idx ld, idx n) {
     using R = real_t<T>;
-    alignas(64) T r[E];
+    alignas(64) T r[D];
     bool ok = true;
-    for (int q = 0; q < E; ++q) {
+    for (int q = 0; q < D; ++q) {
       const R v = q < n ? d[q * ld] : R(1), m = std::fabs(v);
       ok &= m >= safe_min<R>() && m <= R(1) / safe_min<R>();
       r[q] = R(1) / v;
     }
-    rd = S::load(r);
+    for (int v = 0; v < NV; ++v) rd[v] = S::load(r + v * E);
     unit = false;
     return ok;
   }
   // Columns of a lower (Lower) or upper triangle from the columns of a
   // (a[i + q * lda]), or from its rows (a[q + i * lda]) when Rows.
   template <bool Lower, bool Rows> void set_columns(const T *a, idx lda, idx n) {
-    for (int q = 0; q < E; ++q) {
+    for (int q = 0; q < D; ++q) {
       const idx lo = Lower ? q + 1 : 0, hi = q >= n ? 0 : Lower ? n : q;
-      if (hi <= lo) {
-        col[q] = S::splat(0);
-      } else if constexpr (!Rows) {
-        col[q] = load_lanes(a + q * lda, lo, hi);
-      } else {
-        alignas(64) T t[E] = {};
+      alignas(64) T t[D] = {};
+      if constexpr (Rows)
         for (idx i = lo; i < hi; ++i) t[i] = a[q + i * lda];
-        col[q] = S::load(t);
+      for (int v = 0; v < NV; ++v) {
+        const idx l = lo - v * E > 0 ? lo - v * E : 0, h = hi - v * E < E ? hi - v * E : E;
+        if (h <= l) col[q][v] = S::splat(0);
+        else if constexpr (Rows) col[q][v] = S::load(t + v * E);
+        else col[q][v] = load_lanes(a + q * lda + v * E, l, h);
       }
     }
   }
 
   // x := T^{-1} x for G right-hand sides, the steps q < n.
-  template <bool Lower, int G> __attribute__((always_inline)) void solve(V (&x)[G], idx n) const {
+  template <bool Lower, int G> __attribute__((always_inline)) void solve(V (&x)[G][NV], idx n) const {
     auto step = [&]<int Q>() __attribute__((always_inline)) {
       if (Q >= n) return;
-      const typename S::M rows = Lower ? S::mask(Q + 1, E) : S::mask(0, Q);
+      constexpr int W = Q / E, L = Q % E;
+      const typename S::M rows = Lower ? S::mask(L + 1, E) : S::mask(0, L);
       for (int g = 0; g < G; ++g) {
-        const V t = unit ? lane_splat<Q>(x[g]) : lane_splat<Q>(x[g] * rd);
-        x[g] = S::blend(rows, x[g] - col[Q] * t, x[g]);
+        const V t = unit ? lane_splat<L>(x[g][W]) : lane_splat<L>(x[g][W] * rd[W]);
+        // Whole vectors past (or before) the one holding row Q change on
+        // every lane.
+        for (int v = Lower ? W + 1 : 0; v < (Lower ? NV : W); ++v) x[g][v] -= col[Q][v] * t;
+        x[g][W] = S::blend(rows, x[g][W] - col[Q][W] * t, x[g][W]);
       }
     };
     [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
       if constexpr (Lower) (step.template operator()<K>(), ...);
-      else (step.template operator()<E - 1 - K>(), ...);
-    }(std::make_integer_sequence<int, E>{});
+      else (step.template operator()<D - 1 - K>(), ...);
+    }(std::make_integer_sequence<int, D>{});
     if (!unit)
-      for (int g = 0; g < G; ++g) x[g] *= rd;
+      for (int g = 0; g < G; ++g)
+        for (int v = 0; v < NV; ++v) x[g][v] *= rd[v];
   }
 };
 
 // B := second^{-1} first^{-1} P B for the n x nrhs block b (P the row
-// permutation perm, lane k taking row perm[k]; first lower, second upper).
-template <class T>
-void solve_in_registers(idx n, idx nrhs, const tri_regs<T> &first, const tri_regs<T> &second,
+// permutation perm, lane k of vector v taking row perm[v][k]; first lower,
+// second upper).
+template <class T, int NV>
+void solve_in_registers(idx n, idx nrhs, const tri_regs<T, NV> &first, const tri_regs<T, NV> &second,
                         const typename simd<T>::M *perm, T *b, idx ldb) {
   using S = simd<T>;
   using V = typename S::V;
+  constexpr idx E = S::E;
   auto run = [&]<int G>(idx c) __attribute__((always_inline)) {
-    V x[G];
+    V x[G][NV];
     for (int g = 0; g < G; ++g) {
-      const V v = load_lanes(b + (c + g) * ldb, 0, n);
-      x[g] = perm ? permute<1>(&v, *perm) : v;
+      V raw[NV];
+      for (int v = 0; v < NV; ++v) raw[v] = n > v * E ? load_lanes(b + (c + g) * ldb + v * E, 0, n - v * E < E ? n - v * E : E) : S::splat(0);
+      for (int v = 0; v < NV; ++v) x[g][v] = perm ? permute<NV>(raw, perm[v]) : raw[v];
     }
     first.template solve<true, G>(x, n);
     second.template solve<false, G>(x, n);
-    for (int g = 0; g < G; ++g) store_lanes(b + (c + g) * ldb, n, x[g]);
+    for (int g = 0; g < G; ++g)
+      for (int v = 0; v < NV; ++v)
+        if (n > v * E) store_lanes(b + (c + g) * ldb + v * E, n - v * E < E ? n - v * E : E, x[g][v]);
   };
   idx c = 0;
   for (; c + 4 <= nrhs; c += 4) run.template operator()<4>(c);

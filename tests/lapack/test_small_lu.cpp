@@ -273,7 +273,8 @@ void reference_solve(idx n, const T *a, idx lda, const idx *ipiv, T *x) {
 
 // Entries agree to a few units of rounding relative to the column's size,
 // and are NaN or infinite at the same places.
-template <class T> void expect_close(idx n, idx nrhs, const T *x, idx ldx, const T *y, const char *what) {
+template <class T>
+void expect_close(idx n, idx nrhs, const T *x, idx ldx, const T *y, const char *what, double units = 64) {
   for (idx r = 0; r < nrhs; ++r) {
     double scale = 0;
     for (idx i = 0; i < n; ++i)
@@ -282,7 +283,7 @@ template <class T> void expect_close(idx n, idx nrhs, const T *x, idx ldx, const
       const T u = x[i + r * ldx], v = y[i + r * ldx];
       const bool fu = std::isfinite(lt::mag(u)), fv = std::isfinite(lt::mag(v));
       ASSERT_EQ(fu, fv) << what << " n=" << n << " row " << i << " col " << r;
-      if (fu) ASSERT_LE(lt::mag(u - v), 64 * n * lt::eps<T>() * scale) << what << " n=" << n << " row " << i;
+      if (fu) ASSERT_LE(lt::mag(u - v), units * n * lt::eps<T>() * scale) << what << " n=" << n << " row " << i;
       else ASSERT_EQ(std::isnan(lt::mag(u)), std::isnan(lt::mag(v))) << what << " n=" << n << " row " << i;
     }
   }
@@ -290,14 +291,14 @@ template <class T> void expect_close(idx n, idx nrhs, const T *x, idx ldx, const
 }  // namespace
 
 // Many right-hand sides on small orders (the register solve of the real
-// types): against the column algorithm for every order up to 9, pivots
+// types): against the column algorithm for every order up to 33, pivots
 // that move rows, padded leading dimensions, right-hand sides with NaN and
 // infinite entries, and a diagonal of U below the normal range (which must
 // be divided by: its reciprocal overflows).
 TYPED_TEST(SmallLu, SolveManyRightHandSides) {
   using T = TypeParam;
   using R = lt::real_t<T>;
-  for (idx n = 1; n <= 9; ++n)
+  for (idx n = 1; n <= 33; ++n)
     for (idx nrhs : {2, 7, 100})
       for (int kind = 0; kind < 3; ++kind) {
         // (Complex products of infinities depend on the product's formula.)
@@ -326,7 +327,10 @@ TYPED_TEST(SmallLu, SolveManyRightHandSides) {
         lp::getrs<T>("N", &n, &nrhs, a.data(), &lda, ipiv.data(), x.data(), &ldb, &info);
         ASSERT_EQ(info, 0);
         for (idx r = 0; r < nrhs; ++r) reference_solve(n, a.data(), lda, ipiv.data(), y.data() + r * ldb);
-        expect_close(n, nrhs, x.data(), ldb, y.data(), kind == 0 ? "plain" : kind == 1 ? "special" : "tiny pivot");
+        // (The tiny pivot leaves a badly conditioned U: there only the
+        // finite entries matter, and a loose agreement.)
+        expect_close(n, nrhs, x.data(), ldb, y.data(), kind == 0 ? "plain" : kind == 1 ? "special" : "tiny pivot",
+                     kind == 2 ? 1e5 : 64);
         for (idx r = 0; r < nrhs; ++r)
           for (idx i = n; i < ldb; ++i) ASSERT_EQ(x[i + r * ldb], sentinel<T>());
       }
