@@ -5,6 +5,7 @@
 #include <utility>
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
+#include "lapack/ps/solve_regs.h"
 #include "service/nxl_serv.h"
 
 namespace nxl {
@@ -321,7 +322,37 @@ template <class T> idx potrf_upper(idx n, T *a, idx lda) {
 // X := A^{-1} X with the factor of potrf (checked arguments): per column
 // of X the two triangular solves, each either a vectorized update of the
 // rows below (above) the current one or an inner product over its column.
+// A X = B with the Cholesky factor of a real matrix of order n <= NV * E,
+// on vectors: L and L^T (or U^T and U) in registers. False (nothing done)
+// when a diagonal entry is unfit for a product with its reciprocal.
+template <class T, int NV> bool potrs_regs(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
+  tri_regs<T, NV> lo, up;
+  if (!lo.set_diagonal(a, lda + 1, n)) return false;
+  for (int v = 0; v < NV; ++v) up.rd[v] = lo.rd[v];
+  up.unit = false;
+  if (upper) {
+    lo.template set_columns<true, true>(a, lda, n);
+    up.template set_columns<false, false>(a, lda, n);
+  } else {
+    lo.template set_columns<true, false>(a, lda, n);
+    up.template set_columns<false, true>(a, lda, n);
+  }
+  solve_in_registers<T, NV>(n, nrhs, lo, up, nullptr, b, ldb);
+  return true;
+}
+
+template <class T> void potrs_columns(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb);
+
 template <class T> void potrs_small(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
+  if constexpr (!is_complex_v<T>)
+    if (n <= simd<T>::E ? potrs_regs<T, 1>(upper, n, nrhs, a, lda, b, ldb)
+                        : n <= 2 * simd<T>::E && potrs_regs<T, 2>(upper, n, nrhs, a, lda, b, ldb))
+      return;
+  potrs_columns(upper, n, nrhs, a, lda, b, ldb);
+}
+
+// One right-hand side after the other, as two triangular solves.
+template <class T> void potrs_columns(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
   // The inner products may be summed in any order (vectorized).
 #pragma clang fp reassociate(on)
   for (idx r = 0; r < nrhs; ++r) {

@@ -226,7 +226,14 @@ template <class T, int NV> struct lu_regs {
     }
   }
 
-  template <int J> __attribute__((always_inline)) void step(idx *ipiv) {
+  template <int J, bool Full> __attribute__((always_inline)) void step(idx *ipiv) {
+    if constexpr (Full && J == D - 1) {
+      // The last column of a full square: one candidate row, nothing below
+      // it to scale or update.
+      ipiv[J] = J + 1;
+      if (at<J>(J) == T(0) && info == 0) info = J + 1;
+      return;
+    }
     // The reciprocals of the whole column are formed while the pivot search
     // runs, so that the division is off the chain of
     // dependent steps; the pivot's one is then picked by a permutation.
@@ -276,8 +283,8 @@ template <class T, int NV> struct lu_regs {
 
   template <bool Full> __attribute__((always_inline)) void run(idx k, idx *ipiv) {
     [&]<int... J>(std::integer_sequence<int, J...>) __attribute__((always_inline)) {
-      if constexpr (Full) (step<J>(ipiv), ...);
-      else (void)((J < k && (step<J>(ipiv), true)) && ...);
+      if constexpr (Full) (step<J, true>(ipiv), ...);
+      else (void)((J < k && (step<J, false>(ipiv), true)) && ...);
     }(std::make_integer_sequence<int, D>{});
   }
 };

@@ -4,6 +4,7 @@
 #include "lapack/ps/lu_regs.h"
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
+#include "lapack/ps/solve_regs.h"
 
 namespace nxl {
 inline namespace NXL_LOCAL_NS {
@@ -155,7 +156,7 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
   // Complex orders up to 16 take panels of four: the work inside a panel,
   // a chain of dependent column steps, then outweighs the rank updates.
   constexpr idx KMAX = 8;
-  const idx KB = simd<T>::cplx && m <= 16 ? 4 : KMAX;
+  const idx KB = simd<T>::cplx && m <= 64 ? 4 : KMAX;
   const R sfmin = safe_min<R>();
   *info = 0;
   for (idx j0 = 0; j0 < n; j0 += KB) {
@@ -243,6 +244,36 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   else getrf_right(m, n, a, lda, ipiv, info);
 }
 
+// A X = B with the factors of a real matrix of order n <= NV * E, on
+// vectors: the interchanges as one lane permutation applied on load, L
+// (unit) and U in registers. False (nothing done) when a pivot index is out
+// of range or a diagonal entry of U is unfit for a product with its
+// reciprocal.
+template <class T, int NV> bool getrs_regs(idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb) {
+  using S = simd<T>;
+  using Lane = typename S::Lane;
+  constexpr idx D = NV * S::E;
+  alignas(64) Lane src[D];
+  for (idx k = 0; k < D; ++k) src[k] = static_cast<Lane>(k);
+  bool moved = false;
+  for (idx i = 0; i < n; ++i) {
+    const idx p = ipiv[i] - 1;
+    if (p < 0 || p >= n) return false;
+    moved |= p != i;
+    const Lane t = src[i];
+    src[i] = src[p];
+    src[p] = t;
+  }
+  tri_regs<T, NV> l, u;
+  if (!u.set_diagonal(a, lda + 1, n)) return false;
+  l.template set_columns<true, false>(a, lda, n);
+  u.template set_columns<false, false>(a, lda, n);
+  typename S::M perm[NV];
+  __builtin_memcpy(perm, src, sizeof perm);
+  solve_in_registers<T, NV>(n, nrhs, l, u, moved ? perm : nullptr, b, ldb);
+  return true;
+}
+
 template <class T>
 void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb,
                  idx *info, const char *name) {
@@ -260,6 +291,10 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
   }
   *info = 0;
   if (n == 0 || nrhs == 0) return;
+  if constexpr (!is_complex_v<T>)
+    if (nt && (n <= simd<T>::E ? getrs_regs<T, 1>(n, nrhs, a, lda, ipiv, b, ldb)
+                               : n <= 2 * simd<T>::E && getrs_regs<T, 2>(n, nrhs, a, lda, ipiv, b, ldb)))
+      return;
   for (idx r = 0; r < nrhs; ++r) {
     T *x = b + r * ldb;
     if (nt) {

@@ -256,3 +256,82 @@ TEST(SmallLuChecks, SolveReportsBadArguments) {
   }
   nxl_serv_set_xerbla(old);
 }
+
+namespace {
+// P L U x = b by plain loops with divisions, in T: the order of operations
+// of the column algorithm, so special values come out where it puts them.
+template <class T>
+void reference_solve(idx n, const T *a, idx lda, const idx *ipiv, T *x) {
+  for (idx i = 0; i < n; ++i) std::swap(x[i], x[ipiv[i] - 1]);
+  for (idx j = 0; j < n; ++j)
+    for (idx i = j + 1; i < n; ++i) x[i] -= a[i + j * lda] * x[j];
+  for (idx j = n - 1; j >= 0; --j) {
+    x[j] /= a[j + j * lda];
+    for (idx i = 0; i < j; ++i) x[i] -= a[i + j * lda] * x[j];
+  }
+}
+
+// Entries agree to a few units of rounding relative to the column's size,
+// and are NaN or infinite at the same places.
+template <class T>
+void expect_close(idx n, idx nrhs, const T *x, idx ldx, const T *y, const char *what, double units = 64) {
+  for (idx r = 0; r < nrhs; ++r) {
+    double scale = 0;
+    for (idx i = 0; i < n; ++i)
+      if (std::isfinite(lt::mag(y[i + r * ldx]))) scale = std::max(scale, lt::mag(y[i + r * ldx]));
+    for (idx i = 0; i < n; ++i) {
+      const T u = x[i + r * ldx], v = y[i + r * ldx];
+      const bool fu = std::isfinite(lt::mag(u)), fv = std::isfinite(lt::mag(v));
+      ASSERT_EQ(fu, fv) << what << " n=" << n << " row " << i << " col " << r;
+      if (fu) ASSERT_LE(lt::mag(u - v), units * n * lt::eps<T>() * scale) << what << " n=" << n << " row " << i;
+      else ASSERT_EQ(std::isnan(lt::mag(u)), std::isnan(lt::mag(v))) << what << " n=" << n << " row " << i;
+    }
+  }
+}
+}  // namespace
+
+// Many right-hand sides on small orders (the register solve of the real
+// types): against the column algorithm for every order up to 33, pivots
+// that move rows, padded leading dimensions, right-hand sides with NaN and
+// infinite entries, and a diagonal of U below the normal range (which must
+// be divided by: its reciprocal overflows).
+TYPED_TEST(SmallLu, SolveManyRightHandSides) {
+  using T = TypeParam;
+  using R = lt::real_t<T>;
+  for (idx n = 1; n <= 33; ++n)
+    for (idx nrhs : {2, 7, 100})
+      for (int kind = 0; kind < 3; ++kind) {
+        // (Complex products of infinities depend on the product's formula.)
+        if (kind == 1 && lt::cplx<T>) continue;
+        const idx lda = n + 3, ldb = n + 2;
+        auto a = padded<T>(n, n, lda, static_cast<unsigned>(n * 5 + kind));
+        std::vector<idx> ipiv;
+        idx info = 0;
+        factor(n, n, a, lda, ipiv, info);
+        ASSERT_EQ(info, 0);
+        auto b = lt::random_matrix<T>(n, nrhs, ldb, static_cast<unsigned>(n + nrhs + kind));
+        for (idx r = 0; r < nrhs; ++r)
+          for (idx i = n; i < ldb; ++i) b[i + r * ldb] = sentinel<T>();
+        if (kind == 1) {
+          b[n - 1] = T(std::numeric_limits<R>::infinity());
+          b[ldb] = T(std::numeric_limits<R>::quiet_NaN());
+        } else if (kind == 2) {
+          // A tiny last pivot of U and right-hand sides to match: finite
+          // solutions only when the quotient is taken as a quotient.
+          const idx k = n - 1;
+          a[k + k * lda] = T(std::numeric_limits<R>::denorm_min() * 64);
+          for (idx r = 0; r < nrhs; ++r)
+            for (idx i = 0; i < n; ++i) b[i + r * ldb] *= T(std::numeric_limits<R>::min());
+        }
+        auto x = b, y = b;
+        lp::getrs<T>("N", &n, &nrhs, a.data(), &lda, ipiv.data(), x.data(), &ldb, &info);
+        ASSERT_EQ(info, 0);
+        for (idx r = 0; r < nrhs; ++r) reference_solve(n, a.data(), lda, ipiv.data(), y.data() + r * ldb);
+        // (The tiny pivot leaves a badly conditioned U: there only the
+        // finite entries matter, and a loose agreement.)
+        expect_close(n, nrhs, x.data(), ldb, y.data(), kind == 0 ? "plain" : kind == 1 ? "special" : "tiny pivot",
+                     kind == 2 ? 1e5 : 64);
+        for (idx r = 0; r < nrhs; ++r)
+          for (idx i = n; i < ldb; ++i) ASSERT_EQ(x[i + r * ldb], sentinel<T>());
+      }
+}
