@@ -76,7 +76,7 @@ template <class P> struct is_band<BandSt<P>> : std::true_type {};
 
 template <class P>
 struct PackSt {
-  static constexpr idx group = 8;
+  static constexpr idx group = 16;
   P ap;
   bool upper;
   idx n;
