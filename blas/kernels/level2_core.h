@@ -134,12 +134,12 @@ inline void bcast_scale(T t, V &tr, V &ti) {
 inline constexpr idx kPfBytes = 512;
 
 // Requests the cache lines of [p + kPfBytes, p + kPfBytes + Bytes) (at
-// least one line).
-template <idx Bytes, class R>
+// least one line); Write asks for them with the intent to modify.
+template <idx Bytes, bool Write = false, class R>
 __attribute__((always_inline)) inline void prefetch_ahead(const R *p) {
   const char *c = reinterpret_cast<const char *>(p) + kPfBytes;
 #pragma clang loop unroll(full)
-  for (idx o = 0; o < (Bytes > 64 ? Bytes : 64); o += 64) __builtin_prefetch(c + o, 0, 3);
+  for (idx o = 0; o < (Bytes > 64 ? Bytes : 64); o += 64) __builtin_prefetch(c + o, Write ? 1 : 0, 3);
 }
 
 // Dot products of NC columns ac[c] with x over `len` reals (complex: re/im
@@ -640,6 +640,7 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
     }
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
+      prefetch_ahead<kVecBytes, true>(ar[c] + b);
       V av = X::load(ar[c] + b) + xv * tr[c];
       if constexpr (Cx) av = av + xs * ti[c];
       if constexpr (Two) {
@@ -656,11 +657,17 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
   }
 }
 
-// The same for g columns (any g), unit stride, in groups of eight.
+// The same for g columns (any g), unit stride, in groups of 32 (real rank-1),
+// 16 (real), eight and four: more write streams per pass keep more of the
+// matrix in flight.
 template <class T, bool Two>
 inline void rank_cols(idx m, idx g, T *const *a, const T *x, const T *t, const T *w, const T *u) {
   if (m <= 0) return;
   idx c = 0;
+  if constexpr (!is_complex_v<T> && !Two)
+    for (; c + 32 <= g; c += 32) rank_cols_unit<T, 32, Two>(m, a + c, x, t + c, w, u);
+  if constexpr (!is_complex_v<T>)
+    for (; c + 16 <= g; c += 16) rank_cols_unit<T, 16, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
   for (; c + 8 <= g; c += 8) rank_cols_unit<T, 8, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
   for (; c + 4 <= g; c += 4) rank_cols_unit<T, 4, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
   for (; c < g; ++c) rank_cols_unit<T, 1, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
