@@ -320,7 +320,7 @@ inline void cols_strided(idx m, idx n, const T *const *a, const T *t, T *y, idx 
 }
 
 // Columns a[0], ..., a[n-1] (any addresses, m rows each), in groups of up
-// to four (eight for the sweeps y += A t alone).
+// to four (more for the sweeps y += A t alone and for real dot products).
 template <class T, bool Conj, bool Axpy, bool Dot>
 inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, const T *x,
                    idx incx, T *out) {
@@ -338,6 +338,10 @@ inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, 
     for (; j + 16 <= n; j += 16) cols_unit<T, 16, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
     for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
   }
+  // Real dot products on 64-byte vectors: eight columns (sixteen
+  // accumulators) per pass over x.
+  if constexpr (Dot && !Axpy && !is_complex_v<T> && kVecBytes == 64)
+    for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t, y, x, out + j);
   for (; j + 4 <= n; j += 4)
     cols_unit<T, 4, Conj, Axpy, Dot>(m, a + j, Axpy ? t + j : t, y, x, Dot ? out + j : out);
   const T *tj = Axpy ? t + j : t;
