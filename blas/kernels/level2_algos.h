@@ -76,7 +76,7 @@ template <class P> struct is_band<BandSt<P>> : std::true_type {};
 
 template <class P>
 struct PackSt {
-  static constexpr idx group = 8;
+  static constexpr idx group = 16;
   P ap;
   bool upper;
   idx n;
@@ -578,7 +578,7 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
 // rows inside the group and its diagonal follow element by element. Groups
 // start at multiples of kRG (thread parts start at multiples of 64), so an
 // element gets the same bits whatever the split.
-inline constexpr idx kRG = 8;
+inline constexpr idx kRG = 32;
 
 template <class T, bool Herm, bool Two, class S>
 void rank_update(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,

@@ -127,6 +127,21 @@ inline void bcast_scale(T t, V &tr, V &ti) {
     }
 }
 
+// Software prefetch distance of the matrix streams, in bytes ahead of the
+// rows being read. One core pulls far more from memory with several column
+// streams requested ahead than the hardware prefetchers alone give it on
+// columns of a few kilobytes.
+inline constexpr idx kPfBytes = 512;
+
+// Requests the cache lines of [p + kPfBytes, p + kPfBytes + Bytes) (at
+// least one line); Write asks for them with the intent to modify.
+template <idx Bytes, bool Write = false, class R>
+__attribute__((always_inline)) inline void prefetch_ahead(const R *p) {
+  const char *c = reinterpret_cast<const char *>(p) + kPfBytes;
+#pragma clang loop unroll(full)
+  for (idx o = 0; o < (Bytes > 64 ? Bytes : 64); o += 64) __builtin_prefetch(c + o, Write ? 1 : 0, 3);
+}
+
 // Dot products of NC columns ac[c] with x over `len` reals (complex: re/im
 // interleaved), and with Axpy also y += sum_c ac[c] * tr[c] (real only).
 // Two vector accumulators per column collect a * x (P) and, for complex,
@@ -149,6 +164,8 @@ struct DotBlock {
     for (int c = 0; c < NC; ++c) P[c][0] = P[c][1] = Q[c][0] = Q[c][1] = zero;
     idx b = 0;
     for (; b + 2 * VL <= len; b += 2 * VL) {
+#pragma clang loop unroll(full)
+      for (int c = 0; c < NC; ++c) prefetch_ahead<2 * kVecBytes>(ac[c] + b);
 #pragma clang loop unroll(full)
       for (int h = 0; h < 2; ++h) {
         const V xv = X::load(x + b + h * VL);
@@ -208,37 +225,52 @@ struct DotBlock {
   }
 };
 
-// y += A t over NC columns, unit stride: a plain column sweep that the
-// compiler vectorises (complex: re/im pairs).
+// y += A t over NC columns, unit stride. y is loaded and stored once for the
+// NC columns; every element gets y + a_0 t_0 + a_1 t_1 + ... in column order
+// with the lane arithmetic of the whole vectors (complex: real lanes
+// y + ar*tr + ai*(-ti), imaginary lanes y + ai*tr + ar*ti), the ragged end
+// included (masked), so an element's bits do not depend on where the rows
+// of a call start.
 template <class T, int NC>
 inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
   using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  // Two cache lines of every column per step.
+  constexpr int U = 128 / kVecBytes;
   const R *ac[NC];
-  R tr[NC], ti[NC];
+  V tr[NC], ti[NC];
+#pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
     ac[c] = reinterpret_cast<const R *>(a[c]);
-    tr[c] = re(t[c]);
-    ti[c] = im(t[c]);
+    bcast_scale(t[c], tr[c], ti[c]);
   }
   R *__restrict yr = reinterpret_cast<R *>(y);
-  if constexpr (is_complex_v<T>) {
-    for (idx i = 0; i < m; ++i) {
-      R y0 = yr[2 * i], y1 = yr[2 * i + 1];
-      for (int c = 0; c < NC; ++c) {
-        const R a0 = ac[c][2 * i], a1 = ac[c][2 * i + 1];
-        y0 = y0 + a0 * tr[c] - a1 * ti[c];
-        y1 = y1 + a0 * ti[c] + a1 * tr[c];
-      }
-      yr[2 * i] = y0;
-      yr[2 * i + 1] = y1;
+  const idx len = m * W;
+  auto step = [&](idx b, int l1, auto full) __attribute__((always_inline)) {
+    constexpr bool Full = decltype(full)::value;
+    V yv = Full ? X::load(yr + b) : X::load_part(yr + b, 0, l1);
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) {
+      const V av = Full ? X::load(ac[c] + b) : X::load_part(ac[c] + b, 0, l1);
+      yv = yv + av * tr[c];
+      if constexpr (Cx) yv = yv + X::swap(av) * ti[c];
     }
-  } else {
-    for (idx i = 0; i < m; ++i) {
-      R v = yr[i];
-      for (int c = 0; c < NC; ++c) v = v + ac[c][i] * tr[c];
-      yr[i] = v;
-    }
+    if (Full) X::store(yr + b, yv);
+    else X::store_part(yr + b, yv, 0, l1);
+  };
+  idx b = 0;
+  for (; b + U * VL <= len; b += U * VL) {
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) prefetch_ahead<128>(ac[c] + b);
+#pragma clang loop unroll(full)
+    for (int u = 0; u < U; ++u) step(b + u * VL, VL, std::true_type{});
   }
+  for (; b + VL <= len; b += VL) step(b, VL, std::true_type{});
+  if (b < len) step(b, int(len - b), std::false_type{});
 }
 
 // NC columns of A (a[c] points at the first row of column c), unit-stride
@@ -288,7 +320,7 @@ inline void cols_strided(idx m, idx n, const T *const *a, const T *t, T *y, idx 
 }
 
 // Columns a[0], ..., a[n-1] (any addresses, m rows each), in groups of up
-// to four.
+// to four (more for the sweeps y += A t alone and for real dot products).
 template <class T, bool Conj, bool Axpy, bool Dot>
 inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, const T *x,
                    idx incx, T *out) {
@@ -302,6 +334,14 @@ inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, 
     return;
   }
   idx j = 0;
+  if constexpr (Axpy && !Dot) {
+    for (; j + 16 <= n; j += 16) cols_unit<T, 16, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
+    for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
+  }
+  // Real dot products on 64-byte vectors: eight columns (sixteen
+  // accumulators) per pass over x.
+  if constexpr (Dot && !Axpy && !is_complex_v<T> && kVecBytes == 64)
+    for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t, y, x, out + j);
   for (; j + 4 <= n; j += 4)
     cols_unit<T, 4, Conj, Axpy, Dot>(m, a + j, Axpy ? t + j : t, y, x, Dot ? out + j : out);
   const T *tj = Axpy ? t + j : t;
@@ -604,6 +644,7 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
     }
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
+      prefetch_ahead<kVecBytes, true>(ar[c] + b);
       V av = X::load(ar[c] + b) + xv * tr[c];
       if constexpr (Cx) av = av + xs * ti[c];
       if constexpr (Two) {
@@ -620,11 +661,17 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
   }
 }
 
-// The same for g columns (any g), unit stride, in groups of eight.
+// The same for g columns (any g), unit stride, in groups of 32 (real rank-1),
+// 16 (real), eight and four: more write streams per pass keep more of the
+// matrix in flight.
 template <class T, bool Two>
 inline void rank_cols(idx m, idx g, T *const *a, const T *x, const T *t, const T *w, const T *u) {
   if (m <= 0) return;
   idx c = 0;
+  if constexpr (!is_complex_v<T> && !Two)
+    for (; c + 32 <= g; c += 32) rank_cols_unit<T, 32, Two>(m, a + c, x, t + c, w, u);
+  if constexpr (!is_complex_v<T>)
+    for (; c + 16 <= g; c += 16) rank_cols_unit<T, 16, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
   for (; c + 8 <= g; c += 8) rank_cols_unit<T, 8, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
   for (; c + 4 <= g; c += 4) rank_cols_unit<T, 4, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
   for (; c < g; ++c) rank_cols_unit<T, 1, Two>(m, a + c, x, t + c, w, Two ? u + c : u);

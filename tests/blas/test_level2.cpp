@@ -641,10 +641,10 @@ TYPED_TEST(Level2, SweepFullAndPacked) {
 
 // Orders large enough for the dispatch layer to split the work among
 // threads (and to run the products in parts on one thread): plain and
-// transposed triangular products, the symmetric products and the packed rank
-// updates in the three storages, unit and non-unit increments, band widths
-// narrow and wide; results compared with the oracle and bit for bit across
-// 1 to 4 threads.
+// transposed triangular products, the symmetric products, the general
+// products, ger and the full and packed rank updates in the three storages,
+// unit and non-unit increments, band widths narrow and wide; results
+// compared with the oracle and bit for bit across 1 to 4 threads.
 TYPED_TEST(Level2, ThreadedOrders) {
   nxl_serv_set_dynamic(0);
   Rng r(4242);
@@ -666,11 +666,22 @@ TYPED_TEST(Level2, ThreadedOrders) {
         }
         const Shape s{kind, up == 1, false, false, 'N', n, n, 0, k, inc[0], inc[1]};
         check_symmetric(f, r, 1, &s);
-        if (kind == Kind::packed)
+        if (kind != Kind::band)
           for (int two = 0; two < 2; ++two) {
             const Shape u{kind, up == 1, false, two == 1, 'N', n, n, 0, 0, inc[0], inc[1]};
             check_rank_update(f, r, 1, &u);
           }
+        if (kind != Kind::packed) {
+          // General products with rows that end off any vector or group
+          // boundary: row parts of A x, column parts of the transposed ones.
+          const Shape g{kind, false, false, false, up ? 'N' : (v ? 'C' : 'T'), n + 5, n + 3 * v,
+                        k, k / 2 + v, inc[0], inc[1]};
+          check_general(f, r, 1, kind == Kind::band, &g);
+        }
+        if (kind == Kind::full) {
+          const Shape g{kind, false, false, false, v ? 'C' : 'N', n + 7, n, 0, 0, inc[0], inc[1]};
+          check_ger(f, r, 1, &g);
+        }
         if (::testing::Test::HasFatalFailure()) return;
       }
 }
