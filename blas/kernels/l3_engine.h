@@ -912,17 +912,6 @@ void copy_padded(const T *src, idx lds, idx r, idx c, T *dst, idx ldd, idx rows,
     for (idx i = 0; i < rows; ++i) dst[i + j * ldd] = i < r && j < c ? src[i + j * lds] : T(0);
 }
 
-// Pointers to N columns ld apart, each opaque to the compiler: addressed
-// from one pointer, it steps from column to column by adding the stride, a
-// chain of dependent additions in every step of the loops that read them.
-template <class T, idx N> inline void column_bases(const T *base, idx ld, const T *(&out)[N]) {
-#pragma clang loop unroll(full)
-  for (idx c = 0; c < N; ++c) {
-    out[c] = base + c * ld;
-    asm("" : "+r"(out[c]));
-  }
-}
-
 // Vectors of the diagonal-block solves: W reals (half the rows of a
 // micro-tile), E elements of T, complex ones as (re, im) pairs. Complex
 // products are two fused steps, the real part of the scalar first, in every

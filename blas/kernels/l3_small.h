@@ -221,18 +221,12 @@ inline void block(const args<T> &g, idx i0, idx j0, typename simd<real_t<T>>::M 
       for (int v = 0; v < MV; ++v) acc[h][j][v] = S::zero();
   const R *a = g.a + i0 * CF;
   const idx lda = g.lda, bsp = g.bsp * CF, bsj = g.bsj * CF;
-  // The columns of op(B) are reached from one base pointer per four of
-  // them, each advanced on its own: addressed from a single pointer, the
-  // compiler steps from column to column by adding the stride, a chain of
-  // NR dependent additions per step of the depth that outlasts its FMAs.
-  // Within a group the offsets 0, 1, 2 and 3 strides fit the addressing.
+  // The columns of op(B) are reached from one independent base per four of
+  // them (see column_bases); within a group the offsets 0, 1, 2 and 3
+  // strides fit the addressing.
   constexpr int NQ = (NR + 3) / 4;
   const R *q[NQ];
-#pragma clang loop unroll(full)
-  for (int u = 0; u < NQ; ++u) {
-    q[u] = reinterpret_cast<const R *>(g.b + j0 * g.bsj) + 4 * u * bsj;
-    asm("" : "+r"(q[u]));  // hides that the bases are one stride apart
-  }
+  column_bases(reinterpret_cast<const R *>(g.b + j0 * g.bsj), 4 * bsj, q);
   for (idx p = 0; p < g.k; ++p) {
     V av[MV];
 #pragma clang loop unroll(full)

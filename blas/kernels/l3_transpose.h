@@ -1,6 +1,7 @@
 // Register-level building blocks shared by the packing routines and the
 // small-product path: transposition of a square block of elements held in
-// vectors, and stores of the first lanes of a vector.
+// vectors, stores of the first lanes of a vector, and column pointers the
+// compiler cannot chain.
 #ifndef NXL_BLAS_L3_TRANSPOSE_H
 #define NXL_BLAS_L3_TRANSPOSE_H
 
@@ -73,6 +74,17 @@ template <class R, int CF, int L> struct tblock {
   }
   static constexpr int log2(int x) { return x <= 1 ? 0 : 1 + log2(x / 2); }
 };
+
+// Pointers to N columns ld apart, each opaque to the compiler: addressed
+// from one pointer, it steps from column to column by adding the stride, a
+// chain of dependent additions in every step of the loops that read them.
+template <class T, idx N> inline void column_bases(const T *base, idx ld, const T *(&out)[N]) {
+#pragma clang loop unroll(full)
+  for (idx c = 0; c < N; ++c) {
+    out[c] = base + c * ld;
+    asm("" : "+r"(out[c]));
+  }
+}
 
 }  // namespace NXL_CP_NS
 }  // namespace nxl
