@@ -70,41 +70,6 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
   }
 }
 
-// The interchanges of the rows r0..r1-1 (ipiv, 1-based, at most 32 of
-// them) as one permutation of the at most 64 rows they touch: row dst[t]
-// takes the entry of row src[t].
-struct row_moves {
-  static constexpr int kMax = 64;
-  idx dst[kMax], src[kMax];
-  int count = 0;
-  row_moves(idx r0, idx r1, const idx *ipiv) {
-    auto slot = [&](idx row) {
-      for (int t = 0; t < count; ++t)
-        if (dst[t] == row) return t;
-      dst[count] = src[count] = row;
-      return count++;
-    };
-    for (idx r = r0; r < r1; ++r) {
-      const idx p = ipiv[r] - 1;
-      if (p == r) continue;
-      const int x = slot(r), y = slot(p);
-      const idx t = src[x];
-      src[x] = src[y];
-      src[y] = t;
-    }
-  }
-  // Applied to the columns [c0, c1): all the entries of a column read, then
-  // written, so the exchanges form no chain through memory.
-  template <class T> void apply(T *a, idx lda, idx c0, idx c1) const {
-    for (idx c = c0; c < c1; ++c) {
-      T *col = a + c * lda;
-      T v[kMax];
-      for (int t = 0; t < count; ++t) v[t] = col[src[t]];
-      for (int t = 0; t < count; ++t) col[dst[t]] = v[t];
-    }
-  }
-};
-
 // X := L^{-1} X for the JB x ncols block X at u (leading dimension ld) and
 // the unit lower triangle of order JB at l: each column of X is held in
 // vectors (rows as lanes) and takes JB multiply-adds with the columns of L,
@@ -191,13 +156,13 @@ template <class T> struct lu_blocked {
     }
   }
 
-  // The interchanges of the rows [p0, p1) applied to the columns [c0, c1).
-  void interchange(idx p0, idx p1, idx c0, idx c1, bool singly) const {
+  // The interchanges of the rows [p0, p1) applied to the columns [c0, c1),
+  // one exchange at a time across the columns: two loads and two stores per
+  // entry, with no table of moves to read.
+  void interchange(idx p0, idx p1, idx c0, idx c1) const {
     if (c0 >= c1) return;
-    if (singly) {
-      for (idx j = p0; j < p1; ++j)
-        if (ipiv[j] - 1 != j) swap_rows(a, lda, c0, c1, j, ipiv[j] - 1);
-    }
+    for (idx j = p0; j < p1; ++j)
+      if (ipiv[j] - 1 != j) swap_rows(a, lda, c0, c1, j, ipiv[j] - 1);
   }
 
   // Rows r0..r0+jb-1 (jb <= 8) of the columns [c0, c1) times the inverse of
@@ -254,18 +219,8 @@ template <class T> struct lu_blocked {
     for (idx p0 = j0; p0 < j1; p0 += w) {
       const idx p1 = j1 - p0 < w ? j1 : p0 + w;
       range(p0, p1, p0, p1, widths + 1);
-      // Up to 32 columns the exchanges go one by one; wider, as one
-      // permutation of the rows they touch.
-      if (c1 - c0 <= 32) {
-        interchange(p0, p1, c0, p0, true);
-        interchange(p0, p1, p1, c1, true);
-      } else {
-        const row_moves moves(p0, p1, ipiv);
-        if (moves.count) {
-          moves.apply(a, lda, c0, p0);
-          moves.apply(a, lda, p1, c1);
-        }
-      }
+      interchange(p0, p1, c0, p0);
+      interchange(p0, p1, p1, c1);
       if (p1 >= c1) continue;
       // Rows p0..p1-1 of U right of the panel, by blocks of `sub` rows.
       for (idx s0 = p0; s0 < p1; s0 += sub) {
