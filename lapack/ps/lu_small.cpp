@@ -239,13 +239,13 @@ template <class T> struct lu_blocked {
 // columns from j1 on.
 template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {
   lu_blocked<T> f{m, a, lda, ipiv, info};
-  // Outer panels of 16 columns. Complex ones up to 64 rows are factored by
-  // inner panels of four: the work inside a panel, a chain of dependent
-  // column steps, then outweighs the updates. Real ones up to 64 rows go
-  // column by column (their windows of the panel stay in the first-level
-  // cache); taller ones by inner panels of 8.
-  static constexpr idx kRealSmall[2] = {16, 0}, kComplexSmall[3] = {16, 4, 0}, kTall[3] = {16, 8, 0};
-  const idx *widths = m > 64 ? kTall : simd<T>::cplx ? kComplexSmall : kRealSmall;
+  // Outer panels of 16 columns. Complex ones of 17 to 64 rows are factored
+  // by inner panels of four: the work inside a panel, a chain of dependent
+  // column steps, then outweighs the updates. Real ones up to 64 rows and
+  // complex ones up to 16 go column by column (their windows of the panel
+  // stay in the first-level cache); taller ones by inner panels of 8.
+  static constexpr idx kColumns[2] = {16, 0}, kComplex[3] = {16, 4, 0}, kTall[3] = {16, 8, 0};
+  const idx *widths = m > 64 ? kTall : simd<T>::cplx && m > 16 ? kComplex : kColumns;
   f.range(0, n, j0, j1, widths);
 }
 

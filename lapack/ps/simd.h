@@ -248,7 +248,7 @@ void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K,
 // Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
 // largest |re| + |im|, or the first NaN. Windows run from the bottom up, so a
 // lane takes a later window's row on ties; NaNs go to the scalar search.
-template <class T> idx pivot_index(idx lo, idx hi, const T *x) {
+template <class T> __attribute__((always_inline)) inline idx pivot_index(idx lo, idx hi, const T *x) {
   using S = simd<T>;
   using V = typename S::V;
   using M = typename S::M;
