@@ -135,9 +135,13 @@ template <class T> struct lu_blocked {
 
   // The columns [j0, j1) one by one; interchanges within them only.
   void columns(idx j0, idx j1) {
+    // The pivot search of each column after the first runs in the update
+    // that brings the column up to date with the one before.
+    pivot_search<T> next;
     for (idx j = j0; j < j1; ++j) {
       T *cj = col(j);
-      const idx p = pivot_index(j, m, cj);
+      const idx p = j == j0 ? pivot_index(j, m, cj) : next.result(j, m, cj);
+      next = pivot_search<T>();
       ipiv[j] = p + 1;
       if (cj[p] != T(0)) {
         if (p != j) swap_rows(a, lda, j0, j1, j, p);
@@ -152,7 +156,7 @@ template <class T> struct lu_blocked {
       // in one sweep over the column's windows.
       if (j + 1 < j1)
         rank_update<T, 1>(j + 1, m, cj + lda, lda, j1 - j - 1, cj, lda,
-                          [&](int, idx c) { return cj[j + (c + 1) * lda]; });
+                          [&](int, idx c) { return cj[j + (c + 1) * lda]; }, &next);
     }
   }
 
