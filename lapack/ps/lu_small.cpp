@@ -219,7 +219,8 @@ template <class T> struct lu_blocked {
   void range(idx c0, idx c1, idx j0, idx j1, const idx *widths) {
     const idx w = widths[0];
     if (w == 0) return columns(j0, j1);
-    const idx sub = widths[1] ? widths[1] : 8;
+    // The solves take at most 8 rows at a time.
+    const idx sub = widths[1] && widths[1] < 8 ? widths[1] : 8;
     for (idx p0 = j0; p0 < j1; p0 += w) {
       const idx p1 = j1 - p0 < w ? j1 : p0 + w;
       range(p0, p1, p0, p1, widths + 1);
