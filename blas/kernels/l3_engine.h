@@ -81,6 +81,11 @@ struct shape {
   enum kind_t { full, triangle, trim_a, trim_b } kind = full;
   bool upper = false;     // triangle: stored triangle of C; trim: shape of the triangular operand
   bool real_diag = false; // triangle: force a real diagonal (herk, her2k)
+  // trim: C is the general operand itself (trmm in place). The depth blocks
+  // run in the order in which every block reads only rows (left) or columns
+  // (right) that no earlier block has written; a tile is overwritten by the
+  // depth block holding its own rows (columns) and accumulated by the rest.
+  bool in_place = false;
 };
 
 // How beta is applied when a tile is stored.
@@ -697,17 +702,30 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
     return;
   }
   ws.setup(m, n, k);
+  const bool in_place = sh.in_place;
+  // In place, a tile's rows (left) or columns (right) lie in one depth block.
+  if (in_place) {
+    const idx g = sh.kind == shape::trim_a ? MR : NR;
+    ws.kc = std::max<idx>(ws.kc / g, 1) * g;
+  }
   const idx KCb = ws.kc, MCb = ws.mc, NCb = ws.nc;
   alignas(64) R tile[U::MR * U::NR];
   const T *tt = reinterpret_cast<const T *>(tile);
   const bool tri = sh.kind == shape::triangle;
+  // In place, a lower triangle on the left or an upper one on the right
+  // reads ahead of what it writes, so its blocks run backwards; on the right
+  // the column blocks go with the depth blocks.
+  const bool backwards = in_place && (sh.kind == shape::trim_a) != sh.upper;
+  const idx nblk = (n + NCb - 1) / NCb, kblk = (k + KCb - 1) / KCb;
 
-  for (idx jc = 0; jc < n; jc += NCb) {
+  for (idx jb = 0; jb < nblk; ++jb) {
+    const idx jc = (backwards && sh.kind == shape::trim_b ? nblk - 1 - jb : jb) * NCb;
     const idx nc = std::min(NCb, n - jc);
     const idx gj = gj0 + jc;
-    for (idx pc = 0; pc < k; pc += KCb) {
+    for (idx pb = 0; pb < kblk; ++pb) {
+      const idx pc = (backwards ? kblk - 1 - pb : pb) * KCb;
       const idx kc = std::min(KCb, k - pc);
-      const bool first = pc == 0;
+      const bool first = pc == 0 && !in_place;
       const bmode bm = first ? beta_mode(beta) : bmode::one;
       bool b_packed = false;
       for (idx ic = 0; ic < m; ic += MCb) {
@@ -759,6 +777,11 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
               if (!first) continue;
               klo = khi = 0;
             }
+            bmode tbm = bm;
+            if (in_place) {
+              const idx t0 = sh.kind == shape::trim_a ? ti : tj;
+              if (t0 >= pc && t0 < pc + kc) tbm = beta_mode(beta);
+            }
             const R *ap = ws.apack + (ir / MR) * U::MR * kc * cf;
             T *c = C + (ic + ir) + (jc + jr) * ldc;
             tile_dest dst;
@@ -767,12 +790,12 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
             dst.ncols = nr;
             dst.colbytes = mr * int(sizeof(T));
             // Whole tiles off the diagonal with beta 0 or 1 go straight to C.
-            if (U::direct && !diag && mr == MR && nr == NR && bm != bmode::general)
-              dst.mode = bm == bmode::one ? tile_dest::add : tile_dest::copy;
+            if (U::direct && !diag && mr == MR && nr == NR && tbm != bmode::general)
+              dst.mode = tbm == bmode::one ? tile_dest::add : tile_dest::copy;
             U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
             if (dst.mode != tile_dest::tile) continue;
-            if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, bm, ti, tj, sh);
-            else store_full(c, ldc, mr, nr, tt, beta, bm);
+            if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, tbm, ti, tj, sh);
+            else store_full(c, ldc, mr, nr, tt, beta, tbm);
           }
         }
       }
@@ -855,9 +878,10 @@ template <class T> void scale_b(T *b, idx ldb, idx m, idx n, T alpha) {
     for (idx i = 0; i < m; ++i) b[i + j * ldb] = alpha == T(0) ? T(0) : mul(alpha, b[i + j * ldb]);
 }
 
-// trmm: B = alpha * op(A) * B or alpha * B * op(A). B is copied block by block
-// into a work array W and the block is recomputed as tri(op(A)) * W with
-// the zero part of the triangle trimmed from each micro-tile's depth.
+// trmm: B = alpha * op(A) * B or alpha * B * op(A), in place: the engine
+// packs each block of B before any tile it feeds is written (see
+// shape::in_place), and trims the zero part of the triangle from each
+// micro-tile's depth.
 template <class T>
 void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool unit, idx m, idx n,
           T alpha, const T *a, idx lda, T *b, idx ldb) {
@@ -865,40 +889,13 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
     scale_b(b, ldb, m, n, T(0));
     return;
   }
-  view<T> A = tri_view(a, lda, upper, trans, cj, unit);
+  const view<T> A = tri_view(a, lda, upper, trans, cj, unit), B = general_view<T>(b, ldb, false, false);
   shape sh;
   sh.upper = A.upper;
-  // Strip of B that fits a work block of about 2^20 elements.
-  const idx dim = left ? m : n, other = left ? n : m;
-  idx strip = std::max<idx>(1, (idx(1) << 20) / std::max<idx>(dim, 1));
-  strip = std::min(other, std::max<idx>(strip, left ? blk<T>::NR : blk<T>::MR));
-  T *w = static_cast<T *>(nxl_serv_allocate(size_t(dim) * strip * sizeof(T), 64));
-  if (!w) {
-    strip = std::min<idx>(other, left ? blk<T>::NR : blk<T>::MR);
-    w = static_cast<T *>(nxl_serv_allocate(size_t(dim) * strip * sizeof(T), 64));
-    if (!w) {
-      nxl_serv_check_ptr_and_warn(w, "trmm");
-      return;
-    }
-  }
-  for (idx s0 = 0; s0 < other; s0 += strip) {
-    const idx sw = std::min(strip, other - s0);
-    if (left) {
-      // W (m x sw) = B(:, s0:s0+sw)
-      for (idx j = 0; j < sw; ++j)
-        for (idx i = 0; i < m; ++i) w[i + j * m] = b[i + (s0 + j) * ldb];
-      sh.kind = shape::trim_a;
-      gemm_core(ws, A, general_view<T>(w, m, false, false), m, sw, m, alpha, T(0), b + s0 * ldb,
-                ldb, sh);
-    } else {
-      // W (sw x n) = B(s0:s0+sw, :)
-      for (idx j = 0; j < n; ++j)
-        for (idx i = 0; i < sw; ++i) w[i + j * sw] = b[s0 + i + j * ldb];
-      sh.kind = shape::trim_b;
-      gemm_core(ws, general_view<T>(w, sw, false, false), A, sw, n, n, alpha, T(0), b + s0, ldb, sh);
-    }
-  }
-  nxl_serv_deallocate(w);
+  sh.in_place = true;
+  sh.kind = left ? shape::trim_a : shape::trim_b;
+  if (left) gemm_core(ws, A, B, m, n, m, alpha, T(0), b, ldb, sh);
+  else gemm_core(ws, B, A, m, n, n, alpha, T(0), b, ldb, sh);
 }
 
 // Order of the diagonal blocks the triangular solve ends on.

@@ -498,6 +498,13 @@ TYPED_TEST(Level3, TrmmTrsmAllFlags) {
   run_trxm_case<T>(1, 'R', 'U', 'C', 'U', 41, 290, 0, 1);
   run_trxm_case<T>(0, 'L', 'U', 'T', 'N', 270, 29, 0, 1);
   run_trxm_case<T>(0, 'R', 'L', 'N', 'U', 33, 280, 0, 1);
+  // The product runs in place, its depth blocks forwards or backwards by the
+  // shape of op(A): orders over several depth blocks in every precision.
+  for (char uplo : {'U', 'L'})
+    for (char ta : {'N', 'T'}) {
+      run_trxm_case<T>(0, 'L', uplo, ta, 'N', 800, 9, 2, 1);
+      run_trxm_case<T>(0, 'R', uplo, ta, 'U', 7, 810, 2, 1);
+    }
 }
 
 // One product computed with 1, 2, 3 and 4 threads: the bits must agree.
