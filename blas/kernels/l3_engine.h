@@ -686,6 +686,49 @@ template <class T> struct workspace {
 };
 
 // ---------------------------------------------------------------------------
+// Triangular operands with infinities or NaNs elsewhere. A micro-tile that
+// meets the diagonal of a triangular operand multiplies the packed zeros of
+// its other triangle too, which is harmless for finite data only: 0 times an
+// infinity of the general operand would be a NaN where that element takes
+// no part. Blocks whose general operand is not all finite add the products
+// of the diagonal band one by one, skipping the zero triangle.
+
+// True when every value of the packed block is finite (the exponent of an
+// infinity or NaN has all bits set).
+template <class R> bool packed_finite(const R *p, size_t n) {
+  using U = std::conditional_t<sizeof(R) == 4, uint32_t, uint64_t>;
+  constexpr U em = sizeof(R) == 4 ? U(0x7f800000u) : U(0x7ff0000000000000ull);
+  U bad = 0;
+  for (size_t i = 0; i < n; ++i) {
+    U u;
+    __builtin_memcpy(&u, p + i, sizeof u);
+    bad |= U((u & em) == em);
+  }
+  return bad == 0;
+}
+
+// tile += the products of the depth steps [q0, q1) of a micro-tile at
+// (ti, tj) in block pc, each only where the triangular operand is nonzero.
+template <class T>
+void band_products(const real_t<T> *ap, const real_t<T> *bp, idx q0, idx q1, int mr, int nr,
+                   idx ti, idx tj, idx pc, const shape &sh, real_t<T> *tile) {
+  constexpr int cf = blk<T>::cf, RMR = ukernel<real_t<T>>::MR, NR = blk<T>::NR;
+  for (idx p = q0; p < q1; ++p) {
+    const idx gp = pc + p;
+    for (int j = 0; j < nr; ++j)
+      for (int i = 0; i < mr; ++i) {
+        const idx gi = ti + i, gj = tj + j;
+        const bool zero = sh.kind == shape::trim_a ? (sh.upper ? gi > gp : gi < gp)
+                                                   : (sh.upper ? gp > gj : gp < gj);
+        if (zero) continue;
+        for (int u = 0; u < cf; ++u)
+          for (int r = 0; r < cf; ++r)
+            tile[j * RMR + i * cf + r] += ap[(p * cf + u) * RMR + i * cf + r] * bp[(p * cf + u) * NR + j];
+      }
+  }
+}
+
+// ---------------------------------------------------------------------------
 // The product C = alpha * A * B + beta * C (m x n, depth k), tiles restricted
 // by sh. (gi0, gj0) is the position of C in the output used for the triangle
 // tests; A's row index and B's column index are taken in the same frame for
@@ -727,7 +770,7 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
       const idx kc = std::min(KCb, k - pc);
       const bool first = pc == 0 && !in_place;
       const bmode bm = first ? beta_mode(beta) : bmode::one;
-      bool b_packed = false;
+      bool b_packed = false, b_finite = true;
       for (idx ic = 0; ic < m; ic += MCb) {
         const idx mc = std::min(MCb, m - ic);
         const idx gi = gi0 + ic;
@@ -743,8 +786,13 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
         if (!b_packed) {
           pack_b(B, pc, jc, kc, nc, ws.bpack);
           b_packed = true;
+          if (sh.kind == shape::trim_a)
+            b_finite = packed_finite(ws.bpack, workspace<T>::b_elems(kc, nc));
         }
         pack_a(A, ic, pc, mc, kc, alpha, ws.apack);
+        // Whether the band tiles of this block must skip the zero triangle.
+        const bool careful = sh.kind == shape::trim_a ? !b_finite
+                             : sh.kind == shape::trim_b && !packed_finite(ws.apack, workspace<T>::a_elems(mc, kc));
         // Macro-kernel over the micro-tiles of this block.
         for (idx jr = 0; jr < nc; jr += NR) {
           const int nr = int(std::min<idx>(NR, nc - jr));
@@ -792,7 +840,23 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
             // Whole tiles off the diagonal with beta 0 or 1 go straight to C.
             if (U::direct && !diag && mr == MR && nr == NR && tbm != bmode::general)
               dst.mode = tbm == bmode::one ? tile_dest::add : tile_dest::copy;
-            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            // Careful band tiles: the kernel takes the depth outside the band
+            // (on one side of it: the other side was trimmed), the band goes
+            // step by step.
+            idx q0 = khi, q1 = khi;
+            if (careful) {
+              const idx t0 = sh.kind == shape::trim_a ? ti : tj, tw = sh.kind == shape::trim_a ? mr : nr;
+              q0 = std::clamp<idx>(t0 - pc, klo, khi);
+              q1 = std::clamp<idx>(t0 + tw - pc, klo, khi);
+              if (q0 < q1) dst.mode = tile_dest::tile;
+            }
+            if (q0 < q1 && q0 > klo)
+              U::run((q0 - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            else if (q0 < q1)
+              U::run((khi - q1) * cf, ap + q1 * cf * U::MR, bp + q1 * cf * NR, tile, dst);
+            else
+              U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            if (q0 < q1) band_products<T>(ap, bp, q0, q1, mr, nr, ti, tj, pc, sh, tile);
             if (dst.mode != tile_dest::tile) continue;
             if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, tbm, ti, tj, sh);
             else store_full(c, ldc, mr, nr, tt, beta, tbm);

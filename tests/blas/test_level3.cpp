@@ -667,4 +667,38 @@ TEST(Level3Propagation, NanAndInfReachTheirElements) {
   EXPECT_TRUE(std::isfinite(C(0, 0)));
 }
 
+// An infinity of B in a triangular product reaches only the elements whose
+// sums take it with a nonzero of the triangle: the other triangle is not
+// part of the operand, whatever the tiles multiply internally.
+template <class T> void trmm_infinity_case(idx n, char side, char uplo, char ta) {
+  Mat<T> A(n, n, 1), B(n, n, 2);
+  const idx k = n / 2 + 3;
+  const T inf = T(std::numeric_limits<double>::infinity());
+  if (side == 'L') B(k, 5) = inf;
+  else B(5, k) = inf;
+  const char s[2] = {side, 0}, u[2] = {uplo, 0}, t[2] = {ta, 0};
+  api<T>::trxm(false, s, u, t, "N", n, n, T(1), A.p(), A.ldim, B.p(), B.ldim);
+  const bool lower = (uplo == 'L') != (ta != 'N');  // shape of op(A)
+  for (idx j = 0; j < n; ++j)
+    for (idx i = 0; i < n; ++i) {
+      // Left: row i takes B(k, 5) where op(A)(i, k) is stored; right:
+      // column j takes B(5, k) where op(A)(k, j) is.
+      const bool reached = side == 'L' ? j == 5 && (lower ? i >= k : i <= k)
+                                       : i == 5 && (lower ? j <= k : j >= k);
+      const LD v = ld(B(i, j));
+      const bool finite = std::isfinite(v.real()) && std::isfinite(v.imag());
+      ASSERT_EQ(finite, !reached) << side << uplo << ta << " n=" << n << " at " << i << "," << j;
+    }
+}
+
+TEST(Level3Propagation, TrmmInfinityStaysOffTheZeroTriangle) {
+  for (idx n : {40, 300})
+    for (char side : {'L', 'R'})
+      for (char uplo : {'U', 'L'})
+        for (char ta : {'N', 'T'}) {
+          trmm_infinity_case<double>(n, side, uplo, ta);
+          trmm_infinity_case<std::complex<float>>(n, side, uplo, ta == 'T' ? 'C' : 'N');
+        }
+}
+
 }  // namespace
