@@ -414,6 +414,68 @@ void pack_a_rows_direct(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, 
   }
 }
 
+// The same for complex A: a vector holds L elements (re, im) of one row;
+// after the transposition it is the (re, im) row of the packed 2x2 blocks
+// for L rows at one step, and its pairs swapped and half negated the
+// (-im, re) row. alpha multiplies as alpha_times does: the four products
+// formed on their own, then one sum or difference each.
+template <class T>
+void pack_a_rows_direct_c(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj,
+                          real_t<T> *__restrict dst) {
+  using R = real_t<T>;
+  constexpr int MR = blk<T>::MR, RMR = ukernel<R>::MR, L = MR / 2 > 0 ? MR / 2 : 1, G = MR / L;
+  using B = tblock<R, 2, L>;
+  using V = typename B::V;
+  constexpr int N = B::N;
+  auto swap = []<int... I>(V x, std::integer_sequence<int, I...>) { return __builtin_shufflevector(x, x, (I ^ 1)...); };
+  auto alt = []<int... I>(R even, R odd, std::integer_sequence<int, I...>) { return V{((I & 1) ? odd : even)...}; };
+  const auto seq = std::make_integer_sequence<int, N>();
+  const V conj_sign = alt(R(1), cj ? R(-1) : R(1), seq), rot_sign = alt(R(-1), R(1), seq);
+  const V ar = alt(alpha.real(), alpha.real(), seq), ai = alt(alpha.imag(), alpha.imag(), seq);
+  const bool a1 = alpha == T(1);
+  const R *sr = reinterpret_cast<const R *>(s);
+  idx ir = 0;
+  for (; ir + MR <= mc; ir += MR) {
+    R *d = dst + ir * kc * 4;
+    idx p = 0;
+    for (; p + L <= kc; p += L)
+#pragma clang loop unroll(full)
+      for (int g = 0; g < G; ++g) {
+        V v[L];
+#pragma clang loop unroll(full)
+        for (int r = 0; r < L; ++r) {
+          const R *row = sr + 2 * ((ir + g * L + r) * ld + p);
+          __builtin_prefetch(row + 4 * N);
+          __builtin_memcpy(&v[r], row, sizeof(V));
+        }
+        B::transpose(v);
+#pragma clang loop unroll(full)
+        for (int q = 0; q < L; ++q) {
+          V w = v[q] * conj_sign;
+          if (!a1) {
+            V re_part = w * ar, im_part = swap(w, seq) * ai;
+            __asm__("" : "+v"(re_part), "+v"(im_part));
+            w = re_part + im_part * rot_sign;
+          }
+          const V w1 = swap(w, seq) * rot_sign;
+          R *c0 = d + 2 * (p + q) * RMR + g * N;
+          __builtin_memcpy(c0, &w, sizeof(V));
+          __builtin_memcpy(c0 + RMR, &w1, sizeof(V));
+        }
+      }
+    if (p < kc) {
+      const T *rest = s + ir * ld + p;
+      pack_a_rows<T>([=](idx i, idx q) { return maybe_conj(rest[q + i * ld], cj); }, true, MR, kc - p,
+                     alpha, dst + ir * kc * 4 + 2 * p * RMR);
+    }
+  }
+  if (ir < mc) {
+    const T *rest = s + ir * ld;
+    pack_a_rows<T>([=](idx i, idx q) { return maybe_conj(rest[q + i * ld], cj); }, true, mc - ir, kc,
+                   alpha, dst + ir * kc * 4);
+  }
+}
+
 template <class T>
 void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T> *dst) {
   if (V.kind == mkind::general) {
@@ -423,14 +485,8 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
       pack_a_cols<T>(a + r + c * ld, ld, mc, kc, alpha, V.cj, dst);
     } else {
       const T *s = a + c + r * ld;
-      if constexpr (!is_complex_v<T>) {
-        pack_a_rows_direct<T>(s, ld, mc, kc, alpha, dst);
-        return;
-      }
-      if (V.cj)
-        pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[p + i * ld]); }, true, mc, kc, alpha, dst);
-      else
-        pack_a_rows<T>([=](idx i, idx p) { return s[p + i * ld]; }, true, mc, kc, alpha, dst);
+      if constexpr (!is_complex_v<T>) pack_a_rows_direct<T>(s, ld, mc, kc, alpha, dst);
+      else pack_a_rows_direct_c<T>(s, ld, mc, kc, alpha, V.cj, dst);
     }
     return;
   }
