@@ -128,7 +128,7 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
               const T *x, idx incx, T beta, T *y, idx incy) {
   const bool notrans = tr == 'N';
   if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
-  if (notrans && incx == 1 && incy == 1) {
+  if (!is_complex_v<T> && notrans && incx == 1 && incy == 1) {
     // Blocks of rows, each summed in registers over the columns of the band
     // (real types: a complex block holds too few rows to pay).
     constexpr idx VB = block_rows<T>();
