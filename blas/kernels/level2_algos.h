@@ -135,7 +135,6 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
     T acc[VB];
     for (idx b = 0; b < m; b += VB) {
       const idx e = b + VB < m ? b + VB : m;
-      band_prefetch<true>(b, n, kl, ku, a, lda, ku);
       band_block(b, e, n, kl, ku, a, lda, ku, x, acc);
       for (idx r = b; r < e; ++r) y[r] = y[r] + mul(alpha, acc[r - b]);
     }
@@ -444,8 +443,6 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, c
   T acc[VB];
   for (idx bi = b0; bi < b1; ++bi) {
     const idx b = (upper ? bi : b1 - 1 - (bi - b0)) * VB, e = b + VB < n ? b + VB : n;
-    if (upper) band_prefetch<true>(b, n, kl, ku, a, lda, off);
-    else band_prefetch<false>(b, n, kl, ku, a, lda, off);
     band_block(b, e, n, kl, ku, a, lda, off, xc, acc);
     for (idx r = b; r < e; ++r) x[r] = unit ? acc[r - b] + xc[r] : acc[r - b];
   }
@@ -464,8 +461,6 @@ void tbsv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
   T acc[VB], v[VB];
   for (idx bi = 0; bi < nb; ++bi) {
     const idx b = (upper ? nb - 1 - bi : bi) * VB, e = b + VB < n ? b + VB : n;
-    if (upper) band_prefetch<false>(b, n, kl, ku, a, lda, off);
-    else band_prefetch<true>(b, n, kl, ku, a, lda, off);
     band_block(b, e, n, kl, ku, a, lda, off, x, acc, upper ? e : 0, upper ? n : b);
     for (idx r = b; r < e; ++r) v[r - b] = x[r] - acc[r - b];
     for (idx s = 0; s < e - b; ++s) {

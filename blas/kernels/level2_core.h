@@ -610,32 +610,6 @@ inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda,
   else X::store_part(ar, pv, 0, int(W * rows));
 }
 
-// Rows ahead of the current block whose new band columns band_prefetch
-// requests.
-inline constexpr idx kBandPfRows = 32;
-
-// Requests the stored band of the columns that a walk over row blocks
-// (ascending when Up, else descending) reaches kBandPfRows rows after the
-// block at row b: the walk moves along the band diagonally, a pattern the
-// hardware prefetchers do not follow, so without this most of the matrix
-// arrives at the latency of the cache it comes from. Columns outside
-// [0, n) are skipped.
-template <bool Up, class T>
-__attribute__((always_inline)) inline void band_prefetch(idx b, idx n, idx kl, idx ku, const T *a,
-                                                         idx lda, idx off) {
-  constexpr idx VB = lanes<real_t<T>>::VL / (is_complex_v<T> ? 2 : 1);
-  idx j0 = Up ? b + kBandPfRows + ku : b - kBandPfRows - kl;
-  idx j1 = j0 + VB;
-  if (j0 < 0) j0 = 0;
-  if (j1 > n) j1 = n;
-  const idx lo = off - ku > 0 ? off - ku : 0, hi = off + kl + 1;
-  for (idx j = j0; j < j1; ++j) {
-    const char *p = reinterpret_cast<const char *>(a + j * lda + lo);
-    const char *q = reinterpret_cast<const char *>(a + j * lda + hi);
-    for (; p < q; p += 64) __builtin_prefetch(p, 0, 3);
-  }
-}
-
 // One element of a rank-1 (Two = false) or rank-2 update:
 // a + x*t (+ w*u). Complex products are written as the vector loop of
 // rank_cols computes them lane by lane (real lane: ar + xr*tr + xi*(-ti),
