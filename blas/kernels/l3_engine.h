@@ -81,6 +81,11 @@ struct shape {
   enum kind_t { full, triangle, trim_a, trim_b } kind = full;
   bool upper = false;     // triangle: stored triangle of C; trim: shape of the triangular operand
   bool real_diag = false; // triangle: force a real diagonal (herk, her2k)
+  // trim: C is the general operand itself (trmm in place). The depth blocks
+  // run in the order in which every block reads only rows (left) or columns
+  // (right) that no earlier block has written; a tile is overwritten by the
+  // depth block holding its own rows (columns) and accumulated by the rest.
+  bool in_place = false;
 };
 
 // How beta is applied when a tile is stored.
@@ -409,6 +414,68 @@ void pack_a_rows_direct(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, 
   }
 }
 
+// The same for complex A: a vector holds L elements (re, im) of one row;
+// after the transposition it is the (re, im) row of the packed 2x2 blocks
+// for L rows at one step, and its pairs swapped and half negated the
+// (-im, re) row. alpha multiplies as alpha_times does: the four products
+// formed on their own, then one sum or difference each.
+template <class T>
+void pack_a_rows_direct_c(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj,
+                          real_t<T> *__restrict dst) {
+  using R = real_t<T>;
+  constexpr int MR = blk<T>::MR, RMR = ukernel<R>::MR, L = MR / 2 > 0 ? MR / 2 : 1, G = MR / L;
+  using B = tblock<R, 2, L>;
+  using V = typename B::V;
+  constexpr int N = B::N;
+  auto swap = []<int... I>(V x, std::integer_sequence<int, I...>) { return __builtin_shufflevector(x, x, (I ^ 1)...); };
+  auto alt = []<int... I>(R even, R odd, std::integer_sequence<int, I...>) { return V{((I & 1) ? odd : even)...}; };
+  const auto seq = std::make_integer_sequence<int, N>();
+  const V conj_sign = alt(R(1), cj ? R(-1) : R(1), seq), rot_sign = alt(R(-1), R(1), seq);
+  const V ar = alt(alpha.real(), alpha.real(), seq), ai = alt(alpha.imag(), alpha.imag(), seq);
+  const bool a1 = alpha == T(1);
+  const R *sr = reinterpret_cast<const R *>(s);
+  idx ir = 0;
+  for (; ir + MR <= mc; ir += MR) {
+    R *d = dst + ir * kc * 4;
+    idx p = 0;
+    for (; p + L <= kc; p += L)
+#pragma clang loop unroll(full)
+      for (int g = 0; g < G; ++g) {
+        V v[L];
+#pragma clang loop unroll(full)
+        for (int r = 0; r < L; ++r) {
+          const R *row = sr + 2 * ((ir + g * L + r) * ld + p);
+          __builtin_prefetch(row + 4 * N);
+          __builtin_memcpy(&v[r], row, sizeof(V));
+        }
+        B::transpose(v);
+#pragma clang loop unroll(full)
+        for (int q = 0; q < L; ++q) {
+          V w = v[q] * conj_sign;
+          if (!a1) {
+            V re_part = w * ar, im_part = swap(w, seq) * ai;
+            __asm__("" : "+v"(re_part), "+v"(im_part));
+            w = re_part + im_part * rot_sign;
+          }
+          const V w1 = swap(w, seq) * rot_sign;
+          R *c0 = d + 2 * (p + q) * RMR + g * N;
+          __builtin_memcpy(c0, &w, sizeof(V));
+          __builtin_memcpy(c0 + RMR, &w1, sizeof(V));
+        }
+      }
+    if (p < kc) {
+      const T *rest = s + ir * ld + p;
+      pack_a_rows<T>([=](idx i, idx q) { return maybe_conj(rest[q + i * ld], cj); }, true, MR, kc - p,
+                     alpha, dst + ir * kc * 4 + 2 * p * RMR);
+    }
+  }
+  if (ir < mc) {
+    const T *rest = s + ir * ld;
+    pack_a_rows<T>([=](idx i, idx q) { return maybe_conj(rest[q + i * ld], cj); }, true, mc - ir, kc,
+                   alpha, dst + ir * kc * 4);
+  }
+}
+
 template <class T>
 void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T> *dst) {
   if (V.kind == mkind::general) {
@@ -418,14 +485,8 @@ void pack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T>
       pack_a_cols<T>(a + r + c * ld, ld, mc, kc, alpha, V.cj, dst);
     } else {
       const T *s = a + c + r * ld;
-      if constexpr (!is_complex_v<T>) {
-        pack_a_rows_direct<T>(s, ld, mc, kc, alpha, dst);
-        return;
-      }
-      if (V.cj)
-        pack_a_rows<T>([=](idx i, idx p) { return nxl::NXL_CP_NS::conj(s[p + i * ld]); }, true, mc, kc, alpha, dst);
-      else
-        pack_a_rows<T>([=](idx i, idx p) { return s[p + i * ld]; }, true, mc, kc, alpha, dst);
+      if constexpr (!is_complex_v<T>) pack_a_rows_direct<T>(s, ld, mc, kc, alpha, dst);
+      else pack_a_rows_direct_c<T>(s, ld, mc, kc, alpha, V.cj, dst);
     }
     return;
   }
@@ -681,6 +742,49 @@ template <class T> struct workspace {
 };
 
 // ---------------------------------------------------------------------------
+// Triangular operands with infinities or NaNs elsewhere. A micro-tile that
+// meets the diagonal of a triangular operand multiplies the packed zeros of
+// its other triangle too, which is harmless for finite data only: 0 times an
+// infinity of the general operand would be a NaN where that element takes
+// no part. Blocks whose general operand is not all finite add the products
+// of the diagonal band one by one, skipping the zero triangle.
+
+// True when every value of the packed block is finite (the exponent of an
+// infinity or NaN has all bits set).
+template <class R> bool packed_finite(const R *p, size_t n) {
+  using U = std::conditional_t<sizeof(R) == 4, uint32_t, uint64_t>;
+  constexpr U em = sizeof(R) == 4 ? U(0x7f800000u) : U(0x7ff0000000000000ull);
+  U bad = 0;
+  for (size_t i = 0; i < n; ++i) {
+    U u;
+    __builtin_memcpy(&u, p + i, sizeof u);
+    bad |= U((u & em) == em);
+  }
+  return bad == 0;
+}
+
+// tile += the products of the depth steps [q0, q1) of a micro-tile at
+// (ti, tj) in block pc, each only where the triangular operand is nonzero.
+template <class T>
+void band_products(const real_t<T> *ap, const real_t<T> *bp, idx q0, idx q1, int mr, int nr,
+                   idx ti, idx tj, idx pc, const shape &sh, real_t<T> *tile) {
+  constexpr int cf = blk<T>::cf, RMR = ukernel<real_t<T>>::MR, NR = blk<T>::NR;
+  for (idx p = q0; p < q1; ++p) {
+    const idx gp = pc + p;
+    for (int j = 0; j < nr; ++j)
+      for (int i = 0; i < mr; ++i) {
+        const idx gi = ti + i, gj = tj + j;
+        const bool zero = sh.kind == shape::trim_a ? (sh.upper ? gi > gp : gi < gp)
+                                                   : (sh.upper ? gp > gj : gp < gj);
+        if (zero) continue;
+        for (int u = 0; u < cf; ++u)
+          for (int r = 0; r < cf; ++r)
+            tile[j * RMR + i * cf + r] += ap[(p * cf + u) * RMR + i * cf + r] * bp[(p * cf + u) * NR + j];
+      }
+  }
+}
+
+// ---------------------------------------------------------------------------
 // The product C = alpha * A * B + beta * C (m x n, depth k), tiles restricted
 // by sh. (gi0, gj0) is the position of C in the output used for the triangle
 // tests; A's row index and B's column index are taken in the same frame for
@@ -697,19 +801,32 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
     return;
   }
   ws.setup(m, n, k);
+  const bool in_place = sh.in_place;
+  // In place, a tile's rows (left) or columns (right) lie in one depth block.
+  if (in_place) {
+    const idx g = sh.kind == shape::trim_a ? MR : NR;
+    ws.kc = std::max<idx>(ws.kc / g, 1) * g;
+  }
   const idx KCb = ws.kc, MCb = ws.mc, NCb = ws.nc;
   alignas(64) R tile[U::MR * U::NR];
   const T *tt = reinterpret_cast<const T *>(tile);
   const bool tri = sh.kind == shape::triangle;
+  // In place, a lower triangle on the left or an upper one on the right
+  // reads ahead of what it writes, so its blocks run backwards; on the right
+  // the column blocks go with the depth blocks.
+  const bool backwards = in_place && (sh.kind == shape::trim_a) != sh.upper;
+  const idx nblk = (n + NCb - 1) / NCb, kblk = (k + KCb - 1) / KCb;
 
-  for (idx jc = 0; jc < n; jc += NCb) {
+  for (idx jb = 0; jb < nblk; ++jb) {
+    const idx jc = (backwards && sh.kind == shape::trim_b ? nblk - 1 - jb : jb) * NCb;
     const idx nc = std::min(NCb, n - jc);
     const idx gj = gj0 + jc;
-    for (idx pc = 0; pc < k; pc += KCb) {
+    for (idx pb = 0; pb < kblk; ++pb) {
+      const idx pc = (backwards ? kblk - 1 - pb : pb) * KCb;
       const idx kc = std::min(KCb, k - pc);
-      const bool first = pc == 0;
+      const bool first = pc == 0 && !in_place;
       const bmode bm = first ? beta_mode(beta) : bmode::one;
-      bool b_packed = false;
+      bool b_packed = false, b_finite = true;
       for (idx ic = 0; ic < m; ic += MCb) {
         const idx mc = std::min(MCb, m - ic);
         const idx gi = gi0 + ic;
@@ -725,8 +842,13 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
         if (!b_packed) {
           pack_b(B, pc, jc, kc, nc, ws.bpack);
           b_packed = true;
+          if (sh.kind == shape::trim_a)
+            b_finite = packed_finite(ws.bpack, workspace<T>::b_elems(kc, nc));
         }
         pack_a(A, ic, pc, mc, kc, alpha, ws.apack);
+        // Whether the band tiles of this block must skip the zero triangle.
+        const bool careful = sh.kind == shape::trim_a ? !b_finite
+                             : sh.kind == shape::trim_b && !packed_finite(ws.apack, workspace<T>::a_elems(mc, kc));
         // Macro-kernel over the micro-tiles of this block.
         for (idx jr = 0; jr < nc; jr += NR) {
           const int nr = int(std::min<idx>(NR, nc - jr));
@@ -759,6 +881,11 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
               if (!first) continue;
               klo = khi = 0;
             }
+            bmode tbm = bm;
+            if (in_place) {
+              const idx t0 = sh.kind == shape::trim_a ? ti : tj;
+              if (t0 >= pc && t0 < pc + kc) tbm = beta_mode(beta);
+            }
             const R *ap = ws.apack + (ir / MR) * U::MR * kc * cf;
             T *c = C + (ic + ir) + (jc + jr) * ldc;
             tile_dest dst;
@@ -767,12 +894,28 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
             dst.ncols = nr;
             dst.colbytes = mr * int(sizeof(T));
             // Whole tiles off the diagonal with beta 0 or 1 go straight to C.
-            if (U::direct && !diag && mr == MR && nr == NR && bm != bmode::general)
-              dst.mode = bm == bmode::one ? tile_dest::add : tile_dest::copy;
-            U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            if (U::direct && !diag && mr == MR && nr == NR && tbm != bmode::general)
+              dst.mode = tbm == bmode::one ? tile_dest::add : tile_dest::copy;
+            // Careful band tiles: the kernel takes the depth outside the band
+            // (on one side of it: the other side was trimmed), the band goes
+            // step by step.
+            idx q0 = khi, q1 = khi;
+            if (careful) {
+              const idx t0 = sh.kind == shape::trim_a ? ti : tj, tw = sh.kind == shape::trim_a ? mr : nr;
+              q0 = std::clamp<idx>(t0 - pc, klo, khi);
+              q1 = std::clamp<idx>(t0 + tw - pc, klo, khi);
+              if (q0 < q1) dst.mode = tile_dest::tile;
+            }
+            if (q0 < q1 && q0 > klo)
+              U::run((q0 - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            else if (q0 < q1)
+              U::run((khi - q1) * cf, ap + q1 * cf * U::MR, bp + q1 * cf * NR, tile, dst);
+            else
+              U::run((khi - klo) * cf, ap + klo * cf * U::MR, bp + klo * cf * NR, tile, dst);
+            if (q0 < q1) band_products<T>(ap, bp, q0, q1, mr, nr, ti, tj, pc, sh, tile);
             if (dst.mode != tile_dest::tile) continue;
-            if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, bm, ti, tj, sh);
-            else store_full(c, ldc, mr, nr, tt, beta, bm);
+            if (diag) store_tri(c, ldc, mr, nr, tt, MR, beta, tbm, ti, tj, sh);
+            else store_full(c, ldc, mr, nr, tt, beta, tbm);
           }
         }
       }
@@ -855,9 +998,10 @@ template <class T> void scale_b(T *b, idx ldb, idx m, idx n, T alpha) {
     for (idx i = 0; i < m; ++i) b[i + j * ldb] = alpha == T(0) ? T(0) : mul(alpha, b[i + j * ldb]);
 }
 
-// trmm: B = alpha * op(A) * B or alpha * B * op(A). B is copied block by block
-// into a work array W and the block is recomputed as tri(op(A)) * W with
-// the zero part of the triangle trimmed from each micro-tile's depth.
+// trmm: B = alpha * op(A) * B or alpha * B * op(A), in place: the engine
+// packs each block of B before any tile it feeds is written (see
+// shape::in_place), and trims the zero part of the triangle from each
+// micro-tile's depth.
 template <class T>
 void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool unit, idx m, idx n,
           T alpha, const T *a, idx lda, T *b, idx ldb) {
@@ -865,40 +1009,13 @@ void trmm(workspace<T> &ws, bool left, bool upper, bool trans, bool cj, bool uni
     scale_b(b, ldb, m, n, T(0));
     return;
   }
-  view<T> A = tri_view(a, lda, upper, trans, cj, unit);
+  const view<T> A = tri_view(a, lda, upper, trans, cj, unit), B = general_view<T>(b, ldb, false, false);
   shape sh;
   sh.upper = A.upper;
-  // Strip of B that fits a work block of about 2^20 elements.
-  const idx dim = left ? m : n, other = left ? n : m;
-  idx strip = std::max<idx>(1, (idx(1) << 20) / std::max<idx>(dim, 1));
-  strip = std::min(other, std::max<idx>(strip, left ? blk<T>::NR : blk<T>::MR));
-  T *w = static_cast<T *>(nxl_serv_allocate(size_t(dim) * strip * sizeof(T), 64));
-  if (!w) {
-    strip = std::min<idx>(other, left ? blk<T>::NR : blk<T>::MR);
-    w = static_cast<T *>(nxl_serv_allocate(size_t(dim) * strip * sizeof(T), 64));
-    if (!w) {
-      nxl_serv_check_ptr_and_warn(w, "trmm");
-      return;
-    }
-  }
-  for (idx s0 = 0; s0 < other; s0 += strip) {
-    const idx sw = std::min(strip, other - s0);
-    if (left) {
-      // W (m x sw) = B(:, s0:s0+sw)
-      for (idx j = 0; j < sw; ++j)
-        for (idx i = 0; i < m; ++i) w[i + j * m] = b[i + (s0 + j) * ldb];
-      sh.kind = shape::trim_a;
-      gemm_core(ws, A, general_view<T>(w, m, false, false), m, sw, m, alpha, T(0), b + s0 * ldb,
-                ldb, sh);
-    } else {
-      // W (sw x n) = B(s0:s0+sw, :)
-      for (idx j = 0; j < n; ++j)
-        for (idx i = 0; i < sw; ++i) w[i + j * sw] = b[s0 + i + j * ldb];
-      sh.kind = shape::trim_b;
-      gemm_core(ws, general_view<T>(w, sw, false, false), A, sw, n, n, alpha, T(0), b + s0, ldb, sh);
-    }
-  }
-  nxl_serv_deallocate(w);
+  sh.in_place = true;
+  sh.kind = left ? shape::trim_a : shape::trim_b;
+  if (left) gemm_core(ws, A, B, m, n, m, alpha, T(0), b, ldb, sh);
+  else gemm_core(ws, B, A, m, n, n, alpha, T(0), b, ldb, sh);
 }
 
 // Order of the diagonal blocks the triangular solve ends on.

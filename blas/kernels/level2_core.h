@@ -487,29 +487,22 @@ inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, 
   }
 }
 
-// acc + av*xv in lanes [l0, l1) of a vector read at p (only those lanes are
-// read), acc unchanged elsewhere, whatever the other lanes of p or xv hold.
+// acc + av*xv in lanes [l0, l1), acc unchanged elsewhere, whatever the
+// other lanes of av and xv hold.
 template <class R>
 __attribute__((always_inline)) inline typename lanes<R>::V
-madd_part(typename lanes<R>::V acc, const R *p, int l0, int l1, typename lanes<R>::V xv, bool swapped) {
+madd_lanes(typename lanes<R>::V acc, typename lanes<R>::V av, typename lanes<R>::V xv, int l0, int l1) {
   using X = lanes<R>;
-  using V = typename X::V;
 #if defined(__AVX512F__)
+  using V = typename X::V;
   if constexpr (kVecBytes == 64) {
     const unsigned k = ((1u << l1) - 1u) & ~((1u << l0) - 1u);
-    if constexpr (sizeof(R) == 8) {
-      __m512d av = _mm512_maskz_loadu_pd(__mmask8(k), p);
-      if (swapped) av = (__m512d)X::swap((V)av);
-      return (V)_mm512_mask3_fmadd_pd(av, (__m512d)xv, (__m512d)acc, __mmask8(k));
-    } else {
-      __m512 av = _mm512_maskz_loadu_ps(__mmask16(k), p);
-      if (swapped) av = (__m512)X::swap((V)av);
-      return (V)_mm512_mask3_fmadd_ps(av, (__m512)xv, (__m512)acc, __mmask16(k));
-    }
+    if constexpr (sizeof(R) == 8)
+      return (V)_mm512_mask3_fmadd_pd((__m512d)av, (__m512d)xv, (__m512d)acc, __mmask8(k));
+    else
+      return (V)_mm512_mask3_fmadd_ps((__m512)av, (__m512)xv, (__m512)acc, __mmask16(k));
   }
 #endif
-  V av = X::load_part(p, l0, l1);
-  if (swapped) av = X::swap(av);
   const auto m = X::mask(l0, l1);
   return X::blend(m, acc + av * xv, acc);
 }
@@ -520,8 +513,16 @@ madd_part(typename lanes<R>::V acc, const R *p, int l0, int l1, typename lanes<R
 // at a[j*lda + off + r - j]. The block's sums stay in registers: each column
 // adds one vector (masked where the block sticks out of its band rows), so
 // the result is written once. Columns go to four accumulators by their
-// distance from column b - kl, so the sums do not depend on where a
+// distance d from column b - kl, so the sums do not depend on where a
 // sub-problem starts or which columns a caller leaves out.
+//
+// With w = kl + ku + 1 band rows, column d of a whole block covers the
+// lanes of rows [d - w + 1, d] of the block: the columns d in [VB - 1, w)
+// cover the block entirely and are read as whole vectors; the VB - 1 on
+// either side are masked. Complex columns are multiplied by the real and by
+// the imaginary part of x[j] into two sums; the second one's lanes are
+// exchanged once at the end (the exchange commutes with the sums), which
+// saves one shuffle per column.
 template <class T>
 inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda, idx off,
                        const T *x, T *acc, idx cmin = 0, idx cmax = -1) {
@@ -531,60 +532,82 @@ inline void band_block(idx b, idx e, idx n, idx kl, idx ku, const T *a, idx lda,
   constexpr int VL = X::VL;
   constexpr bool Cx = is_complex_v<T>;
   constexpr idx W = Cx ? 2 : 1;
+  constexpr idx VB = VL / W;
   const V zero = V{} * R(0);
   V P[4] = {zero, zero, zero, zero}, Q[4] = {zero, zero, zero, zero};
-  const idx jbase = b - kl;
+  const idx jbase = b - kl, w = kl + ku + 1;
   idx jlo = jbase > 0 ? jbase : 0, jhi = e - 1 + ku + 1 < n ? e + ku : n;
   if (cmin > jlo) jlo = cmin;
   if (cmax >= 0 && cmax < jhi) jhi = cmax;
-  // Columns covering the whole block, read as whole vectors: only for a full
-  // block (a short last block would read rows past the matrix).
-  const bool full = (e - b) * W == VL;
-  const idx jf0 = full ? e - 1 - kl : n, jf1 = full ? b + ku : -1;
-  const idx ff0 = jf0 > jlo ? jf0 : jlo, ff1 = jf1 < jhi - 1 ? jf1 : jhi - 1;
-  const idx step = W * (lda - 1);
-  auto part = [&](idx j, int u) __attribute__((always_inline)) {
-    const R *col = reinterpret_cast<const R *>(a + j * lda + off - j) + W * b;
-    const idx s = j - ku > b ? j - ku : b, t = j + kl + 1 < e ? j + kl + 1 : e;
+  const idx rows = e - b;
+  const idx dlo = jlo - jbase, dhi = jhi - jbase;
+  // Column d (at jbase + d) read from the block's first row on, at
+  // ar0 + base + d*step.
+  const R *ar0 = reinterpret_cast<const R *>(a);
+  const idx base = W * (jbase * (lda - 1) + off + b), step = W * (lda - 1);
+  const R *xr = reinterpret_cast<const R *>(x);
+  const idx xb = W * jbase;
+  // Column d over lanes of rows [max(0, d - w + 1), min(rows, d + 1)).
+  auto part = [&](idx d, auto u_) __attribute__((always_inline)) {
+    constexpr int u = decltype(u_)::value;
+    const idx s = d - w + 1 > 0 ? d - w + 1 : 0, t = d + 1 < rows ? d + 1 : rows;
     if (t <= s) return;
-    const int l0 = int(W * (s - b)), l1 = int(W * (t - b));
-    P[u] = madd_part<R>(P[u], col, l0, l1, X::splat(re(x[j])), false);
-    if constexpr (Cx) Q[u] = madd_part<R>(Q[u], col, l0, l1, X::splat(im(x[j])), true);
+    const int l0 = int(W * s), l1 = int(W * t);
+    const V av = X::load_part(ar0 + (base + d * step), l0, l1);
+    P[u] = madd_lanes<R>(P[u], av, X::splat(xr[xb + W * d]), l0, l1);
+    if constexpr (Cx) Q[u] = madd_lanes<R>(Q[u], av, X::splat(xr[xb + W * d + 1]), l0, l1);
   };
-  idx q = jbase + ((jlo - jbase) / 4) * 4;
-  // Head: columns before the first group of four whole columns.
-  for (; q < jhi && !(q >= ff0 && q + 3 <= ff1); q += 4) {
-#pragma clang loop unroll(full)
-    for (int u = 0; u < 4; ++u)
-      if (q + u >= jlo && q + u < jhi) part(q + u, u);
-  }
-  // Body: groups of four columns that cover the whole block.
-  for (; q + 3 <= ff1; q += 4) {
-    const R *col = reinterpret_cast<const R *>(a + q * lda + off - q) + W * b;
-#pragma clang loop unroll(full)
-    for (int u = 0; u < 4; ++u) {
-      const V av = X::load(col + u * step);
-      P[u] = P[u] + av * re(x[q + u]);
-      if constexpr (Cx) Q[u] = Q[u] + X::swap(av) * im(x[q + u]);
+  auto whole = [&](idx d, auto u_) __attribute__((always_inline)) {
+    constexpr int u = decltype(u_)::value;
+    const V av = X::load(ar0 + (base + d * step));
+    P[u] = P[u] + av * xr[xb + W * d];
+    if constexpr (Cx) Q[u] = Q[u] + av * xr[xb + W * d + 1];
+  };
+  // Columns [d0, d1) by f, accumulator d mod 4, unrolled by four.
+  auto run = [&](idx d0, idx d1, auto f) __attribute__((always_inline)) {
+    if (d0 < dlo) d0 = dlo;
+    if (d1 > dhi) d1 = dhi;
+    if (d1 <= d0) return;
+    idx q = d0 & ~idx(3);
+    if (q < d0) {
+      if (q + 1 >= d0 && q + 1 < d1) f(q + 1, std::integral_constant<int, 1>{});
+      if (q + 2 >= d0 && q + 2 < d1) f(q + 2, std::integral_constant<int, 2>{});
+      if (q + 3 < d1) f(q + 3, std::integral_constant<int, 3>{});
+      q += 4;
     }
-  }
-  // Tail.
-  for (; q < jhi; q += 4) {
-#pragma clang loop unroll(full)
-    for (int u = 0; u < 4; ++u)
-      if (q + u >= jlo && q + u < jhi) part(q + u, u);
+    for (; q + 4 <= d1; q += 4) {
+      f(q, std::integral_constant<int, 0>{});
+      f(q + 1, std::integral_constant<int, 1>{});
+      f(q + 2, std::integral_constant<int, 2>{});
+      f(q + 3, std::integral_constant<int, 3>{});
+    }
+    if (q < d1) {
+      f(q, std::integral_constant<int, 0>{});
+      if (q + 1 < d1) f(q + 1, std::integral_constant<int, 1>{});
+      if (q + 2 < d1) f(q + 2, std::integral_constant<int, 2>{});
+    }
+  };
+  if (rows == VB) {
+    const idx h = VB - 1, t0 = w > h ? w : h;
+    run(0, h, part);
+    run(h, w, whole);
+    run(t0, w + h, part);
+  } else {
+    // A short last block: every column masked (whole vectors would read
+    // rows past the matrix).
+    run(0, w + rows - 1, part);
   }
   V pv = (P[0] + P[1]) + (P[2] + P[3]);
   if constexpr (Cx) {
-    const V qv = (Q[0] + Q[1]) + (Q[2] + Q[3]);
+    const V qv = X::swap((Q[0] + Q[1]) + (Q[2] + Q[3]));
     // Even lanes subtract, odd lanes add: pv + qv*(-1, 1, ...) without the
     // multiply.
     V nq = zero - qv;
     pv = pv + X::blend(X::mask_odd(), qv, nq);
   }
   R *ar = reinterpret_cast<R *>(acc);
-  if (full) X::store(ar, pv);
-  else X::store_part(ar, pv, 0, int(W * (e - b)));
+  if (rows == VB) X::store(ar, pv);
+  else X::store_part(ar, pv, 0, int(W * rows));
 }
 
 // One element of a rank-1 (Two = false) or rank-2 update:

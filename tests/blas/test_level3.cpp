@@ -498,6 +498,13 @@ TYPED_TEST(Level3, TrmmTrsmAllFlags) {
   run_trxm_case<T>(1, 'R', 'U', 'C', 'U', 41, 290, 0, 1);
   run_trxm_case<T>(0, 'L', 'U', 'T', 'N', 270, 29, 0, 1);
   run_trxm_case<T>(0, 'R', 'L', 'N', 'U', 33, 280, 0, 1);
+  // The product runs in place, its depth blocks forwards or backwards by the
+  // shape of op(A): orders over several depth blocks in every precision.
+  for (char uplo : {'U', 'L'})
+    for (char ta : {'N', 'T'}) {
+      run_trxm_case<T>(0, 'L', uplo, ta, 'N', 800, 9, 2, 1);
+      run_trxm_case<T>(0, 'R', uplo, ta, 'U', 7, 810, 2, 1);
+    }
 }
 
 // One product computed with 1, 2, 3 and 4 threads: the bits must agree.
@@ -658,6 +665,40 @@ TEST(Level3Propagation, NanAndInfReachTheirElements) {
   for (idx i = 0; i < n; ++i)
     if (i != 3) EXPECT_TRUE(std::isinf(C(i, 9)) || std::isnan(C(i, 9))) << i;
   EXPECT_TRUE(std::isfinite(C(0, 0)));
+}
+
+// An infinity of B in a triangular product reaches only the elements whose
+// sums take it with a nonzero of the triangle: the other triangle is not
+// part of the operand, whatever the tiles multiply internally.
+template <class T> void trmm_infinity_case(idx n, char side, char uplo, char ta) {
+  Mat<T> A(n, n, 1), B(n, n, 2);
+  const idx k = n / 2 + 3;
+  const T inf = T(std::numeric_limits<double>::infinity());
+  if (side == 'L') B(k, 5) = inf;
+  else B(5, k) = inf;
+  const char s[2] = {side, 0}, u[2] = {uplo, 0}, t[2] = {ta, 0};
+  api<T>::trxm(false, s, u, t, "N", n, n, T(1), A.p(), A.ldim, B.p(), B.ldim);
+  const bool lower = (uplo == 'L') != (ta != 'N');  // shape of op(A)
+  for (idx j = 0; j < n; ++j)
+    for (idx i = 0; i < n; ++i) {
+      // Left: row i takes B(k, 5) where op(A)(i, k) is stored; right:
+      // column j takes B(5, k) where op(A)(k, j) is.
+      const bool reached = side == 'L' ? j == 5 && (lower ? i >= k : i <= k)
+                                       : i == 5 && (lower ? j <= k : j >= k);
+      const LD v = ld(B(i, j));
+      const bool finite = std::isfinite(v.real()) && std::isfinite(v.imag());
+      ASSERT_EQ(finite, !reached) << side << uplo << ta << " n=" << n << " at " << i << "," << j;
+    }
+}
+
+TEST(Level3Propagation, TrmmInfinityStaysOffTheZeroTriangle) {
+  for (idx n : {40, 300})
+    for (char side : {'L', 'R'})
+      for (char uplo : {'U', 'L'})
+        for (char ta : {'N', 'T'}) {
+          trmm_infinity_case<double>(n, side, uplo, ta);
+          trmm_infinity_case<std::complex<float>>(n, side, uplo, ta == 'T' ? 'C' : 'N');
+        }
 }
 
 }  // namespace
