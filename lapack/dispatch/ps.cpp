@@ -46,6 +46,12 @@ using c16 = std::complex<double>;
                   (const nxl_int *, const nxl_int *, T *, const nxl_int *, nxl_int *, nxl_int *,   \
                    int),                                                                           \
                   (m, n, a, lda, ipiv, info, 0))                                                   \
+  NXL_PS_DISPATCH(p##getrf_cols,                                                                   \
+                  (const nxl_int *m, const nxl_int *n, T *a, const nxl_int *lda, nxl_int *ipiv,    \
+                   nxl_int *info, const nxl_int *j0, const nxl_int *j1),                           \
+                  (const nxl_int *, const nxl_int *, T *, const nxl_int *, nxl_int *, nxl_int *,   \
+                   const nxl_int *, const nxl_int *, int),                                         \
+                  (m, n, a, lda, ipiv, info, j0, j1, 0))                                           \
   NXL_PS_DISPATCH(p##getrs_small,                                                                  \
                   (const char *tr, const nxl_int *n, const nxl_int *nrhs, const T *a,              \
                    const nxl_int *lda, const nxl_int *ipiv, T *b, const nxl_int *ldb,              \

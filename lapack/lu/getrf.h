@@ -8,6 +8,8 @@
 //     one-dimensional task graph (cdag1d, lapack/threads/team.h) with
 //     look-ahead: the next panel is factored by one member while the others
 //     share the rest of the trailing update in column chunks.
+// Up to 64 rows and columns the recursion's leaves are column ranges that the
+// code path's kernel factors in place, one after the other (getrf_leaves).
 // The progress function is asked after every unblocked leaf; a non-zero
 // answer stops the factorization with info = -1002.
 #ifndef NXL_LAPACK_LU_GETRF_H
@@ -72,12 +74,33 @@ template <class T> inline int progress(idx thread, idx step) {
   return nxl_serv_progress(&thread, &step, nm.s, 6);
 }
 
+// The leaves of getrf_local's recursion over the panel of mm rows and nn
+// columns at column `off`, factored in order by the code path's kernel as
+// column ranges of the whole m x n matrix: right-looking over all of it, so
+// no interchange, solve or product runs between the leaves. The progress
+// function is asked after each leaf with the recursion's own steps.
+template <class T>
+int getrf_leaves(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx pthread, idx poffset, idx mm, idx nn,
+                 idx off) {
+  const idx mn = imin(mm, nn);
+  const idx nb = ilaenv_t<T>(1, "GETRF", "S", mm, nn, -1, -1);
+  if (nb < 2 || nb >= mn) {
+    ps::getrf_cols(m, n, a, lda, ipiv, info, off, off + mn);
+    return progress<T>(pthread, nn + off + poffset);
+  }
+  for (idx j = 0; j < mn; j += nb)
+    if (getrf_leaves<T>(m, n, a, lda, ipiv, info, pthread, poffset, mm - j, imin(mn - j, nb), off + j)) return 1;
+  return 0;
+}
+
 // Sequential recursive blocked LU. Returns non-zero when stopped.
 template <class T>
 int getrf_local(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx pthread, idx poffset) {
   *info = 0;
   idx mn = imin(m, n);
   if (mn == 0) return 0;
+  // Up to 64 rows and columns the whole matrix stays in the small kernels.
+  if (m <= 64 && n <= 64) return getrf_leaves<T>(m, n, a, lda, ipiv, info, pthread, poffset, m, n, 0);
   idx nb = ilaenv_t<T>(1, "GETRF", "S", m, n, -1, -1);
   if (nb < 2 || nb >= mn) {
     getf2_work<T>(m, n, a, lda, ipiv, info);

@@ -10,15 +10,15 @@ namespace nxl {
 inline namespace NXL_LOCAL_NS {
 namespace ps {
 
-// Right-looking LU with partial pivoting (first row of largest magnitude);
-// an exactly zero pivot leaves its column unscaled and records the first one.
+// Right-looking LU with partial pivoting (first row of largest magnitude) of
+// the columns [j0, j1), interchanges across all n columns; an exactly zero
+// pivot leaves its column unscaled and records the first one (if *info is
+// still 0).
 template <class T>
-void getrf_right(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+void getrf_right(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {
   using R = real_t<T>;
-  *info = 0;
-  idx k = m < n ? m : n;
   R sfmin = safe_min<R>();
-  for (idx j = 0; j < k; ++j) {
+  for (idx j = j0; j < j1; ++j) {
     T *cj = a + j * lda;
     idx p = j + pivot_row(m - j, cj + j);
     ipiv[j] = p + 1;
@@ -70,40 +70,6 @@ template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, i
   }
 }
 
-// The interchanges of the rows r0..r1-1 (ipiv, 1-based, at most 8 of
-// them) as one permutation of the at most 16 rows they touch: row dst[t]
-// takes the entry of row src[t].
-struct row_moves {
-  idx dst[16], src[16];
-  int count = 0;
-  row_moves(idx r0, idx r1, const idx *ipiv) {
-    auto slot = [&](idx row) {
-      for (int t = 0; t < count; ++t)
-        if (dst[t] == row) return t;
-      dst[count] = src[count] = row;
-      return count++;
-    };
-    for (idx r = r0; r < r1; ++r) {
-      const idx p = ipiv[r] - 1;
-      if (p == r) continue;
-      const int x = slot(r), y = slot(p);
-      const idx t = src[x];
-      src[x] = src[y];
-      src[y] = t;
-    }
-  }
-  // Applied to the columns [c0, c1): all the entries of a column read, then
-  // written, so the exchanges form no chain through memory.
-  template <class T> void apply(T *a, idx lda, idx c0, idx c1) const {
-    for (idx c = c0; c < c1; ++c) {
-      T *col = a + c * lda;
-      T v[16];
-      for (int t = 0; t < count; ++t) v[t] = col[src[t]];
-      for (int t = 0; t < count; ++t) col[dst[t]] = v[t];
-    }
-  }
-};
-
 // X := L^{-1} X for the JB x ncols block X at u (leading dimension ld) and
 // the unit lower triangle of order JB at l: each column of X is held in
 // vectors (rows as lanes) and takes JB multiply-adds with the columns of L,
@@ -145,30 +111,40 @@ template <class T, int JB> void unit_lower_solve(const T *l, idx ld, T *u, idx n
   for (; col < ncols; ++col) solve.template operator()<1>(col);
 }
 
-// Right-looking LU by panels of KB columns on vectors, for m >= n >= one
-// vector of elements: factor the panel (pivot, interchange within the panel,
-// scale, update the panel's later columns), apply its interchanges to the
-// columns left and right of it, solve for the panel's rows of U, and update
-// the trailing matrix by a rank-KB product that keeps the panel's windows in
-// registers while the trailing columns stream through once.
-template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
+// Right-looking LU on vectors, for m >= n >= one vector of elements, blocked
+// on two levels: outer panels whose trailing update is one rank-KO product,
+// each factored by inner panels of KB columns (rank-KB updates inside the
+// outer panel only), each of those column by column. A panel at any level:
+// factor it, apply its interchanges to the columns left and right of it
+// within the enclosing panel, solve for its rows of U there, and update the
+// rest of the enclosing panel below them by a product that keeps the
+// panel's windows in registers while the trailing columns stream through
+// once. The arithmetic per element is that of the column algorithm in a
+// different order of the sums.
+template <class T> struct lu_blocked {
   using R = real_t<T>;
-  // Complex orders up to 16 take panels of four: the work inside a panel,
-  // a chain of dependent column steps, then outweighs the rank updates.
-  constexpr idx KMAX = 8;
-  const idx KB = simd<T>::cplx && m <= 64 ? 4 : KMAX;
-  const R sfmin = safe_min<R>();
-  *info = 0;
-  for (idx j0 = 0; j0 < n; j0 += KB) {
-    const idx jb = n - j0 < KB ? n - j0 : KB, j1 = j0 + jb;
-    T *blk = a + j0 * lda;
-    for (idx c = 0; c < jb; ++c) {
-      const idx j = j0 + c;
-      T *cj = a + j * lda;
-      const idx p = pivot_index(j, m, cj);
+  static constexpr idx E = simd<T>::E;
+  idx m;
+  T *a;
+  idx lda;
+  idx *ipiv;
+  idx *info;
+  R sfmin = safe_min<R>();
+
+  T *col(idx j) const { return a + j * lda; }
+
+  // The columns [j0, j1) one by one; interchanges within them only.
+  void columns(idx j0, idx j1) {
+    // The pivot search of each column after the first runs in the update
+    // that brings the column up to date with the one before.
+    pivot_search<T> next;
+    for (idx j = j0; j < j1; ++j) {
+      T *cj = col(j);
+      const idx p = j == j0 ? pivot_index(j, m, cj) : next.result(j, m, cj);
+      next = pivot_search<T>();
       ipiv[j] = p + 1;
       if (cj[p] != T(0)) {
-        if (p != j) swap_rows(blk, lda, 0, jb, j, p);
+        if (p != j) swap_rows(a, lda, j0, j1, j, p);
         const T piv = cj[j];
         if (abs1(piv) >= sfmin) column_scale<T>(j + 1, m, cj, inv(piv));
         else
@@ -178,60 +154,109 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
       }
       // The panel's later columns less the multipliers times their row j,
       // in one sweep over the column's windows.
-      if (c + 1 < jb)
-        rank_update<T, 1>(j + 1, m, cj + lda, lda, jb - c - 1, cj, lda,
-                          [&](int, idx col) { return cj[j + (col + 1) * lda]; });
+      if (j + 1 < j1)
+        rank_update<T, 1>(j + 1, m, cj + lda, lda, j1 - j - 1, cj, lda,
+                          [&](int, idx c) { return cj[j + (c + 1) * lda]; }, &next);
     }
-    // The panel's interchanges applied to the columns left and right of it.
-    // Up to 32 columns the exchanges go one by one.
-    if (n <= 32) {
-      for (idx j = j0; j < j1; ++j)
-        if (ipiv[j] - 1 != j) {
-          swap_rows(a, lda, 0, j0, j, ipiv[j] - 1);
-          swap_rows(a, lda, j1, n, j, ipiv[j] - 1);
-        }
-    } else {
-      const row_moves moves(j0, j1, ipiv);
-      if (moves.count) {
-        moves.apply(a, lda, 0, j0);
-        moves.apply(a, lda, j1, n);
-      }
-    }
-    if (j1 >= n) break;
-    // Rows j0..j1-1 of U right of the panel: unit lower triangular solve,
-    // on vectors when whole windows from row j0 lie inside the columns.
-    constexpr idx E = simd<T>::E;
-    if (j0 + (jb + E - 1) / E * E <= m) {
-      switch (jb) {
-        case 8: unit_lower_solve<T, 8>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-        case 7: unit_lower_solve<T, 7>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-        case 6: unit_lower_solve<T, 6>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-        case 5: unit_lower_solve<T, 5>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-        case 4: unit_lower_solve<T, 4>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-        case 3: unit_lower_solve<T, 3>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-        default: unit_lower_solve<T, 2>(blk + j0, lda, a + j0 + j1 * lda, n - j1); break;
-      }
-    } else {
-      // The multipliers and each column's KB entries are held in locals, so
-      // that the columns' short recurrences overlap instead of waiting on
-      // stores to memory the compiler must assume they share.
-      T l[KMAX][KMAX] = {};
-      for (idx r = 1; r < jb; ++r)
-        for (idx q = 0; q < r; ++q) l[r][q] = blk[j0 + r + q * lda];
-      for (idx col = j1; col < n; ++col) {
-        T *u = a + j0 + col * lda;
-        T x[KMAX];
-        for (idx r = 0; r < jb; ++r) x[r] = u[r];
-        for (idx r = 1; r < jb; ++r)
-          for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
-        for (idx r = 1; r < jb; ++r) u[r] = x[r];
-      }
-    }
-    if (j1 >= m) continue;
-    T *trail = a + j1 * lda;
-    block_update<T, false, false>(j1, m, trail, lda, n - j1, blk, lda, jb,
-                                  [&](idx q, idx col) { return trail[j0 + q + col * lda]; });
   }
+
+  // The interchanges of the rows [p0, p1) applied to the columns [c0, c1),
+  // one exchange at a time across the columns: two loads and two stores per
+  // entry, with no table of moves to read.
+  void interchange(idx p0, idx p1, idx c0, idx c1) const {
+    if (c0 >= c1) return;
+    for (idx j = p0; j < p1; ++j)
+      if (ipiv[j] - 1 != j) swap_rows(a, lda, c0, c1, j, ipiv[j] - 1);
+  }
+
+  // Rows r0..r0+jb-1 (jb <= 8) of the columns [c0, c1) times the inverse of
+  // the unit lower triangle at (r0, r0).
+  void solve_rows(idx r0, idx jb, idx c0, idx c1) {
+    T *blk = col(r0);
+    T *u = a + r0 + c0 * lda;
+    const idx nc = c1 - c0;
+    if (r0 + (jb + E - 1) / E * E <= m) {
+      switch (jb) {
+        case 8: unit_lower_solve<T, 8>(blk + r0, lda, u, nc); break;
+        case 7: unit_lower_solve<T, 7>(blk + r0, lda, u, nc); break;
+        case 6: unit_lower_solve<T, 6>(blk + r0, lda, u, nc); break;
+        case 5: unit_lower_solve<T, 5>(blk + r0, lda, u, nc); break;
+        case 4: unit_lower_solve<T, 4>(blk + r0, lda, u, nc); break;
+        case 3: unit_lower_solve<T, 3>(blk + r0, lda, u, nc); break;
+        case 2: unit_lower_solve<T, 2>(blk + r0, lda, u, nc); break;
+        default: break;
+      }
+      return;
+    }
+    // The multipliers and each column's entries are held in locals, so
+    // that the columns' short recurrences overlap instead of waiting on
+    // stores to memory the compiler must assume they share.
+    T l[8][8] = {};
+    for (idx r = 1; r < jb; ++r)
+      for (idx q = 0; q < r; ++q) l[r][q] = blk[r0 + r + q * lda];
+    for (idx c = 0; c < nc; ++c) {
+      T *x0 = u + c * lda;
+      T x[8];
+      for (idx r = 0; r < jb; ++r) x[r] = x0[r];
+      for (idx r = 1; r < jb; ++r)
+        for (idx q = 0; q < r; ++q) x[r] -= mul(l[r][q], x[q]);
+      for (idx r = 1; r < jb; ++r) x0[r] = x[r];
+    }
+  }
+
+  // Rows [r0, r1) of the columns [c0, c1) less the product of the
+  // multipliers in the columns [k0, k0 + K) and the rows [k0, k0 + K) of U.
+  void update(idx r0, idx r1, idx c0, idx c1, idx k0, idx K) {
+    if (r0 >= r1 || c0 >= c1) return;
+    T *dst = col(c0);
+    block_update<T, false, false>(r0, r1, dst, lda, c1 - c0, col(k0), lda, K,
+                                  [&](idx q, idx c) { return dst[k0 + q + c * lda]; });
+  }
+
+  // Factors the columns [j0, j1) by panels of widths[0] (0: column by
+  // column), with interchanges applied to the columns [c0, c1) around them
+  // and the trailing columns [j1, c1) brought up to date.
+  void range(idx c0, idx c1, idx j0, idx j1, const idx *widths) {
+    const idx w = widths[0];
+    if (w == 0) return columns(j0, j1);
+    // The solves take at most 8 rows at a time.
+    const idx sub = widths[1] && widths[1] < 8 ? widths[1] : 8;
+    for (idx p0 = j0; p0 < j1; p0 += w) {
+      const idx p1 = j1 - p0 < w ? j1 : p0 + w;
+      range(p0, p1, p0, p1, widths + 1);
+      interchange(p0, p1, c0, p0);
+      interchange(p0, p1, p1, c1);
+      if (p1 >= c1) continue;
+      // Rows p0..p1-1 of U right of the panel, by blocks of `sub` rows.
+      for (idx s0 = p0; s0 < p1; s0 += sub) {
+        const idx sb = p1 - s0 < sub ? p1 - s0 : sub;
+        solve_rows(s0, sb, p1, c1);
+        update(s0 + sb, p1, p1, c1, s0, sb);
+      }
+      update(p1, m, p1, c1, p0, p1 - p0);
+    }
+  }
+};
+
+// The columns [j0, j1) of an m x n matrix (m >= one vector of elements)
+// whose columns left of j0 are factored and whose other columns are up to
+// date with them: the interchanges reach all n columns, the update the
+// columns from j1 on.
+template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {
+  lu_blocked<T> f{m, a, lda, ipiv, info};
+  // Outer panels of 16 columns. Complex ones of 17 to 64 rows are factored
+  // by inner panels of four: the work inside a panel, a chain of dependent
+  // column steps, then outweighs the updates. Real ones up to 64 rows and
+  // complex ones up to 16 go column by column (their windows of the panel
+  // stay in the first-level cache); taller ones by inner panels of 8.
+  static constexpr idx kColumns[2] = {16, 0}, kComplex[3] = {16, 4, 0}, kTall[3] = {16, 8, 0};
+  const idx *widths = m > 64 ? kTall : simd<T>::cplx && m > 16 ? kComplex : kColumns;
+  f.range(0, n, j0, j1, widths);
+}
+
+template <class T> void getrf_cols(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {
+  if (m >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info, j0, j1);
+  else getrf_right(m, n, a, lda, ipiv, info, j0, j1);
 }
 
 template <class T>
@@ -240,8 +265,10 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   if (m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
   if constexpr (E <= 8)
     if (m <= 2 * E && n <= 2 * E) return getrf_in_registers<T, 2>(m, n, a, lda, ipiv, info);
-  if (m >= n && n >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info);
-  else getrf_right(m, n, a, lda, ipiv, info);
+  *info = 0;
+  const idx k = m < n ? m : n;
+  if (m >= n && n >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info, 0, k);
+  else getrf_right(m, n, a, lda, ipiv, info, 0, k);
 }
 
 // A X = B with the factors of a real matrix of order n <= NV * E, on
@@ -345,6 +372,11 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
   extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##getrf_small)(const nxl_int *m, const nxl_int *n,   \
       T *a, const nxl_int *lda, nxl_int *ipiv, nxl_int *info, int) {                                 \
     nxl::ps::getrf_small<T>(*m, *n, a, *lda, ipiv, info);                                             \
+  }                                                                                                   \
+  extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##getrf_cols)(const nxl_int *m, const nxl_int *n,    \
+      T *a, const nxl_int *lda, nxl_int *ipiv, nxl_int *info, const nxl_int *j0, const nxl_int *j1,   \
+      int) {                                                                                          \
+    nxl::ps::getrf_cols<T>(*m, *n, a, *lda, ipiv, info, *j0, *j1);                                    \
   }                                                                                                   \
   extern "C" void NXL_KERNEL(nxl_lapack_ps_, _##p##getrs_small)(const char *trans, const nxl_int *n,  \
       const nxl_int *nrhs, const T *a, const nxl_int *lda, const nxl_int *ipiv, T *b,                 \

@@ -8,6 +8,8 @@
 #define NXL_PS_DECL_ALL(p, T)                                                                          \
   extern "C" void nxl_lapack_ps_##p##getrf_small(const nxl_int *, const nxl_int *, T *, const nxl_int *, \
                                                  nxl_int *, nxl_int *);                                \
+  extern "C" void nxl_lapack_ps_##p##getrf_cols(const nxl_int *, const nxl_int *, T *, const nxl_int *,  \
+                                                nxl_int *, nxl_int *, const nxl_int *, const nxl_int *); \
   extern "C" void nxl_lapack_ps_##p##getrs_small(const char *, const nxl_int *, const nxl_int *,       \
                                                  const T *, const nxl_int *, const nxl_int *, T *,     \
                                                  const nxl_int *, nxl_int *, int);                     \
@@ -33,6 +35,9 @@ using idx = nxl_int;
 #define NXL_PS_OVL(p, T)                                                                               \
   inline void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {                        \
     nxl_lapack_ps_##p##getrf_small(&m, &n, a, &lda, ipiv, info);                                       \
+  }                                                                                                    \
+  inline void getrf_cols(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {          \
+    nxl_lapack_ps_##p##getrf_cols(&m, &n, a, &lda, ipiv, info, &j0, &j1);                              \
   }                                                                                                    \
   inline void getrs_small(const char *tr, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, \
                           idx ldb, idx *info) {                                                        \

@@ -245,10 +245,10 @@ void panel_update(idx lo, idx hi, T *dst, idx ldd, const T *src, idx lds, idx K,
                               [&](idx k, idx c) { return coef(k, static_cast<int>(c)); });
 }
 
-// Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
-// largest |re| + |im|, or the first NaN. Windows run from the bottom up, so a
-// lane takes a later window's row on ties; NaNs go to the scalar search.
-template <class T> idx pivot_index(idx lo, idx hi, const T *x) {
+// Running pivot search over the windows of a column: per lane the largest
+// |re| + |im| seen and its row, and the lanes that saw a NaN. Windows come
+// from the bottom up, so a lane takes the upper row on ties.
+template <class T> struct pivot_search {
   using S = simd<T>;
   using V = typename S::V;
   using M = typename S::M;
@@ -256,37 +256,54 @@ template <class T> idx pivot_index(idx lo, idx hi, const T *x) {
   V best = S::splat(R_neg_one<real_t<T>>());
   M row = {};
   M nan = {};
-  const M lane = vtypes<real_t<T>>::lane() >> (S::cplx ? 1 : 0);
-  windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
-    V a = S::abs(S::load(x + ws));
+
+  // The values v of the window at ws, of which the rows [l, top) count.
+  __attribute__((always_inline)) void add(V v, idx ws, idx l, idx top) {
+    const M lane = vtypes<real_t<T>>::lane() >> (S::cplx ? 1 : 0);
+    V a = S::abs(v);
     if constexpr (S::cplx) a = a + vtypes<real_t<T>>::swap(a);
     nan |= (a != a);
     a = S::blend(S::mask(l - ws, top - ws), a, S::splat(R_neg_one<real_t<T>>()));
     const M take = a >= best;
     best = S::blend(take, a, best);
     row = (take & (lane + static_cast<Lane>(ws))) | (~take & row);
-  });
-  bool any_nan = false;
-  for (idx k = 0; k < S::E * S::per; ++k) any_nan |= nan[k] != 0;
-  if (any_nan) {
-    for (idx i = lo; i < hi; ++i)
-      if (abs1(x[i]) != abs1(x[i])) return i;
   }
-  idx p = row[0];
-  real_t<T> bv = best[0];
-  for (idx k = 1; k < S::E * S::per; ++k)
-    if (best[k] > bv || (best[k] == bv && row[k] < p)) {
-      bv = best[k];
-      p = row[k];
+
+  // The first row of largest magnitude among the rows [lo, hi) of x, or
+  // the first NaN.
+  __attribute__((always_inline)) idx result(idx lo, idx hi, const T *x) const {
+    bool any_nan = false;
+    for (idx k = 0; k < S::E * S::per; ++k) any_nan |= nan[k] != 0;
+    if (any_nan) {
+      for (idx i = lo; i < hi; ++i)
+        if (abs1(x[i]) != abs1(x[i])) return i;
     }
-  return p;
+    idx p = row[0];
+    real_t<T> bv = best[0];
+    for (idx k = 1; k < S::E * S::per; ++k)
+      if (best[k] > bv || (best[k] == bv && row[k] < p)) {
+        bv = best[k];
+        p = row[k];
+      }
+    return p;
+  }
+};
+
+// Row of the pivot among the rows [lo, hi) of x (m >= E rows): the first of
+// largest |re| + |im|, or the first NaN.
+template <class T> __attribute__((always_inline)) inline idx pivot_index(idx lo, idx hi, const T *x) {
+  pivot_search<T> ps;
+  windows<T>(lo, hi, [&](idx ws, idx l, idx top) { ps.add(simd<T>::load(x + ws), ws, l, top); });
+  return ps.result(lo, hi, x);
 }
 
 // dst_j -= sum_{q < K} src_q * coef(q, j) for the columns j < ncols of dst
 // (rows [lo, hi)): a rank-K update with the K source windows held in
-// registers while the destination columns stream through once.
+// registers while the destination columns stream through once. With
+// `first`, the new values of column 0 also go to its pivot search.
 template <class T, int K, class Coef>
-void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx lds, Coef coef) {
+void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx lds, Coef coef,
+                 pivot_search<T> *first = nullptr) {
   using S = simd<T>;
   using V = typename S::V;
   windows<T>(lo, hi, [&](idx ws, idx l, idx top) {
@@ -301,6 +318,7 @@ void rank_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx l
       V r = v;
       for (int q = 0; q < K; ++q) r = typename S::template factor<false>(coef(q, j)).minus(r, x[q], xr[q]);
       put(d, ws, l, top, r, v);
+      if (j == 0 && first) first->add(r, ws, l, top);
     }
   });
 }

@@ -31,10 +31,19 @@ template <class R> inline R safe_min();
 template <> inline float safe_min<float>() { return FLT_MIN; }
 template <> inline double safe_min<double>() { return DBL_MIN; }
 
-// 1/z without the library call that complex division makes.
+// 1/z without the library call that complex division makes: conj(z) / |z|^2
+// with one division where neither part can overflow or underflow in the
+// squares, Smith's scaled form elsewhere.
 template <class T> inline T inv(T x) { return T(1) / x; }
 template <class R> inline std::complex<R> inv(std::complex<R> x) {
   R a = x.real(), b = x.imag();
+  // 2^-(e/2 - 4) and 2^(e/2 - 4) for the exponent range e of R.
+  constexpr R lo = sizeof(R) == 8 ? 0x1p-500 : 0x1p-58f, hi = sizeof(R) == 8 ? 0x1p500 : 0x1p58f;
+  const R big = std::fabs(a) >= std::fabs(b) ? std::fabs(a) : std::fabs(b);
+  if (big > lo && big < hi) {
+    const R s = R(1) / (a * a + b * b);
+    return {a * s, -b * s};
+  }
   if (std::fabs(a) >= std::fabs(b)) {
     R r = b / a, d = a + b * r;
     return {R(1) / d, -r / d};

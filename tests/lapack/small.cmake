@@ -3,6 +3,7 @@
 # lower ones (each path has its own build of the kernels).
 nxl_add_gtest(lapack_small_tests
   SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/test_small_lu.cpp ${CMAKE_CURRENT_SOURCE_DIR}/test_small_chol.cpp
+          ${CMAKE_CURRENT_SOURCE_DIR}/test_small_fused.cpp
   INTERNAL)
 foreach(variant "AVX2;NXL_ENABLE_INSTRUCTIONS=AVX2" "AVX;NXL_ENABLE_INSTRUCTIONS=AVX"
         "SSE4_2;NXL_ENABLE_INSTRUCTIONS=SSE4_2" "SSE2;NXL_CBWR=SSE2" "COMPATIBLE;NXL_CBWR=COMPATIBLE")
