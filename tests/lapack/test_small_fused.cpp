@@ -9,6 +9,7 @@
 #include "lapack/common.h"
 #include "lapack/lu/getrf.h"
 #include "service/nxl_serv.h"
+#include "tier_util.h"
 #include "util.h"
 
 using lt::idx;
@@ -18,22 +19,6 @@ namespace {
 template <class T> class FusedLu : public ::testing::Test {};
 using Types = ::testing::Types<float, double, std::complex<float>, std::complex<double>>;
 TYPED_TEST_SUITE(FusedLu, Types);
-
-std::vector<long long> g_steps;
-int g_stop_at = -1;
-int record(const nxl_int *, const nxl_int *step, const char *, nxl_int) {
-  g_steps.push_back(*step);
-  return static_cast<int>(g_steps.size()) - 1 == g_stop_at;
-}
-
-struct ProgressScope {
-  nxl_progress_fn old;
-  ProgressScope() : old(nxl_serv_set_progress(record)) {
-    g_steps.clear();
-    g_stop_at = -1;
-  }
-  ~ProgressScope() { nxl_serv_set_progress(old == nxl_serv_default_progress ? nullptr : old); }
-};
 
 // The column ends of the leaves of a recursion that splits a panel of mm x
 // nn at column `off` into panels of the oracle's width until that width
@@ -76,7 +61,6 @@ template <class T> void column_lu(idx m, idx n, std::vector<T> &a, idx lda, std:
 // steps reported are the recursion's column ends, in order, the last one n.
 TYPED_TEST(FusedLu, ProgressStepsAreThePanelEnds) {
   using T = TypeParam;
-  ProgressScope scope;
   for (idx n = 17; n <= 64; ++n)
     for (idx m : {n, n - 5, idx(64), idx(20)}) {
       if (m < 1) continue;
@@ -84,12 +68,12 @@ TYPED_TEST(FusedLu, ProgressStepsAreThePanelEnds) {
       auto a = a0;
       std::vector<idx> ipiv(static_cast<size_t>(std::min(m, n)));
       idx info = -9;
-      g_steps.clear();
+      lt::HeldBlocks scope;
       lp::getrf<T>(&m, &n, a.data(), &m, ipiv.data(), &info);
       ASSERT_EQ(info, 0) << m << "x" << n;
       std::vector<long long> want;
       panel_ends<T>(m, n, 0, want);
-      EXPECT_EQ(g_steps, want) << m << "x" << n;
+      EXPECT_EQ(scope.steps, want) << m << "x" << n;
       EXPECT_LT(lt::lu_residual(m, n, a0.data(), m, a.data(), ipiv.data()), 30.0) << m << "x" << n;
     }
 }
@@ -98,7 +82,6 @@ TYPED_TEST(FusedLu, ProgressStepsAreThePanelEnds) {
 // column in a later panel still gives its info when nothing stops.
 TYPED_TEST(FusedLu, StopAtEveryReport) {
   using T = TypeParam;
-  ProgressScope scope;
   for (idx n : {17, 40, 49, 64}) {
     std::vector<long long> want;
     panel_ends<T>(n, n, 0, want);
@@ -106,13 +89,12 @@ TYPED_TEST(FusedLu, StopAtEveryReport) {
       auto a = lt::random_matrix<T>(n, n, n, static_cast<unsigned>(n + at));
       std::vector<idx> ipiv(static_cast<size_t>(n));
       idx info = 0;
-      g_steps.clear();
-      g_stop_at = at;
+      lt::HeldBlocks scope;
+      scope.stop_after = at;
       lp::getrf<T>(&n, &n, a.data(), &n, ipiv.data(), &info);
       EXPECT_EQ(info, -1002) << n << " at " << at;
-      EXPECT_EQ(g_steps.size(), static_cast<size_t>(at + 1)) << n;
+      EXPECT_EQ(scope.steps.size(), static_cast<size_t>(at + 1)) << n;
     }
-    g_stop_at = -1;
     auto a0 = lt::random_matrix<T>(n, n, n, static_cast<unsigned>(n));
     const idx k = n - 3;
     for (idx i = 0; i < n; ++i) a0[i + k * n] = T(0);

@@ -1,6 +1,6 @@
 // Helpers of the LU and Cholesky tier tests: a scoped thread count, and a
-// progress function that records the memory manager's blocks held for
-// callers at every report (the threaded tiers hold their distribution, graph
+// progress function that records the step and the memory manager's blocks
+// held for callers at every report (the threaded tiers hold their distribution, graph
 // and work area while they run; the others hold nothing) and can stop the
 // call at a chosen report.
 #ifndef NXL_TESTS_LAPACK_TIER_UTIL_H
@@ -21,8 +21,10 @@ struct ScopedThreads {
 
 struct HeldBlocks {
   static inline std::vector<int> blocks;
+  static inline std::vector<long long> steps;
   static inline int stop_after = -1;  // stop at this report (0-based); -1 never
-  static int fn(const nxl_int *, const nxl_int *, const char *, nxl_int) {
+  static int fn(const nxl_int *, const nxl_int *step, const char *, nxl_int) {
+    steps.push_back(*step);
     int b = 0;
     nxl_serv_mem_in_use(&b);
     blocks.push_back(b);
@@ -32,6 +34,7 @@ struct HeldBlocks {
   int base = 0;
   HeldBlocks() : old(nxl_serv_set_progress(fn)) {
     blocks.clear();
+    steps.clear();
     stop_after = -1;
     nxl_serv_mem_in_use(&base);
   }
