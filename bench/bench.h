@@ -38,6 +38,13 @@ struct Register {
 // Seconds per call of fn: repeats until min_time has passed, best of 3 rounds.
 double time_call(const std::function<void()> &fn, double min_time);
 
+// Seconds per call of each of fns, taking turns in `rounds` rounds (min_time
+// in all per function), best round of each.
+std::vector<double> time_calls(const std::vector<std::function<void()>> &fns, double min_time, int rounds = 5);
+
+// dlopen of a peer library whose internal calls bind to its own routines.
+void *open_peer(const std::string &path);
+
 }  // namespace bench
 
 #define NXL_BENCH_SUITE(ident, name, help) \

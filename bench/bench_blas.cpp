@@ -47,7 +47,7 @@ Blas load_peer(const std::string &path, int first_threads) {
   Blas b;
   void *probe = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD);
   if (!probe) setenv("OMP_NUM_THREADS", std::to_string(first_threads).c_str(), 0);
-  b.handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  b.handle = bench::open_peer(path);
   if (!b.handle) {
     std::printf("cannot load peer %s: %s\n", path.c_str(), dlerror());
     return b;
@@ -104,39 +104,49 @@ struct Row {
   int threads;
 };
 
-void print_header(bool peer) {
-  std::printf("%-22s %6s %4s %10s%s\n", "routine", "n", "thr", "nxl GF/s", peer ? "   peer GF/s   ratio" : "");
+void print_header(bool peer, bool share = false) {
+  std::printf("%-22s %6s %4s %10s%s%s\n", "routine", "n", "thr", "nxl GF/s", peer ? "   peer GF/s   ratio" : "",
+              share ? "   share" : "");
 }
 
-void print_row(const Row &r, double ours, double theirs) {
-  if (theirs > 0)
-    std::printf("%-22s %6lld %4d %10.2f %12.2f %7.3f\n", r.what.c_str(), r.n, r.threads, ours, theirs, ours / theirs);
-  else
-    std::printf("%-22s %6lld %4d %10.2f\n", r.what.c_str(), r.n, r.threads, ours);
+void print_row(const Row &r, double ours, double theirs, double share) {
+  std::printf("%-22s %6lld %4d %10.2f", r.what.c_str(), r.n, r.threads, ours);
+  if (theirs > 0) std::printf(" %12.2f %7.3f", theirs, ours / theirs);
+  if (share > 0) std::printf(" %7.3f", share);
+  std::printf("\n");
   std::fflush(stdout);
 }
 
+// A call of ours to compare a routine's rate with (the same precision's GEMM):
+// timed in turn with the routine, so that both see the same machine.
+struct Reference {
+  std::function<void()> call;
+  double flops = 0;
+};
+
 // Times call(f) with f the entry `name` (of type F) of our library and of
-// the peer, looked up once before timing; flops per call given.
+// the peer, looked up once before timing, the two (and the reference, when
+// given) taking turns; flops per call given.
 template <class F, class Call>
 void measure(const bench::Options &opt, const Blas &self, const Blas *peer, const Row &r, double flops,
-             const std::string &name, Call call) {
+             const std::string &name, Call call, const Reference *ref = nullptr) {
   F mine = reinterpret_cast<F>(self.sym(name.c_str()));
   if (!mine) {
     std::printf("%s: no entry %s\n", r.what.c_str(), name.c_str());
     return;
   }
   self.threads(r.threads);
-  double ours = flops / bench::time_call([&] { call(mine); }, opt.min_time) * 1e-9;
-  double theirs = 0;
-  if (peer && peer->handle) {
-    F other = reinterpret_cast<F>(peer->sym(name.c_str()));
-    if (other) {
-      peer->threads(r.threads);
-      theirs = flops / bench::time_call([&] { call(other); }, opt.min_time) * 1e-9;
-    }
+  std::vector<std::function<void()>> fns{[&] { call(mine); }};
+  F other = peer && peer->handle ? reinterpret_cast<F>(peer->sym(name.c_str())) : nullptr;
+  if (other) {
+    peer->threads(r.threads);
+    fns.push_back([&] { call(other); });
   }
-  print_row(r, ours, theirs);
+  if (ref) fns.push_back(ref->call);
+  const auto t = bench::time_calls(fns, opt.min_time);
+  const double ours = flops / t[0] * 1e-9, theirs = other ? flops / t[1] * 1e-9 : 0;
+  const double share = ref ? ours / (ref->flops / t.back() * 1e-9) : 0;
+  print_row(r, ours, theirs, share);
 }
 
 std::vector<long> sizes_or(const bench::Options &opt, std::vector<long> def, std::vector<long> quick) {
@@ -190,10 +200,19 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
     const Blas *peer = cx.peer_ptr();
     auto row = [&](std::string what) { return Row{std::string(1, p) + what, n, t}; };
     const std::string gname = nm("gemm");
-    measure<gemm_fn<T>>(opt, cx.self, peer, row("gemm NN"), ff * nn, gname, [&](gemm_fn<T> f) {
-      f("N", "N", &N, &N, &N, &alpha, A.data(), &N, B.data(),
-                                                           &N, &beta, C.data(), &N);
-    });
+    auto gemm_nn = [&](gemm_fn<T> f) {
+      f("N", "N", &N, &N, &N, &alpha, A.data(), &N, B.data(), &N, &beta, C.data(), &N);
+    };
+    measure<gemm_fn<T>>(opt, cx.self, peer, row("gemm NN"), ff * nn, gname, gemm_nn);
+    // Every other row is also given as a share of our GEMM's rate (flops of
+    // the same count), the two timed in turn.
+    std::vector<T> Cg(C);
+    const auto our_gemm = reinterpret_cast<gemm_fn<T>>(cx.self.sym(gname.c_str()));
+    const Reference gref{[&] {
+                           our_gemm("N", "N", &N, &N, &N, &alpha, A.data(), &N, B.data(), &N, &beta, Cg.data(), &N);
+                         },
+                         ff * nn};
+    const Reference *ref = our_gemm ? &gref : nullptr;
     for (const char *su : {"LU", "RL"}) {
       const char s[2] = {su[0], 0}, u[2] = {su[1], 0};
       for (const char *r : {"symm", "hemm"}) {
@@ -202,7 +221,7 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
         measure<symm_fn<T>>(opt, cx.self, peer, row(std::string(r) + " " + su), ff * nn, name, [&](symm_fn<T> f) {
           f(s, u, &N, &N, &alpha, A.data(), &N, B.data(), &N,
                                                               &beta, C.data(), &N);
-        });
+        }, ref);
       }
     }
     for (const char *ut : {"UN", "LT"}) {
@@ -210,20 +229,20 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
       const std::string syrk = nm("syrk"), syr2k = nm("syr2k"), herk = nm("herk"), her2k = nm("her2k");
       measure<syrk_fn<T, T>>(opt, cx.self, peer, row(std::string("syrk ") + ut), ff * nn / 2, syrk, [&](syrk_fn<T, T> f) {
         f(u, tr, &N, &N, &alpha, A.data(), &N, &beta, C.data(), &N);
-      });
+      }, ref);
       measure<syr2k_fn<T, T>>(opt, cx.self, peer, row(std::string("syr2k ") + ut), ff * nn, syr2k, [&](syr2k_fn<T, T> f) {
         f(u, tr, &N, &N, &alpha, A.data(), &N, B.data(), &N,
                                                                  &beta, C.data(), &N);
-      });
+      }, ref);
       if constexpr (cplx<T>) {
         measure<syrk_fn<T, R>>(opt, cx.self, peer, row(std::string("herk ") + u + trh), ff * nn / 2, herk, [&](syrk_fn<T, R> f) {
           f(u, trh, &N, &N, &ralpha, A.data(), &N, &rbeta,
                                                                   C.data(), &N);
-        });
+        }, ref);
         measure<syr2k_fn<T, R>>(opt, cx.self, peer, row(std::string("her2k ") + u + trh), ff * nn, her2k, [&](syr2k_fn<T, R> f) {
           f(u, trh, &N, &N, &alpha, A.data(), &N, B.data(),
                                                                     &N, &rbeta, C.data(), &N);
-        });
+        }, ref);
       }
     }
     for (const char *r : {"trmm", "trsm"})
@@ -234,7 +253,7 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
         measure<trxm_fn<T>>(opt, cx.self, peer, row(std::string(r) + " " + sut), ff * nn / 2, name, [&](trxm_fn<T> f) {
           f(s, u, tr, "N", &N, &N, &one, Tr.data(), &N,
                                                               B.data(), &N);
-        });
+        }, ref);
       }
   }
 }
@@ -280,9 +299,10 @@ NXL_BENCH_SUITE(suite_gemm, "gemm", "s/d/c/z gemm, all transpose pairs (default 
   gemm_rows<cfloat>(opt, cx, sizes, cplx_tr);
 }
 
-NXL_BENCH_SUITE(suite_level3, "level3", "every level-3 routine, all precisions (default n = 1000,2000)") {
+NXL_BENCH_SUITE(suite_level3, "level3",
+                "every level-3 routine, all precisions (default n = 1000,2000); share = rate / our GEMM's") {
   Context cx(opt);
-  print_header(cx.has_peer);
+  print_header(cx.has_peer, true);
   for (long n : sizes_or(opt, {1000, 2000}, {200})) {
     level3_rows<double>(opt, cx, n);
     level3_rows<float>(opt, cx, n);

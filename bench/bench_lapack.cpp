@@ -80,8 +80,7 @@ template <class T> void run_factor(const char *name, bool chol, idx n, int thr, 
     }
   };
   double flops = (chol ? 1.0 / 3.0 : 2.0 / 3.0) * double(n) * n * n * (std::is_same_v<T, double> ? 1 : 4);
-  double to = bench::time_restoring(w, a0, [&] { call(a); }, mt);
-  double tp = p ? bench::time_restoring(w, a0, [&] { call(*p); }, mt) : 0;
+  auto [to, tp] = bench::time_restoring_pair(w, a0, [&](int which) { call(which ? *p : a); }, p != nullptr, mt);
   bench::report_rate("lapack", name, n, 0, thr, flops, to, tp);
 }
 
@@ -99,8 +98,7 @@ void run_solve(bool chol, idx n, idx nrhs, int thr, Lib &a, Lib *p, double mt) {
     else l.dgetrs("N", &n, &nrhs, a0.data(), &n, ipiv.data(), b.data(), &n, &info, 1);
   };
   double flops = 2.0 * double(n) * n * nrhs;
-  double to = bench::time_restoring(b, b0, [&] { call(a); }, mt);
-  double tp = p ? bench::time_restoring(b, b0, [&] { call(*p); }, mt) : 0;
+  auto [to, tp] = bench::time_restoring_pair(b, b0, [&](int which) { call(which ? *p : a); }, p != nullptr, mt);
   bench::report_rate("lapack", chol ? "dpotrs" : "dgetrs", n, nrhs, thr, flops, to, tp);
 }
 

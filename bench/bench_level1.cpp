@@ -26,7 +26,7 @@ void report(const char *name, long n, int threads, double bytes, double t_nxl, d
 
 NXL_BENCH_SUITE(bench_level1, "level1", "ddot, daxpy, dnrm2, idamax, zdotc: GB/s against the peer") {
   Peer peer;
-  if (!opt.peer.empty()) peer.h = dlopen(opt.peer.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!opt.peer.empty()) peer.h = bench::open_peer(opt.peer);
   auto p_ddot = peer.get<double (*)(const I *, const double *, const I *, const double *, const I *)>("ddot_");
   auto p_daxpy = peer.get<void (*)(const I *, const double *, const double *, const I *, double *, const I *)>("daxpy_");
   auto p_dnrm2 = peer.get<double (*)(const I *, const double *, const I *)>("dnrm2_");

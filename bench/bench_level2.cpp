@@ -224,17 +224,20 @@ void run_precision(char p, const bench::Options &opt, const Lib &self, const Lib
           continue;
         }
         self.set_threads(nt);
-        double t = bench::time_call(mine, opt.min_time);
-        std::printf("%-10s n=%-5ld thr=%d  nxl %8.2f GFLOPS %7.2f GB/s", c.name.c_str(), n, nt, c.flops / t * 1e-9,
-                    c.bytes / t * 1e-9);
+        std::vector<std::function<void()>> fns{mine};
         if (peer) {
           auto theirs = c.make(*peer);
           if (theirs) {
             peer->set_threads(nt);
-            double tp = bench::time_call(theirs, opt.min_time);
-            std::printf("  peer %8.2f GFLOPS  ratio %5.2f", c.flops / tp * 1e-9, tp / t);
+            fns.push_back(theirs);
           }
         }
+        // Ours and the peer's take turns (bench::time_calls).
+        const auto ts = bench::time_calls(fns, opt.min_time);
+        const double t = ts[0];
+        std::printf("%-10s n=%-5ld thr=%d  nxl %8.2f GFLOPS %7.2f GB/s", c.name.c_str(), n, nt, c.flops / t * 1e-9,
+                    c.bytes / t * 1e-9);
+        if (ts.size() > 1) std::printf("  peer %8.2f GFLOPS  ratio %5.2f", c.flops / ts[1] * 1e-9, ts[1] / t);
         std::printf("\n");
         std::fflush(stdout);
       }
@@ -248,7 +251,7 @@ NXL_BENCH_SUITE(bench_level2, "level2", "level-2 BLAS: GFLOPS, GB/s and ratio to
   Lib self{"libnxl", RTLD_DEFAULT};
   Lib peer_lib{opt.peer, nullptr};
   if (!opt.peer.empty()) {
-    peer_lib.handle = dlopen(opt.peer.c_str(), RTLD_NOW | RTLD_LOCAL);
+    peer_lib.handle = bench::open_peer(opt.peer);
     if (!peer_lib.handle) std::printf("level2: cannot load peer %s: %s\n", opt.peer.c_str(), dlerror());
   }
   const Lib *peer = peer_lib.handle ? &peer_lib : nullptr;

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <cstdio>
 #include <vector>
 #include "bench.h"
@@ -19,6 +20,21 @@ template <class T, class F> double time_restoring(std::vector<T> &work, const st
   double both = time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); f(); }, mt);
   double copy = time_call([&] { std::copy(a0.begin(), a0.end(), work.begin()); }, mt / 4);
   return std::max(both - copy, both * 0.02);
+}
+
+// The same for ours (f(0)) and, when peer, the peer's (f(1)) taking turns;
+// the peer's time is 0 without one.
+template <class T, class F>
+std::pair<double, double> time_restoring_pair(std::vector<T> &work, const std::vector<T> &a0, F f, bool peer,
+                                              double mt) {
+  auto restore = [&] { std::copy(a0.begin(), a0.end(), work.begin()); };
+  std::vector<std::function<void()>> fns{[&] { restore(); f(0); }};
+  if (peer) fns.push_back([&] { restore(); f(1); });
+  fns.push_back(restore);
+  auto t = time_calls(fns, mt);
+  const double copy = t.back();
+  auto net = [&](double both) { return std::max(both - copy, both * 0.02); };
+  return {net(t[0]), peer ? net(t[1]) : 0.0};
 }
 
 // "<suite> <name> n= nrhs= threads=  nxl .. GF  peer .. GF  ratio .."
@@ -47,7 +63,7 @@ template <class L> L our_routines() {
 }
 
 template <class L> bool peer_routines(const char *suite, const std::string &path, L &l) {
-  void *h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void *h = open_peer(path);
   if (!h || !l.load(h)) {
     std::printf("%s: cannot use peer %s: %s\n", suite, path.c_str(), h ? "routines missing" : dlerror());
     return false;

@@ -2,6 +2,9 @@
 //                              [--threads LIST] [--sizes LIST] [--min-time S] [--quick]
 #include "bench.h"
 
+#include <dlfcn.h>
+#include <algorithm>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,26 +17,46 @@ std::vector<Suite> &registry() {
   return r;
 }
 
-double time_call(const std::function<void()> &fn, double min_time) {
+// Calls run in batches between two readings of the clock, so that the
+// clock's own cost (tens of ns) does not weigh on calls of similar length.
+// The functions take turns round by round, so that a change in the machine's
+// speed during the measurement (other work, clock changes) reaches all of
+// them alike; each gets its best round.
+std::vector<double> time_calls(const std::vector<std::function<void()>> &fns, double min_time, int rounds) {
   using clk = std::chrono::steady_clock;
-  fn();  // warm-up
-  double best = 1e300;
-  // Calls run in batches between two readings of the clock, so that the
-  // clock's own cost (tens of ns) does not weigh on calls of similar length.
-  long batch = 1;
-  for (int round = 0; round < 3; ++round) {
-    long reps = 0;
-    auto t0 = clk::now();
-    double el = 0;
-    do {
-      for (long i = 0; i < batch; ++i) fn();
-      reps += batch;
-      el = std::chrono::duration<double>(clk::now() - t0).count();
-      if (el < min_time / 300) batch *= 2;
-    } while (el < min_time / 3);
-    best = std::min(best, el / reps);
+  const size_t n = fns.size();
+  std::vector<long> batch(n, 1);
+  std::vector<double> best(n, 1e300);
+  for (size_t f = 0; f < n; ++f) {
+    fns[f]();  // warm-up
+    for (;;) {
+      auto t0 = clk::now();
+      for (long i = 0; i < batch[f]; ++i) fns[f]();
+      if (std::chrono::duration<double>(clk::now() - t0).count() >= min_time / 300) break;
+      batch[f] *= 2;
+    }
   }
+  for (int round = 0; round < rounds; ++round)
+    for (size_t f = 0; f < n; ++f) {
+      long reps = 0;
+      auto t0 = clk::now();
+      double el = 0;
+      do {
+        for (long i = 0; i < batch[f]; ++i) fns[f]();
+        reps += batch[f];
+        el = std::chrono::duration<double>(clk::now() - t0).count();
+      } while (el < min_time / rounds);
+      best[f] = std::min(best[f], el / reps);
+    }
   return best;
+}
+
+double time_call(const std::function<void()> &fn, double min_time) { return time_calls({fn}, min_time, 3)[0]; }
+
+void *open_peer(const std::string &path) {
+  // The peer's own internal calls (its LAPACK calling its BLAS) must reach
+  // its own routines, not ours of the same name already in the process.
+  return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND);
 }
 
 }  // namespace bench
