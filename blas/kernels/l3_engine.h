@@ -926,9 +926,19 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
 // ---------------------------------------------------------------------------
 // Level-3 operations on the engine. Flags are already decoded.
 
+}  // namespace NXL_CP_NS
+}  // namespace nxl
+#include "blas/kernels/l3_cplx.h"
+namespace nxl {
+inline namespace NXL_CP_NS {
+
 template <class T>
 void gemm(workspace<T> &ws, bool ta, bool ca, bool tb, bool cb, idx m, idx n, idx k, T alpha,
           const T *a, idx lda, const T *b, idx ldb, T beta, T *c, idx ldc) {
+  if constexpr (is_complex_v<T> && cukernel<real_t<T>>::native) {
+    gemm_cplx(ws, general_view(a, lda, ta, ca), general_view(b, ldb, tb, cb), m, n, k, alpha, beta, c, ldc);
+    return;
+  }
   gemm_core(ws, general_view(a, lda, ta, ca), general_view(b, ldb, tb, cb), m, n, k, alpha, beta,
             c, ldc, shape{});
 }

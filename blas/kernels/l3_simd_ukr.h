@@ -36,6 +36,39 @@ template <class V> struct vec {
   static void storeu(R *p, V v) { __builtin_memcpy(p, &v, sizeof v); }
 };
 
+// Puts the NR x MV vectors of a finished tile where pf says: the tile
+// buffer (MV vectors per column), or straight into C, added or copied.
+template <class V, int MV, int NR>
+__attribute__((always_inline)) inline void put_tile(V (&c)[NR][MV], typename vec<V>::R *__restrict t,
+                                                    const tile_dest &pf) {
+  using X = vec<V>;
+  using R = typename X::R;
+  constexpr int W = X::W, MR = MV * W;
+  if (pf.mode == tile_dest::tile) {
+#pragma clang loop unroll(full)
+    for (int j = 0; j < NR; ++j)
+#pragma clang loop unroll(full)
+      for (int v = 0; v < MV; ++v) X::store(t + j * MR + v * W, c[j][v]);
+    return;
+  }
+  R *cc = reinterpret_cast<R *>(pf.c);
+  const idx ldc = pf.ldc / idx(sizeof(R));
+  if (pf.mode == tile_dest::add) {
+#pragma clang loop unroll(full)
+    for (int j = 0; j < NR; ++j)
+#pragma clang loop unroll(full)
+      for (int v = 0; v < MV; ++v) {
+        R *p = cc + j * ldc + v * W;
+        X::storeu(p, X::add(X::loadu(p), c[j][v]));
+      }
+  } else {
+#pragma clang loop unroll(full)
+    for (int j = 0; j < NR; ++j)
+#pragma clang loop unroll(full)
+      for (int v = 0; v < MV; ++v) X::storeu(cc + j * ldc + v * W, c[j][v]);
+  }
+}
+
 // Packed panels are 64-byte aligned (block starts are, and panel strides are
 // multiples of the vector width), so aligned loads are safe. The C tile the
 // result goes to is prefetched for writing a few steps before the end, late
@@ -73,30 +106,7 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
   step(head);
   pf.prefetch();
   step(kc - head);
-  using R = typename X::R;
-  if (pf.mode == tile_dest::tile) {
-#pragma clang loop unroll(full)
-    for (int j = 0; j < NR; ++j)
-#pragma clang loop unroll(full)
-      for (int v = 0; v < MV; ++v) X::store(t + j * MR + v * W, c[j][v]);
-    return;
-  }
-  R *cc = reinterpret_cast<R *>(pf.c);
-  const idx ldc = pf.ldc / idx(sizeof(R));
-  if (pf.mode == tile_dest::add) {
-#pragma clang loop unroll(full)
-    for (int j = 0; j < NR; ++j)
-#pragma clang loop unroll(full)
-      for (int v = 0; v < MV; ++v) {
-        R *p = cc + j * ldc + v * W;
-        X::storeu(p, X::add(X::loadu(p), c[j][v]));
-      }
-  } else {
-#pragma clang loop unroll(full)
-    for (int j = 0; j < NR; ++j)
-#pragma clang loop unroll(full)
-      for (int v = 0; v < MV; ++v) X::storeu(cc + j * ldc + v * W, c[j][v]);
-  }
+  put_tile<V, MV, NR>(c, t, pf);
 }
 
 }  // namespace NXL_CP_NS

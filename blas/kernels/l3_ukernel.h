@@ -11,6 +11,8 @@
 //
 // Complex products run on the real kernels (the 1m method): the engine packs
 // complex A as 2x2 real blocks and complex B as real/imaginary row pairs.
+// Paths with a native complex kernel run plain complex products on it
+// instead (l3_cplx.h).
 #ifndef NXL_BLAS_L3_UKERNEL_H
 #define NXL_BLAS_L3_UKERNEL_H
 
@@ -65,6 +67,20 @@ inline void ukr_generic(idx kc, const R *__restrict a, const R *__restrict b, R 
 void ukr_hand_d(idx kc, const double *a, const double *b, double *t, const tile_dest &pf);
 void ukr_hand_s(idx kc, const float *a, const float *b, float *t, const tile_dest &pf);
 
+// Native complex kernels of the paths that have them (blas/<path>/): an MR x
+// NR tile of complex elements from A packed as plain complex MR-row
+// micro-panels and B as plain complex NR-column micro-panels, both k-major;
+// the tile buffer holds complex elements, column-major, leading dimension MR.
+void ukr_cplx_z(idx kc, const double *a, const double *b, double *t, const tile_dest &pf);
+void ukr_cplx_c(idx kc, const float *a, const float *b, float *t, const tile_dest &pf);
+
+// The native complex kernel of real type R on this path, if it has one:
+// tile and blocks in complex elements. Paths without one run complex
+// products on the real kernels.
+template <class R> struct cukernel {
+  static constexpr bool native = false;
+};
+
 // Block sizes, in real elements: MR x NR register tile, KC depth of the
 // packed panels (L1/L2), MC rows of the packed A block (L2), NC columns of
 // the packed B block (L3). KC is even and MC a multiple of MR, so complex
@@ -96,6 +112,22 @@ template <> struct ukernel<float> {
   static constexpr bool direct = true;
   static constexpr idx KC = 256, MC = 192, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
+};
+// Complex: 2 vectors of A (4 or 8 elements) by 3 columns, the products
+// with the real and with the imaginary parts of B in separate accumulators
+// (12 ymm). The depth of a block is in complex elements, so the packed
+// panels take the bytes the real kernels' do.
+template <> struct cukernel<double> {
+  static constexpr bool native = true;
+  static constexpr int MR = 4, NR = 3;
+  static constexpr idx KC = 256, MC = 48, NC = 4080;
+  static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_cplx_z(kc, a, b, t, pf); }
+};
+template <> struct cukernel<float> {
+  static constexpr bool native = true;
+  static constexpr int MR = 8, NR = 3;
+  static constexpr idx KC = 256, MC = 96, NC = 4080;
+  static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_cplx_c(kc, a, b, t, pf); }
 };
 #elif NXL_CP == 4
 template <> struct ukernel<double> {
