@@ -11,7 +11,7 @@
 #ifndef NXL_BLAS_LEVEL2_ALGOS_H
 #define NXL_BLAS_LEVEL2_ALGOS_H
 
-#include "blas/kernels/level2_core.h"
+#include "blas/kernels/level2_strips.h"
 
 namespace nxl {
 inline namespace NXL_CP_NS {
@@ -128,9 +128,13 @@ void gbmv_run(char tr, idx m, idx n, idx kl, idx ku, T alpha, const T *a, idx ld
               const T *x, idx incx, T beta, T *y, idx incy) {
   const bool notrans = tr == 'N';
   if (!general_start(notrans, m, n, alpha, x, incx, beta, y, incy)) return;
+  if (notrans && incx == 1 && incy == 1 &&
+      band_strips(0, m, n, kl, ku, a, lda, ku, x, BandOut<T>{y, y, alpha, true}))
+    return;
   if (!is_complex_v<T> && notrans && incx == 1 && incy == 1) {
-    // Blocks of rows, each summed in registers over the columns of the band
-    // (real types: a complex block holds too few rows to pay).
+    // Bands too wide for the strips' registers: blocks of rows, each summed
+    // in registers over the columns of the band (real types: a complex block
+    // holds too few rows to pay).
     constexpr idx VB = block_rows<T>();
     T acc[VB];
     for (idx b = 0; b < m; b += VB) {
@@ -439,6 +443,13 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, c
   constexpr idx VB = block_rows<T>();
   const idx kl = upper ? (unit ? -1 : 0) : k, ku = upper ? k : (unit ? -1 : 0);
   const idx off = upper ? k : 0;
+  // Column strips write each row after the strip of its last column, which
+  // has read every x[j] up to the row itself: in place, only a unit lower
+  // triangle (rows end one column before their own) would be overwritten
+  // before it is read.
+  if ((xc != x || upper || !unit) &&
+      band_strips(p0, p1, n, kl, ku, a, lda, off, xc, BandOut<T>{x, unit ? xc : nullptr, T(1), false}))
+    return;
   const idx b0 = p0 / VB, b1 = (p1 + VB - 1) / VB;
   T acc[VB];
   for (idx bi = b0; bi < b1; ++bi) {
@@ -448,14 +459,17 @@ void tbmv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x, c
   }
 }
 
-// Band triangular solve A x = b, unit stride: blocks of rows of one vector,
-// from the last block down (upper) or the first up (lower). A block's sums
+// Band triangular solve A x = b, unit stride: column strips (see
+// band_solve_strips) when their window fits the registers; otherwise blocks
+// of rows of one vector, from the last block down (upper) or the first up
+// (lower). A block's sums
 // over the columns beside it, all solved already, come from band_block in
 // registers; its own triangle is then solved by substitution, column by
 // column, on the block's right-hand sides held in a small array.
 template <class T>
 void tbsv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
   constexpr idx VB = block_rows<T>();
+  if (band_solve_strips(upper, unit, n, k, a, lda, x)) return;
   const idx kl = upper ? 0 : k, ku = upper ? k : 0, off = upper ? k : 0;
   const idx nb = (n + VB - 1) / VB;
   T acc[VB], v[VB];
@@ -463,18 +477,7 @@ void tbsv_rows(bool upper, bool unit, idx n, idx k, const T *a, idx lda, T *x) {
     const idx b = (upper ? nb - 1 - bi : bi) * VB, e = b + VB < n ? b + VB : n;
     band_block(b, e, n, kl, ku, a, lda, off, x, acc, upper ? e : 0, upper ? n : b);
     for (idx r = b; r < e; ++r) v[r - b] = x[r] - acc[r - b];
-    for (idx s = 0; s < e - b; ++s) {
-      const idx c = upper ? e - 1 - s : b + s;
-      const T *col = a + c * lda + off - c;  // A(r, c) at col[r]
-      const T xc = unit ? v[c - b] : div(v[c - b], col[c]);
-      x[c] = xc;
-      if (upper) {
-        for (idx r = c - k > b ? c - k : b; r < c; ++r) v[r - b] = v[r - b] - mul(col[r], xc);
-      } else {
-        const idx r1 = c + k + 1 < e ? c + k + 1 : e;
-        for (idx r = c + 1; r < r1; ++r) v[r - b] = v[r - b] - mul(col[r], xc);
-      }
-    }
+    band_substitute(upper, unit, k, a, lda, off, x, v, b, b, e);
   }
 }
 

@@ -105,6 +105,50 @@ template <class R> struct lanes {
 #endif
     for (int k = l0; k < l1; ++k) p[k] = v[k];
   }
+  // A lane mask for load_k and madd_k: mask bits on 64-byte vectors, lanes
+  // of all bits set or clear elsewhere.
+#if defined(__AVX512F__)
+  typedef std::conditional_t<kVecBytes == 64, unsigned, M> K;
+#else
+  typedef M K;
+#endif
+  static K kmask(int l0, int l1) {
+    if constexpr (std::is_same_v<K, unsigned>) return ((1u << l1) - 1u) & ~((1u << l0) - 1u);
+    else return mask(l0, l1);
+  }
+  // The lanes of k from p, zero elsewhere; the other lanes are not read.
+  static V load_k(const R *p, K k) {
+#if defined(__AVX512F__)
+    if constexpr (kVecBytes == 64) {
+      if constexpr (sizeof(R) == 8) return (V)_mm512_maskz_loadu_pd(__mmask8(k), p);
+      else return (V)_mm512_maskz_loadu_ps(__mmask16(k), p);
+    }
+#endif
+#if defined(__AVX__)
+    if constexpr (kVecBytes == 32) {
+      if constexpr (sizeof(R) == 8) return (V)_mm256_maskload_pd(p, (__m256i)k);
+      else return (V)_mm256_maskload_ps(p, (__m256i)k);
+    }
+#endif
+    if constexpr (!std::is_same_v<K, unsigned>) {
+      V v = V{} * R(0);
+      for (int l = 0; l < VL; ++l)
+        if (k[l]) v[l] = p[l];
+      return v;
+    }
+  }
+  // acc + a*b in the lanes of k, acc elsewhere.
+  static V madd_k(V acc, V a, V b, K k) {
+#if defined(__AVX512F__)
+    if constexpr (kVecBytes == 64) {
+      if constexpr (sizeof(R) == 8)
+        return (V)_mm512_mask3_fmadd_pd((__m512d)a, (__m512d)b, (__m512d)acc, __mmask8(k));
+      else
+        return (V)_mm512_mask3_fmadd_ps((__m512)a, (__m512)b, (__m512)acc, __mmask16(k));
+    }
+#endif
+    if constexpr (!std::is_same_v<K, unsigned>) return blend(k, acc + a * b, acc);
+  }
   static V swap(V v) {
     if constexpr (VL == 2) return __builtin_shufflevector(v, v, 1, 0);
     else if constexpr (VL == 4) return __builtin_shufflevector(v, v, 1, 0, 3, 2);

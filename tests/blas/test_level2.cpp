@@ -613,6 +613,29 @@ TYPED_TEST(Level2, SweepBandAndTriangular) {
   });
 }
 
+// Band widths on either side of the largest window of partial sums that the
+// registers hold (the strip kernels below it, the row blocks above it, for
+// each vector width and element size): products and solves, every flag,
+// unit stride, and the general band product with kl and ku around them.
+TYPED_TEST(Level2, BandWindowLimits) {
+  nxl_serv_set_dynamic(0);
+  Rng r(77);
+  const auto &f = layers<TypeParam>()[0];
+  const idx n = 320;
+  for (idx k : {idx(37), idx(38), idx(76), idx(77), idx(152), idx(153), idx(304), idx(305)})
+    for (int up = 0; up < 2; ++up) {
+      for (char tr : {'N', 'T'})
+        for (int unit = 0; unit < 2; ++unit)
+          for (bool solve : {false, true}) {
+            const Shape s{Kind::band, up == 1, unit == 1, false, tr, n, n, 0, k, 1, 1};
+            check_triangular(f, r, 1, solve, &s);
+          }
+      const Shape g{Kind::band, false, false, false, 'N', n + 9, n, k - k / 3, k / 3 + up, 1, 1};
+      check_general(f, r, 1, true, &g);
+      if (::testing::Test::HasFatalFailure()) return;
+    }
+}
+
 TYPED_TEST(Level2, SweepFullAndPacked) {
   sweep<TypeParam>([](auto &f, Rng &r, idx n) {
     for (Kind kind : {Kind::full, Kind::packed})
