@@ -12,6 +12,7 @@
 #include <cmath>
 #include <complex>
 
+#include "blas/level2.h"
 #include "blas/level3.h"
 #include "service/codepath.h"
 #include "service/nxl_serv.h"
@@ -115,6 +116,8 @@ template <class T> struct l3;
     static constexpr auto gemm_small = nxl_blas_x##P##gemm_small;                     \
     static constexpr auto rankk = nxl_blas_x##P##rankk_cols;                          \
     static constexpr auto gemv = nxl_blas_##P##gemv;                                  \
+    static constexpr auto trmv = nxl_blas_##P##trmv;                                  \
+    static constexpr auto trsv = nxl_blas_##P##trsv;                                  \
   };
 NXL_L3_TABLE(s, float, 0)
 NXL_L3_TABLE(d, double, 1)
@@ -297,6 +300,47 @@ void rankk_dispatch(int op, const char *uplo, const char *trans, const idx *n, c
 // trmm / trsm: the columns of B (left side) or its rows (right side) are
 // independent problems.
 
+// One column of B (left side) or one row (right side) is a triangular
+// matrix-vector product or solve, which the level-2 routine runs without
+// packing. On the right, x op(A) is op(A)^T x: the transposition flips, and
+// the conjugate transpose, which becomes the conjugated triangle, runs as
+// conj(A conj(x)).
+template <class T>
+bool trxm_vector(bool solve, const char *side, const char *uplo, const char *ta, const char *diag, idx m, idx n,
+                 T alpha, const T *a, const idx *lda, T *b, const idx *ldb) {
+  const bool left = up(side) == 'L';
+  if (left ? n != 1 : m != 1) return false;
+  const idx len = left ? m : n, inc = left ? 1 : *ldb;
+  auto each = [&](auto f) {
+    for (idx i = 0; i < len; ++i) b[i * inc] = f(b[i * inc]);
+  };
+  if (alpha == T(0)) {
+    each([](T) { return T(0); });
+    return true;
+  }
+  char t = up(ta);
+  bool conj_x = false;
+  if (!left) {
+    conj_x = cplx<T> && t == 'C';
+    t = t == 'N' ? 'T' : 'N';
+  }
+  const char tt[2] = {t, 0};
+  auto conj_b = [&] {
+    if constexpr (cplx<T>)
+      if (conj_x) each([](T v) { return std::conj(v); });
+  };
+  auto scale = [&] {
+    if (alpha != T(1)) each([&](T v) { return alpha * v; });
+  };
+  if (solve) scale();
+  conj_b();
+  if (solve) l3<T>::trsv(uplo, tt, diag, &len, a, lda, b, &inc, 1, 1, 1);
+  else l3<T>::trmv(uplo, tt, diag, &len, a, lda, b, &inc, 1, 1, 1);
+  conj_b();
+  if (!solve) scale();
+  return true;
+}
+
 template <class T, class F>
 void trxm_dispatch(F entry, const char *side, const char *uplo, const char *ta, const char *diag,
                    const idx *m, const idx *n, const T *alpha, const T *a, const idx *lda, T *b,
@@ -347,9 +391,11 @@ extern "C" void nxl_blas_dgemm_omp_driver_v1(const char *transa, const char *tra
     rankk_dispatch(1, uplo, trans, n, kd, *alpha, a, lda, b, ldb, *beta, c, ldc);                \
   }                                                                                             \
   extern "C" void nxl_blas_##P##trmm NXL_L3_TRXM_PARAMS(T) {                                    \
+    if (*m > 0 && *n > 0 && trxm_vector(false, side, uplo, ta, diag, *m, *n, *alpha, a, lda, b, ldb)) return; \
     trxm_dispatch(nxl_blas_x##P##trmm, side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb);      \
   }                                                                                             \
   extern "C" void nxl_blas_##P##trsm NXL_L3_TRXM_PARAMS(T) {                                    \
+    if (*m > 0 && *n > 0 && trxm_vector(true, side, uplo, ta, diag, *m, *n, *alpha, a, lda, b, ldb)) return; \
     trxm_dispatch(nxl_blas_x##P##trsm, side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb);      \
   }
 

@@ -493,6 +493,17 @@ TYPED_TEST(Level3, TrmmTrsmAllFlags) {
               run_trxm_case<T>(solve, side, uplo, ta, diag, pick_dim(rep == 0), pick_dim(rep == 1),
                                mode == 3 ? 0 : mode, rint(0, 2));
             }
+  // A single column (left) or row (right: elements a leading dimension
+  // apart) goes to the level-2 product or solve; alpha random and zero.
+  for (int solve = 0; solve <= 1; ++solve)
+    for (char side : {'L', 'R'})
+      for (char uplo : {'U', 'L'})
+        for (char ta : kTrans)
+          for (char diag : {'N', 'U'})
+            for (int mode : {0, 2}) {
+              const bool left = side == 'L';
+              run_trxm_case<T>(solve, side, uplo, ta, diag, left ? 70 : 1, left ? 1 : 70, mode, 3);
+            }
   // Sizes that make the triangular solve recurse and trim several blocks.
   run_trxm_case<T>(1, 'L', 'L', 'N', 'N', 300, 37, 0, 1);
   run_trxm_case<T>(1, 'R', 'U', 'C', 'U', 41, 290, 0, 1);
