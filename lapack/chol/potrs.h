@@ -32,11 +32,12 @@ void potrs(const char *uplo, const idx *pn, const idx *pnrhs, const T *a, const 
   if (nrhs < 0) return report<T>("POTRS", 3, info);
   if (lda < imax(1, n)) return report<T>("POTRS", 5, info);
   if (ldb < imax(1, n)) return report<T>("POTRS", 7, info);
-  // One right-hand side of a small order, or a real order of up to 64 bytes
-  // per column with any number of them: the code path's kernel, without the
-  // set-up of two triangular-solve calls (above that, the blocked solves'
-  // register tiles are faster).
-  if ((n <= 16 && nrhs == 1) || (!is_complex_v<T> && n * idx(sizeof(T)) <= 64)) {
+  // One right-hand side while the factor fits in L2, or a real order of up
+  // to 64 bytes per column with any number of them: the code path's kernel
+  // (its blocked vector solves), without the set-up of two triangular-solve
+  // calls. Larger factors stream from memory, where the level-2 solves do
+  // better; more right-hand sides go to the blocked solves' register tiles.
+  if ((n <= 768 && nrhs == 1) || (!is_complex_v<T> && n * idx(sizeof(T)) <= 64)) {
     if (n > 0 && nrhs > 0) ps::potrs_small(uplo, n, nrhs, a, lda, b, ldb, info);
     return;
   }

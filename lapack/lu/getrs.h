@@ -49,10 +49,11 @@ void getrs(const char *trans, const idx *pn, const idx *pnrhs, const T *a, const
   if (nrhs < 0) return report<T>("GETRS", 3, info);
   if (lda < imax(1, n)) return report<T>("GETRS", 5, info);
   if (ldb < imax(1, n)) return report<T>("GETRS", 8, info);
-  // One right-hand side of a small order, or a real order of up to two
-  // vectors of elements with any number of them: the code path's kernel (it
-  // repeats the checks, which pass); the others go to the blocked solves.
-  if ((n <= 64 && nrhs == 1) || (!is_complex_v<T> && tr == 'N' && n * idx(sizeof(T)) <= 128)) {
+  // One right-hand side while the factors fit in L2, or a real order of up
+  // to two vectors of elements with any number of them: the code path's
+  // kernel (it repeats the checks, which pass); the others go to the level-2
+  // or blocked solves.
+  if ((n <= 768 && nrhs == 1) || (!is_complex_v<T> && tr == 'N' && n * idx(sizeof(T)) <= 128)) {
     ps::getrs_small(trans, n, nrhs, a, lda, ipiv, b, ldb, info);
     return;
   }

@@ -6,6 +6,7 @@
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
 #include "lapack/ps/solve_regs.h"
+#include "lapack/ps/solve_vec.h"
 #include "service/nxl_serv.h"
 
 namespace nxl {
@@ -353,42 +354,14 @@ template <class T> void potrs_small(bool upper, idx n, idx nrhs, const T *a, idx
 
 // One right-hand side after the other, as two triangular solves.
 template <class T> void potrs_columns(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
-  // The inner products may be summed in any order (vectorized).
-#pragma clang fp reassociate(on)
   for (idx r = 0; r < nrhs; ++r) {
     T *x = b + r * ldb;
     if (upper) {
-      // U^H y = b: y_j = (b_j - u(0:j, j)^H y(0:j)) / u_jj.
-      for (idx j = 0; j < n; ++j) {
-        const T *c = a + j * lda;
-        T s = T(0);
-        for (idx i = 0; i < j; ++i) s += mul(nxl::conj(c[i]), x[i]);
-        x[j] = (x[j] - s) / re(c[j]);
-      }
-      // U x = y, by columns from the last.
-      for (idx j = n - 1; j >= 0; --j) {
-        const T *c = a + j * lda;
-        const T xj = x[j] / re(c[j]);
-        x[j] = xj;
-        NXL_PS_SHORT_LOOP
-        for (idx i = 0; i < j; ++i) x[i] -= mul(c[i], xj);
-      }
+      solve_vec_t<T, diag::real, false, true>(n, a, lda, x);  // U^H y = b
+      solve_vec_n<T, diag::real, false>(n, a, lda, x);        // U x = y
     } else {
-      // L y = b, by columns.
-      for (idx j = 0; j < n; ++j) {
-        const T *c = a + j * lda;
-        const T xj = x[j] / re(c[j]);
-        x[j] = xj;
-        NXL_PS_SHORT_LOOP
-        for (idx i = j + 1; i < n; ++i) x[i] -= mul(c[i], xj);
-      }
-      // L^H x = y: x_j = (y_j - l(j+1:n, j)^H x(j+1:n)) / l_jj.
-      for (idx j = n - 1; j >= 0; --j) {
-        const T *c = a + j * lda;
-        T s = T(0);
-        for (idx i = j + 1; i < n; ++i) s += mul(nxl::conj(c[i]), x[i]);
-        x[j] = (x[j] - s) / re(c[j]);
-      }
+      solve_vec_n<T, diag::real, true>(n, a, lda, x);        // L y = b
+      solve_vec_t<T, diag::real, true, true>(n, a, lda, x);  // L^H x = y
     }
   }
 }

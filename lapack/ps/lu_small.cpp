@@ -4,6 +4,7 @@
 #include "lapack/ps/lu_regs.h"
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
+#include "lapack/ps/solve_vec.h"
 #include "lapack/ps/solve_regs.h"
 
 namespace nxl {
@@ -62,11 +63,17 @@ void getrf_right(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx 
   }
 }
 
+// Entries move as raw bytes in one register each: a complex value copied as
+// such goes through the stack.
 template <class T> inline void swap_rows(T *a, idx lda, idx c0, idx c1, idx r, idx p) {
-  for (idx c = c0; c < c1; ++c) {
-    T t = a[r + c * lda];
-    a[r + c * lda] = a[p + c * lda];
-    a[p + c * lda] = t;
+  typedef char raw __attribute__((vector_size(sizeof(T))));
+  T *x = a + r + c0 * lda, *y = a + p + c0 * lda;
+  for (idx c = c0; c < c1; ++c, x += lda, y += lda) {
+    raw u, v;
+    __builtin_memcpy(&u, x, sizeof u);
+    __builtin_memcpy(&v, y, sizeof v);
+    __builtin_memcpy(x, &v, sizeof v);
+    __builtin_memcpy(y, &u, sizeof u);
   }
 }
 
@@ -263,6 +270,10 @@ template <class T>
 void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   constexpr idx E = simd<T>::E;
   if (m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
+#if defined(__AVX512F__)
+  if constexpr (std::is_same_v<T, std::complex<double>>)
+    if (m <= 2 * E && n <= 2 * E) return getrf_split(m, n, a, lda, ipiv, info);
+#endif
   if constexpr (E <= 8)
     if (m <= 2 * E && n <= 2 * E) return getrf_in_registers<T, 2>(m, n, a, lda, ipiv, info);
   *info = 0;
@@ -329,32 +340,17 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
         idx p = ipiv[i] - 1;
         if (p != i) { T t = x[i]; x[i] = x[p]; x[p] = t; }
       }
-      for (idx j = 0; j < n; ++j) {
-        T xj = x[j];
-        const T *c = a + j * lda;
-        NXL_PS_SHORT_LOOP
-        for (idx i = j + 1; i < n; ++i) x[i] -= mul(c[i], xj);
-      }
-      for (idx j = n - 1; j >= 0; --j) {
-        const T *c = a + j * lda;
-        x[j] = divide(x[j], c[j]);
-        T xj = x[j];
-        for (idx i = 0; i < j; ++i) x[i] -= mul(c[i], xj);
-      }
+      solve_vec_n<T, diag::unit, true>(n, a, lda, x);   // L y = P b
+      solve_vec_n<T, diag::full, false>(n, a, lda, x);  // U x = y
     } else {
       // U^T (or U^H) y = b, then L^T (or L^H) x = y, then the interchanges
       // in reverse order.
-      for (idx j = 0; j < n; ++j) {
-        const T *c = a + j * lda;
-        T s = x[j];
-        for (idx i = 0; i < j; ++i) s -= mul(ct ? nxl::conj(c[i]) : c[i], x[i]);
-        x[j] = divide(s, ct ? nxl::conj(c[j]) : c[j]);
-      }
-      for (idx j = n - 1; j >= 0; --j) {
-        const T *c = a + j * lda;
-        T s = x[j];
-        for (idx i = j + 1; i < n; ++i) s -= mul(ct ? nxl::conj(c[i]) : c[i], x[i]);
-        x[j] = s;
+      if (ct) {
+        solve_vec_t<T, diag::full, false, true>(n, a, lda, x);
+        solve_vec_t<T, diag::unit, true, true>(n, a, lda, x);
+      } else {
+        solve_vec_t<T, diag::full, false, false>(n, a, lda, x);
+        solve_vec_t<T, diag::unit, true, false>(n, a, lda, x);
       }
       for (idx i = n - 1; i >= 0; --i) {
         idx p = ipiv[i] - 1;
