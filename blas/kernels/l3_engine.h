@@ -589,7 +589,10 @@ void pack_b(const view<T> &V, idx p0, idx j0, idx kc, idx nc, real_t<T> *dst) {
 // ---------------------------------------------------------------------------
 // Storing tiles and scaling C.
 
-template <class T> inline T beta_times(T beta, T c) { return mul(beta, c); }
+// beta * c formed as alpha's products in packing: no product is fused into
+// what follows, so a vectorized full-tile store and a scalar edge store give
+// an element the same bits.
+template <class T> inline T beta_times(T beta, T c) { return alpha_times(beta, c); }
 
 // One column of a tile: c = t + beta * c.
 template <class T, int N>
