@@ -278,9 +278,10 @@ template <class T> struct pivot_search {
       for (idx i = lo; i < hi; ++i)
         if (abs1(x[i]) != abs1(x[i])) return i;
     }
+    // The two lanes of a complex element hold the same magnitude and row.
     idx p = row[0];
     real_t<T> bv = best[0];
-    for (idx k = 1; k < S::E * S::per; ++k)
+    for (idx k = S::per; k < S::E * S::per; k += S::per)
       if (best[k] > bv || (best[k] == bv && row[k] < p)) {
         bv = best[k];
         p = row[k];
