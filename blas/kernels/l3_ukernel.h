@@ -104,13 +104,13 @@ template <> struct ukernel<float> {
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 6;
   static constexpr bool direct = true;
-  static constexpr idx KC = 256, MC = 96, NC = 4080;
+  static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 6;
   static constexpr bool direct = true;
-  static constexpr idx KC = 256, MC = 192, NC = 4080;
+  static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
 };
 // Complex: 2 vectors of A (4 or 8 elements) by 3 columns, the products
@@ -120,13 +120,13 @@ template <> struct ukernel<float> {
 template <> struct cukernel<double> {
   static constexpr bool native = true;
   static constexpr int MR = 4, NR = 3;
-  static constexpr idx KC = 256, MC = 48, NC = 4080;
+  static constexpr idx KC = 256, MC = 192, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_cplx_z(kc, a, b, t, pf); }
 };
 template <> struct cukernel<float> {
   static constexpr bool native = true;
   static constexpr int MR = 8, NR = 3;
-  static constexpr idx KC = 256, MC = 96, NC = 4080;
+  static constexpr idx KC = 256, MC = 192, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_cplx_c(kc, a, b, t, pf); }
 };
 #elif NXL_CP == 4
