@@ -258,11 +258,9 @@ void gemm_cplx(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
         for (idx jr = 0; jr < nc; jr += NR) {
           const int nr = int(std::min<idx>(NR, nc - jr));
           const R *bp = ws.bpack + jr * kc * 2;
-          // The next B micro-panel, a slice per tile of this column, so
-          // that it is near when its tiles start.
           const char *nb = reinterpret_cast<const char *>(bp + NR * kc * 2);
           const idx nbytes = jr + NR < nc ? NR * kc * 2 * idx(sizeof(R)) : 0;
-          const idx ntiles = (mc + MR - 1) / MR, slice = (nbytes / ntiles + 63) & ~idx(63);
+          const idx ntiles = (mc + MR - 1) / MR;
           for (idx ir = 0; ir < mc; ir += MR) {
             const int mr = int(std::min<idx>(MR, mc - ir));
             const R *ap = ws.apack + ir * kc * 2;
@@ -270,8 +268,7 @@ void gemm_cplx(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
             tile_dest dst{reinterpret_cast<char *>(c), ldc * idx(sizeof(T)), nr, mr * int(sizeof(T))};
             if (mr == MR && nr == NR && bm != bmode::general)
               dst.mode = bm == bmode::one ? tile_dest::add : tile_dest::copy;
-            const idx off = (ir / MR) * slice;
-            for (idx o = off; o < std::min(off + slice, nbytes); o += 64) __builtin_prefetch(nb + o);
+            prefetch_b_slice(nb, nbytes, ir / MR, ntiles);
             // C of the next tile (down this column of tiles, or the top of
             // the next one) a whole tile ahead: C comes from memory, further
             // than the kernel's own prefetch near its end can hide.

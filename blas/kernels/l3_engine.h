@@ -787,6 +787,18 @@ void band_products(const real_t<T> *ap, const real_t<T> *bp, idx q0, idx q1, int
   }
 }
 
+// The next B micro-panel (nbytes from nb; 0 on the last one) brought in a
+// slice per tile of the current column of tiles, so that it is near when
+// its tiles start: between two tiles on the same B panel a whole A panel
+// passes through L1, and the packed B block itself lives beyond L2.
+inline void prefetch_b_slice(const char *nb, idx nbytes, idx tile, idx ntiles) {
+  const idx slice = (nbytes / ntiles + 63) & ~idx(63), off = tile * slice;
+  for (idx o = off; o < std::min(off + slice, nbytes); o += 64) __builtin_prefetch(nb + o);
+}
+
+// Whether the micro-kernels of R ask the macro-kernel for that prefetch.
+template <class U> constexpr bool wants_next_b = requires { requires U::prefetch_next_b; };
+
 // ---------------------------------------------------------------------------
 // The product C = alpha * A * B + beta * C (m x n, depth k), tiles restricted
 // by sh. (gi0, gj0) is the position of C in the output used for the triangle
@@ -857,9 +869,12 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
           const int nr = int(std::min<idx>(NR, nc - jr));
           const idx tj = gj + jr;
           const R *bp = ws.bpack + jr * kc * cf;
+          const idx nbytes = jr + NR < nc ? NR * kc * cf * idx(sizeof(R)) : 0;
           for (idx ir = 0; ir < mc; ir += MR) {
             const int mr = int(std::min<idx>(MR, mc - ir));
             const idx ti = gi + ir;
+            if constexpr (wants_next_b<U>)
+              prefetch_b_slice(reinterpret_cast<const char *>(bp + NR * kc * cf), nbytes, ir / MR, (mc + MR - 1) / MR);
             bool diag = false;
             if (tri) {
               if (sh.upper) {

@@ -81,10 +81,11 @@ template <class R> struct cukernel {
   static constexpr bool native = false;
 };
 
-// Block sizes, in real elements: MR x NR register tile, KC depth of the
-// packed panels (L1/L2), MC rows of the packed A block (L2), NC columns of
-// the packed B block (L3). KC is even and MC a multiple of MR, so complex
-// blocks (twice the real depth) stay whole.
+// Block sizes, in real elements: MR x NR register tile, KC depth of the packed
+// panels (L1/L2), MC rows of the packed A block (L2), NC columns of the packed
+// B block (L3). KC is even and MC a multiple of MR, so complex blocks (twice
+// the real depth) stay whole. prefetch_next_b, where set, has the macro-kernel
+// fetch the next B micro-panel while the tiles of the current one run.
 template <class R> struct ukernel;
 
 #if NXL_CP == 7 || NXL_CP == 6
@@ -103,14 +104,14 @@ template <> struct ukernel<float> {
 #elif NXL_CP == 5
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 6;
-  static constexpr bool direct = true;
-  static constexpr idx KC = 256, MC = 96, NC = 4080;
+  static constexpr bool direct = true, prefetch_next_b = true;
+  static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 6;
-  static constexpr bool direct = true;
-  static constexpr idx KC = 256, MC = 192, NC = 4080;
+  static constexpr bool direct = true, prefetch_next_b = true;
+  static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
 };
 // Complex: 2 vectors of A (4 or 8 elements) by 3 columns, the products
@@ -126,7 +127,7 @@ template <> struct cukernel<double> {
 template <> struct cukernel<float> {
   static constexpr bool native = true;
   static constexpr int MR = 8, NR = 3;
-  static constexpr idx KC = 256, MC = 96, NC = 4080;
+  static constexpr idx KC = 256, MC = 192, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_cplx_c(kc, a, b, t, pf); }
 };
 #elif NXL_CP == 4
