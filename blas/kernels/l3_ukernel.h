@@ -121,7 +121,7 @@ template <> struct ukernel<float> {
 template <> struct cukernel<double> {
   static constexpr bool native = true;
   static constexpr int MR = 4, NR = 3;
-  static constexpr idx KC = 256, MC = 48, NC = 4080;
+  static constexpr idx KC = 256, MC = 96, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_cplx_z(kc, a, b, t, pf); }
 };
 template <> struct cukernel<float> {
