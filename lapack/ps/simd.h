@@ -285,14 +285,22 @@ template <class T> struct pivot_search {
         if (abs1(x[i]) != abs1(x[i])) return i;
     }
     // The two lanes of a complex element hold the same magnitude and row.
-    idx p = row[0];
-    real_t<T> bv = best[0];
-    for (idx k = S::per; k < S::E * S::per; k += S::per)
-      if (best[k] > bv || (best[k] == bv && row[k] < p)) {
-        bv = best[k];
-        p = row[k];
-      }
-    return p;
+    // Pairs of lanes, then pairs of pairs, ...: a chain of log2(E)
+    // comparisons rather than E - 1.
+    constexpr idx E = S::E;
+    real_t<T> b[E];
+    idx r[E];
+    for (idx e = 0; e < E; ++e) {
+      b[e] = best[e * S::per];
+      r[e] = row[e * S::per];
+    }
+    for (idx s = 1; s < E; s *= 2)
+      for (idx e = 0; e + s < E; e += 2 * s)
+        if (b[e + s] > b[e] || (b[e + s] == b[e] && r[e + s] < r[e])) {
+          b[e] = b[e + s];
+          r[e] = r[e + s];
+        }
+    return r[0];
   }
 };
 
