@@ -75,9 +75,12 @@ template <class T, int JB> void lower_panel_solve(idx lo, idx hi, T *p, idx lda,
       for (int c = 0; c < JB; ++c) v[w][c] = S::load(p + ws + w * E + c * lda);
     for (int c = 0; c < JB; ++c) {
       V ai[NW];
-      for (int w = 0; w < NW; ++w) ai[w] = S::splat(0);
+      for (int w = 0; w < NW; ++w) {
+        ai[w] = S::splat(0);
+        v[w][c] = v[w][c] * S::splat(rinv[c]);
+      }
       for (int q = 0; q < c; ++q) {
-        const T f = d[c + q * lda];
+        const T f = d[c + q * lda] * rinv[c];
         const V fr = S::splat(re(f)), fi = S::splat(im(f));
         for (int w = 0; w < NW; ++w) {
           v[w][c] -= v[w][q] * fr;
@@ -85,10 +88,8 @@ template <class T, int JB> void lower_panel_solve(idx lo, idx hi, T *p, idx lda,
         }
       }
       // x * conj(f) = x re(f) - i x im(f).
-      for (int w = 0; w < NW; ++w) {
-        if constexpr (S::cplx) v[w][c] += S::rot(ai[w]);
-        v[w][c] = v[w][c] * S::splat(rinv[c]);
-      }
+      if constexpr (S::cplx)
+        for (int w = 0; w < NW; ++w) v[w][c] += S::rot(ai[w]);
     }
     for (int w = 0; w < NW; ++w) {
       const idx wl = ws + w * E > l ? ws + w * E : l, wt = ws + (w + 1) * E < top ? ws + (w + 1) * E : top;
@@ -205,16 +206,23 @@ __attribute__((always_inline)) inline bool potrf_regs_step(typename simd<T>::V (
   constexpr int E = static_cast<int>(S::E);
   const R d = c[J][J / E][(J % E) * S::per];
   if (!(d > R(0))) return false;
-  const R invd = R(1) / d;
+  // Column J over d first, so that each update's factor, an entry of
+  // column J, is ready before the division is.
+  const auto invd = S::splat(R(1) / d);
+  typename S::V g[NV], gr[NV];
+  for (int v = J / E; v < NV; ++v) {
+    g[v] = c[J][v] * invd;
+    gr[v] = S::rot(c[J][v]) * invd;
+  }
   [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
     auto one = [&](auto kk) __attribute__((always_inline)) {
       constexpr int cc = J + 1 + decltype(kk)::value;
       constexpr int lane = (cc % E) * S::per;
       T f;
-      if constexpr (S::cplx) f = T(c[J][cc / E][lane] * invd, -c[J][cc / E][lane + 1] * invd);
-      else f = c[J][cc / E][lane] * invd;
+      if constexpr (S::cplx) f = T(c[J][cc / E][lane], -c[J][cc / E][lane + 1]);
+      else f = c[J][cc / E][lane];
       const typename S::template factor<false> ff(f);
-      for (int v = cc / E; v < NV; ++v) c[cc][v] -= ff.times(c[J][v]);
+      for (int v = cc / E; v < NV; ++v) c[cc][v] = ff.minus(c[cc][v], g[v], gr[v]);
     };
     (one(std::integral_constant<int, K>{}), ...);
   }(std::make_integer_sequence<int, N - 1 - J>{});

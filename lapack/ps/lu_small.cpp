@@ -137,6 +137,11 @@ template <class T> struct lu_blocked {
   idx *ipiv;
   idx *info;
   R sfmin = safe_min<R>();
+  // The columns [now, n) take each row exchange as soon as its column
+  // step makes it; the panels' interchanges reach the columns left of
+  // `now` only.
+  idx n;
+  idx now;
 
   T *col(idx j) const { return a + j * lda; }
 
@@ -150,9 +155,16 @@ template <class T> struct lu_blocked {
       const idx p = j == j0 ? pivot_index(j, m, cj) : next.result(j, m, cj);
       next = pivot_search<T>();
       ipiv[j] = p + 1;
-      if (cj[p] != T(0)) {
-        if (p != j) swap_rows(a, lda, j0, j1, j, p);
-        const T piv = cj[j];
+      // The pivot as found, not reloaded after the interchange stores it.
+      const T piv = cj[p];
+      if (piv != T(0)) {
+        if (p != j) {
+          swap_rows(a, lda, j0, j1, j, p);
+          if (now <= j0) {
+            swap_rows(a, lda, j1, n, j, p);
+            swap_rows(a, lda, now, j0, j, p);
+          }
+        }
         if (abs1(piv) >= sfmin) column_scale<T>(j + 1, m, cj, inv(piv));
         else
           for (idx i = j + 1; i < m; ++i) cj[i] = divide(cj[i], piv);
@@ -171,6 +183,7 @@ template <class T> struct lu_blocked {
   // one exchange at a time across the columns: two loads and two stores per
   // entry, with no table of moves to read.
   void interchange(idx p0, idx p1, idx c0, idx c1) const {
+    if (c1 > now) c1 = now;
     if (c0 >= c1) return;
     for (idx j = p0; j < p1; ++j)
       if (ipiv[j] - 1 != j) swap_rows(a, lda, c0, c1, j, ipiv[j] - 1);
@@ -223,13 +236,14 @@ template <class T> struct lu_blocked {
   // Factors the columns [j0, j1) by panels of widths[0] (0: column by
   // column), with interchanges applied to the columns [c0, c1) around them
   // and the trailing columns [j1, c1) brought up to date.
-  void range(idx c0, idx c1, idx j0, idx j1, const idx *widths) {
+  void range(idx c0, idx c1, idx j0, idx j1, const idx *widths, bool trail = false) {
     const idx w = widths[0];
     if (w == 0) return columns(j0, j1);
     // The solves take at most 8 rows at a time.
     const idx sub = widths[1] && widths[1] < 8 ? widths[1] : 8;
     for (idx p0 = j0; p0 < j1; p0 += w) {
       const idx p1 = j1 - p0 < w ? j1 : p0 + w;
+      if (trail) now = p0;
       range(p0, p1, p0, p1, widths + 1);
       interchange(p0, p1, c0, p0);
       interchange(p0, p1, p1, c1);
@@ -250,7 +264,13 @@ template <class T> struct lu_blocked {
 // date with them: the interchanges reach all n columns, the update the
 // columns from j1 on.
 template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {
-  lu_blocked<T> f{m, a, lda, ipiv, info};
+  // Each row exchange reaches all columns at its column step where the
+  // matrix fits the first-level cache: the exchanges then fill the waits
+  // of the steps' chains. A larger one takes them so only on the columns
+  // from the current outer panel on; the columns left of it, cold by then,
+  // take each panel's interchanges in one sweep.
+  const bool cached = m * n * idx(sizeof(T)) <= 36 * 1024;
+  lu_blocked<T> f{m, a, lda, ipiv, info, safe_min<real_t<T>>(), n, cached ? 0 : n};
   // Outer panels of 16 columns. Complex ones of 17 to 64 rows are factored
   // by inner panels of four: the work inside a panel, a chain of dependent
   // column steps, then outweighs the updates. Real ones up to 64 rows and
@@ -258,7 +278,7 @@ template <class T> void getrf_blocked(idx m, idx n, T *a, idx lda, idx *ipiv, id
   // stay in the first-level cache); taller ones by inner panels of 8.
   static constexpr idx kColumns[2] = {16, 0}, kComplex[3] = {16, 4, 0}, kTall[3] = {16, 8, 0};
   const idx *widths = m > 64 ? kTall : simd<T>::cplx && m > 16 ? kComplex : kColumns;
-  f.range(0, n, j0, j1, widths);
+  f.range(0, n, j0, j1, widths, !cached);
 }
 
 template <class T> void getrf_cols(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info, idx j0, idx j1) {

@@ -192,9 +192,12 @@ __attribute__((always_inline)) inline void update_tile(idx lo, idx ws, idx l, id
 // Tile shape of block_update: as many accumulators as leave registers for
 // the source windows and the coefficients (32 vector registers on the
 // 512-bit paths, 16 on the others, where a vector here is two or four).
-template <class T> struct tile_shape {
+// Complex rectangles take three windows (24 accumulators, three loads and
+// eight broadcasts per 24 multiply-adds); a triangle's columns keep two,
+// where the tiles on the diagonal would waste more of a taller one.
+template <class T, bool Diag = false> struct tile_shape {
 #if defined(__AVX512F__)
-  static constexpr int NW = 2, NC = is_complex_v<T> ? 4 : 8;
+  static constexpr int NW = is_complex_v<T> && !Diag ? 3 : 2, NC = is_complex_v<T> ? 4 : 8;
 #else
   static constexpr int NW = 1, NC = is_complex_v<T> ? 2 : 4;
 #endif
@@ -209,7 +212,7 @@ template <class T, bool Conj, bool Diag, class Coef>
 void block_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx lds, idx K, Coef coef) {
   using S = simd<T>;
   constexpr idx E = S::E;
-  constexpr int NW = tile_shape<T>::NW, NC = tile_shape<T>::NC;
+  constexpr int NW = tile_shape<T, Diag>::NW, NC = tile_shape<T, Diag>::NC;
   // The columns in groups of NC, then NC / 2, ... for the rest.
   auto columns = [&]<int W>(idx ws, idx l, idx top) __attribute__((always_inline)) {
     idx c0 = 0;
@@ -230,6 +233,9 @@ void block_update(idx lo, idx hi, T *dst, idx ldd, idx ncols, const T *src, idx 
     if (NW > 1 && top - NW * E >= lo) {
       columns.template operator()<NW>(top - NW * E, top - NW * E, top);
       top -= NW * E;
+    } else if (NW > 2 && top - 2 * E >= lo) {
+      columns.template operator()<2>(top - 2 * E, top - 2 * E, top);
+      top -= 2 * E;
     } else {
       const idx ws = top - E > 0 ? top - E : 0, l = ws > lo ? ws : lo;
       columns.template operator()<1>(ws, l, top);
@@ -279,14 +285,22 @@ template <class T> struct pivot_search {
         if (abs1(x[i]) != abs1(x[i])) return i;
     }
     // The two lanes of a complex element hold the same magnitude and row.
-    idx p = row[0];
-    real_t<T> bv = best[0];
-    for (idx k = S::per; k < S::E * S::per; k += S::per)
-      if (best[k] > bv || (best[k] == bv && row[k] < p)) {
-        bv = best[k];
-        p = row[k];
-      }
-    return p;
+    // Pairs of lanes, then pairs of pairs, ...: a chain of log2(E)
+    // comparisons rather than E - 1.
+    constexpr idx E = S::E;
+    real_t<T> b[E];
+    idx r[E];
+    for (idx e = 0; e < E; ++e) {
+      b[e] = best[e * S::per];
+      r[e] = row[e * S::per];
+    }
+    for (idx s = 1; s < E; s *= 2)
+      for (idx e = 0; e + s < E; e += 2 * s)
+        if (b[e + s] > b[e] || (b[e + s] == b[e] && r[e + s] < r[e])) {
+          b[e] = b[e + s];
+          r[e] = r[e + s];
+        }
+    return r[0];
   }
 };
 
