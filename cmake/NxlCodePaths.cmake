@@ -78,13 +78,6 @@ function(nxl_add_codepath_sources name)
     # the same sources plainly, which keeps that build's time bounded.
     if(NXL_SANITIZE AND cp IN_LIST NXL_CODE_PATHS_PLAIN_UNDER_SANITIZERS)
       target_compile_options(${lib} PRIVATE -fno-sanitize=address,undefined)
-    elseif(NXL_SANITIZE AND name STREQUAL "blas_kernels")
-      # The level-2 kernels unroll register windows into very large functions,
-      # and the pointer-overflow and alignment checks on every address they
-      # form roughly double their instrumented compile time; the kernels' loads
-      # are unaligned vector loads by design, and the address checker still
-      # sees every access.
-      target_compile_options(${lib} PRIVATE -fno-sanitize=pointer-overflow,alignment)
     endif()
     set_property(GLOBAL APPEND PROPERTY NXL_OBJECT_LIBS ${lib})
   endforeach()
