@@ -415,18 +415,31 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const 
           if (!unit) xj = mul(gr.diag(c), xj);
         });
       }
+    } else if constexpr (Solve) {
+      // Each solved element adds its terms to the sums of the group's
+      // columns still to be solved at once, so that the chain from one
+      // element to the next is a subtraction and a division, not a dot
+      // product over the group's rows.
+      outer_dot();
+      for (idx c = 0; c < g; ++c) t[c] = T(0);
+      own_cols([&](idx c) {
+        T &xj = x[(j0 + c) * incx];
+        const T v = xj - (dot[c] + t[c]);
+        xj = unit ? v : div(v, opc<Conj>(gr.diag(c)));
+        // Columns after c (upper) or before it (lower) hold row i in the
+        // group; a band column may not reach it.
+        const idx i = j0 + c, lo2 = upper ? c + 1 : 0, hi2 = upper ? g : c;
+        for (idx c2 = lo2; c2 < hi2; ++c2)
+          if (!is_band<S>::value || (i >= gr.in_lo(c2) && i < gr.in_hi(c2)))
+            t[c2] = t[c2] + mul(opc<Conj>(gr.at(i, c2)), xj);
+      });
     } else {
       outer_dot();
       own_cols([&](idx c) {
         T &xj = x[(j0 + c) * incx];
         const T in = seg_dot<T, Conj>(gr, c, gr.in_lo(c), gr.in_hi(c), x, incx);
-        if constexpr (Solve) {
-          const T v = xj - (dot[c] + in);
-          xj = unit ? v : div(v, opc<Conj>(gr.diag(c)));
-        } else {
-          const T v = unit ? xj : mul(opc<Conj>(gr.diag(c)), xj);
-          xj = v + (dot[c] + in);
-        }
+        const T v = unit ? xj : mul(opc<Conj>(gr.diag(c)), xj);
+        xj = v + (dot[c] + in);
       });
     }
   }
