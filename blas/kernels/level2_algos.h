@@ -263,11 +263,14 @@ void symv_cols(idx c0, idx c1, T alpha, const S &st, const T *x, idx incx, T *y,
   }
 }
 
-// Band storage with unit-stride vectors: each column's off-diagonal rows
-// (contiguous on either side of the diagonal) as ragged columns, kBG at a
-// time, in one fused pass that updates y and forms the dot products.
+// Band storage with unit-stride vectors: lower triangles by column strips
+// (sym_band_strips) as far as their window allows; the other columns' off-
+// diagonal rows (contiguous on either side of the diagonal) as ragged
+// columns, kBG at a time, in one fused pass that updates y and forms the
+// dot products.
 template <class T, bool Herm>
 void symv_band(idx c0, idx c1, T alpha, const BandSt<const T *> &st, const T *x, T *y) {
+  if (!st.upper) c0 = sym_band_strips<T, Herm>(c0, c1, st.n, st.k, alpha, st.a, st.lda, x, y);
   T t[kBG], out[kBG];
   idx lo[kBG], hi[kBG];
   const T *p[kBG], *d[kBG];
@@ -506,20 +509,34 @@ void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T 
                    idx p0, idx p1) {
   // Product: upper columns descending, lower ascending; solve: the reverse.
   const bool ascending = Solve ? upper : !upper;
-  for (idx s = p0; s < p1; ++s) {
-    const idx j = ascending ? s : p1 - 1 - (s - p0);
-    const Seg<const T *> c = st.col(j);
-    const idx lo = upper ? c.r0 : j + 1, hi = upper ? j : c.r1;
-    const T dot = ragged_col<T, Conj, false, true>(lo, hi, upper ? c.p : c.p + 1, T(0), nullptr, xc);
-    const T d = opc<Conj>(c.p[j - c.r0]);
-    T &xj = x[j];
-    if constexpr (Solve) {
-      const T v = xj - dot;
-      xj = unit ? v : div(v, d);
-    } else {
-      xj = (unit ? xj : mul(d, xj)) + dot;
+  auto cols = [&](idx lo, idx hi) {
+    for (idx s = lo; s < hi; ++s) {
+      const idx j = ascending ? s : hi - 1 - (s - lo);
+      const Seg<const T *> c = st.col(j);
+      const idx rlo = upper ? c.r0 : j + 1, rhi = upper ? j : c.r1;
+      const T dot = ragged_col<T, Conj, false, true>(rlo, rhi, upper ? c.p : c.p + 1, T(0), nullptr, xc);
+      const T d = opc<Conj>(c.p[j - c.r0]);
+      T &xj = x[j];
+      if constexpr (Solve) {
+        const T v = xj - dot;
+        xj = unit ? v : div(v, d);
+      } else {
+        xj = (unit ? xj : mul(d, xj)) + dot;
+      }
     }
+  };
+  // A product's middle columns by strips, the others (within a vector of
+  // the ends, or whose window would leave the matrix) one by one before
+  // and after them in the same order.
+  idx q0 = p0, q1 = p0;
+  if constexpr (!Solve) band_trans_range<T>(upper, n, st.k, p0, p1, q0, q1);
+  if (q1 <= q0) {
+    cols(p0, p1);
+    return;
   }
+  cols(ascending ? p0 : q1, ascending ? q0 : p1);
+  band_trans_strips<T, Conj>(upper, unit, st.k, st.a, st.lda, x, xc, q0, q1);
+  cols(ascending ? q1 : p0, ascending ? p1 : q0);
 }
 
 template <class T, bool Conj, class S>

@@ -11,6 +11,8 @@
 #ifndef NXL_BLAS_LEVEL2_CORE_H
 #define NXL_BLAS_LEVEL2_CORE_H
 
+#include <utility>
+
 #include "service/scalar.h"
 
 #if defined(__AVX__)
@@ -157,6 +159,22 @@ template <class R> struct lanes {
   }
 };
 
+// The sums of the even and of the odd lanes of v (N lanes), by halving:
+// the upper half of the lanes is added to the lower one until two remain.
+// Halves keep the lane parity, and the order is set by N alone.
+template <class R, int N, class V>
+__attribute__((always_inline)) inline void lane_pair_sums(V v, R &even, R &odd) {
+  if constexpr (N == 2) {
+    even = v[0];
+    odd = v[1];
+  } else {
+    const auto h = [&]<int... I>(std::integer_sequence<int, I...>) __attribute__((always_inline)) {
+      return __builtin_shufflevector(v, v, I...) + __builtin_shufflevector(v, v, (I + N / 2)...);
+    }(std::make_integer_sequence<int, N / 2>{});
+    lane_pair_sums<R, N / 2>(h, even, odd);
+  }
+}
+
 // A scalar of T as two vectors for y += a*t on interleaved lanes:
 // tr = (re t, re t, ...), ti = (-im t, im t, ...) (zero for real T), so
 // that a*t = a*tr + swap(a)*ti.
@@ -227,18 +245,9 @@ struct DotBlock {
     }
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
-      const V p = P[c][0] + P[c][1], q = Q[c][0] + Q[c][1];
-      R e = 0, o = 0, f = 0, g = 0;
-      for (int k = 0; k < VL; k += 2) {
-        e = e + p[k];
-        o = o + p[k + 1];
-        f = f + q[k];
-        g = g + q[k + 1];
-      }
-      pe[c] = e;
-      po[c] = o;
-      qe[c] = f;
-      qo[c] = g;
+      lane_pair_sums<R, VL>(P[c][0] + P[c][1], pe[c], po[c]);
+      if constexpr (Cx) lane_pair_sums<R, VL>(Q[c][0] + Q[c][1], qe[c], qo[c]);
+      else qe[c] = qo[c] = R(0);
     }
     // Tail: complex lengths are even, so lane parities carry on.
     for (idx p = b; p < len; ++p) {
@@ -507,16 +516,17 @@ inline T ragged_col(idx lo, idx hi, const T *p, T t, T *y, const T *x) {
   for (; b + VL <= hr; b += VL) step(b, 0, VL, whole{}, 1);
   if (b < hr) step(b, 0, int(hr - b), part{}, 2);
   if constexpr (Dot) {
-    const V pv = (P[0] + P[1]) + (P[2] + P[3]), qv = (Q[0] + Q[1]) + (Q[2] + Q[3]);
-    R pe = 0, po = 0, qe = 0, qo = 0;
-    for (int k = 0; k < VL; k += 2) {
-      pe = pe + pv[k];
-      po = po + pv[k + 1];
-      qe = qe + qv[k];
-      qo = qo + qv[k + 1];
+    const V pv = (P[0] + P[1]) + (P[2] + P[3]);
+    R pe, po;
+    lane_pair_sums<R, VL>(pv, pe, po);
+    if constexpr (Cx) {
+      const V qv = (Q[0] + Q[1]) + (Q[2] + Q[3]);
+      R qe, qo;
+      lane_pair_sums<R, VL>(qv, qe, qo);
+      return Conj ? T(pe + po, qe - qo) : T(pe - po, qe + qo);
+    } else {
+      return pe + po;
     }
-    if constexpr (Cx) return Conj ? T(pe + po, qe - qo) : T(pe - po, qe + qo);
-    else return pe + po;
   }
   return T(0);
 }

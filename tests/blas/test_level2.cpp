@@ -616,13 +616,16 @@ TYPED_TEST(Level2, SweepBandAndTriangular) {
 // Band widths on either side of the largest window of partial sums that the
 // registers hold (the strip kernels below it, the row blocks above it, for
 // each vector width and element size): products and solves, every flag,
-// unit stride, and the general band product with kl and ku around them.
+// unit stride, the general band product with kl and ku around them, and the
+// symmetric product (its strips also hold x and a sum per column: smaller
+// limits).
 TYPED_TEST(Level2, BandWindowLimits) {
   nxl_serv_set_dynamic(0);
   Rng r(77);
   const auto &f = layers<TypeParam>()[0];
   const idx n = 320;
-  for (idx k : {idx(37), idx(38), idx(76), idx(77), idx(152), idx(153), idx(304), idx(305)})
+  for (idx k : {idx(36), idx(37), idx(38), idx(41), idx(72), idx(73), idx(76), idx(77), idx(80), idx(81),
+                idx(152), idx(153), idx(304), idx(305)})
     for (int up = 0; up < 2; ++up) {
       for (char tr : {'N', 'T'})
         for (int unit = 0; unit < 2; ++unit)
@@ -632,6 +635,8 @@ TYPED_TEST(Level2, BandWindowLimits) {
           }
       const Shape g{Kind::band, false, false, false, 'N', n + 9, n, k - k / 3, k / 3 + up, 1, 1};
       check_general(f, r, 1, true, &g);
+      const Shape sy{Kind::band, up == 1, false, false, 'N', n, n, 0, k, 1, 1};
+      check_symmetric(f, r, 1, &sy);
       if (::testing::Test::HasFatalFailure()) return;
     }
 }

@@ -1,5 +1,7 @@
-// Level-2 kernels for triangular matrices: products ?trmv, ?tbmv, ?tpmv and
-// solves ?trsv, ?tbsv, ?tpsv, one build per code path.
+// Level-2 kernels for triangular matrices: the frame shared by the products
+// ?trmv, ?tbmv, ?tpmv (level2_trmv.cpp) and the solves ?trsv, ?tbsv, ?tpsv
+// (level2_trsv.cpp), which are built as separate units per code path.
+#pragma once
 #include "blas/kernels/level2_algos.h"
 #include "blas/level2_params.h"
 #include "service/codepath.h"
@@ -83,15 +85,3 @@ void tri_part(const char *uplo, const char *trans, const char *diag, idx n, idx 
   extern "C" void NXL_KERNEL(nxl_blas_, _x##p##tpmv_part) NXL_L2_TRMV_PART_P(T) {          \
     nxl::l2::tri_part<T, nxl::l2::Store::packed>(uplo, trans, diag, *n, 0, a, 0, x, xc, *p0, *p1); \
   }
-NXL_L2_K(s, float, false, mv)
-NXL_L2_K(d, double, false, mv)
-NXL_L2_K(c, std::complex<float>, false, mv)
-NXL_L2_K(z, std::complex<double>, false, mv)
-NXL_L2_K(s, float, true, sv)
-NXL_L2_K(d, double, true, sv)
-NXL_L2_K(c, std::complex<float>, true, sv)
-NXL_L2_K(z, std::complex<double>, true, sv)
-NXL_L2_K_PART(s, float)
-NXL_L2_K_PART(d, double)
-NXL_L2_K_PART(c, std::complex<float>)
-NXL_L2_K_PART(z, std::complex<double>)
