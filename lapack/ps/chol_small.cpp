@@ -380,9 +380,13 @@ template <class T> void potrs_columns(bool upper, idx n, idx nrhs, const T *a, i
 
 template <class T> void potrs_small(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
   constexpr idx E = simd<T>::E;
+  // One right-hand side takes the step solve at every order: holding both
+  // triangles in registers pays only when they serve several.
   if constexpr (!is_complex_v<T>)
-    if (n <= E ? potrs_regs<T, 1>(upper, n, nrhs, a, lda, b, ldb)
-               : n <= 2 * E ? potrs_regs<T, 2>(upper, n, nrhs, a, lda, b, ldb)
+    if (n <= E ? (nrhs == 1 ? potrs_steps<T, 1>(upper, n, nrhs, a, lda, b, ldb)
+                            : potrs_regs<T, 1>(upper, n, nrhs, a, lda, b, ldb))
+               : n <= 2 * E ? (nrhs == 1 ? potrs_steps<T, 2>(upper, n, nrhs, a, lda, b, ldb)
+                                         : potrs_regs<T, 2>(upper, n, nrhs, a, lda, b, ldb))
                : n <= 4 * E ? potrs_steps<T, 4>(upper, n, nrhs, a, lda, b, ldb)
                             : n <= 64 && potrs_steps<T, E == 8 ? 8 : 4>(upper, n, nrhs, a, lda, b, ldb))
       return;

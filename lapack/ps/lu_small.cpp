@@ -373,8 +373,10 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
   if (n == 0 || nrhs == 0) return;
   constexpr idx E = simd<T>::E;
   if constexpr (!is_complex_v<T>)
-    if (nt && (n <= E ? getrs_regs<T, 1>(n, nrhs, a, lda, ipiv, b, ldb)
-               : n <= 2 * E ? getrs_regs<T, 2>(n, nrhs, a, lda, ipiv, b, ldb)
+    if (nt && (n <= E ? (nrhs == 1 ? getrs_steps<T, 1>(n, nrhs, a, lda, ipiv, b, ldb)
+                                   : getrs_regs<T, 1>(n, nrhs, a, lda, ipiv, b, ldb))
+               : n <= 2 * E ? (nrhs == 1 ? getrs_steps<T, 2>(n, nrhs, a, lda, ipiv, b, ldb)
+                                         : getrs_regs<T, 2>(n, nrhs, a, lda, ipiv, b, ldb))
                : n <= 4 * E ? getrs_steps<T, 4>(n, nrhs, a, lda, ipiv, b, ldb)
                             : n <= 64 && getrs_steps<T, E == 8 ? 8 : 4>(n, nrhs, a, lda, ipiv, b, ldb)))
       return;

@@ -97,26 +97,36 @@ template <class T, int NV> struct step_solve {
   // `avail` on are not read.
   template <bool Lower, bool Unit> __attribute__((always_inline)) void run(const T *c, idx ldc, idx avail, idx n) {
     const int nv = static_cast<int>((n + E - 1) / E);
+    // A local copy, which the loads of the triangle cannot alias: it stays
+    // in registers instead of going back to the member at every step.
+    V y[NV];
+    for (int v = 0; v < NV; ++v) y[v] = x[v];
     auto step = [&]<int Q>() __attribute__((always_inline)) {
       if (Q >= n) return;
       constexpr int W = Q / E, L = Q % E;
-      const V t = lane_splat<L>(x[W]);
+      const V t = lane_splat<L>(y[W]);
       const T *col = c + Q * ldc;
       const V f = S::splat(Unit ? T(1) : r[Q]);
       for (int v = Lower ? W : 0; v < (Lower ? NV : W + 1); ++v) {
         if (Lower && v >= nv) break;
         V cv = part(col + v * E, avail - v * E);
         if (!Unit) cv *= f;
-        if (v == W) x[v] = minus_on<T>(x[v], cv, t, Lower ? L + 1 : 0, Lower ? E : L);
-        else x[v] -= cv * t;
+        if (v == W) y[v] = minus_on<T>(y[v], cv, t, Lower ? L + 1 : 0, Lower ? E : L);
+        else y[v] -= cv * t;
       }
+#if defined(__AVX512F__)
+      // Every E steps the values are pinned to their registers, which keeps
+      // the compiler from hoisting the loads of many later columns (and
+      // spilling them) ahead of the steps.
+      if constexpr (Q % E == E - 1)
+        for (int v = 0; v < NV; ++v) asm volatile("" : "+v"(y[v]));
+#endif
     };
     [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
       if constexpr (Lower) (step.template operator()<K>(), ...);
       else (step.template operator()<D - 1 - K>(), ...);
     }(std::make_integer_sequence<int, D>{});
-    if (!Unit)
-      for (int v = 0; v < NV; ++v) x[v] *= S::load(r + v * E);
+    for (int v = 0; v < NV; ++v) x[v] = Unit ? y[v] : y[v] * S::load(r + v * E);
   }
 };
 

@@ -312,11 +312,12 @@ void expect_close(idx n, idx nrhs, const T *x, idx ldx, const T *y, const char *
 }
 }  // namespace
 
-// Many right-hand sides on small orders (the register solve of the real
-// types; one right-hand side takes the step solve past two vectors): against the column algorithm for every order up to 33, pivots
-// that move rows, padded leading dimensions, right-hand sides with NaN and
-// infinite entries, and a diagonal of U below the normal range (which must
-// be divided by: its reciprocal overflows).
+// Right-hand sides on small orders (the register solve of the real types,
+// and their step solve for one right-hand side): against the column
+// algorithm for every order up to 33, pivots that move rows, padded
+// leading dimensions, right-hand sides with NaN and infinite entries, and a
+// diagonal of U below the normal range (which must be divided by: its
+// reciprocal overflows).
 TYPED_TEST(SmallLu, SolveManyRightHandSides) {
   using T = TypeParam;
   using R = lt::real_t<T>;
