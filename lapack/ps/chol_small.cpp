@@ -6,6 +6,7 @@
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
 #include "lapack/ps/solve_regs.h"
+#include "lapack/ps/solve_steps.h"
 #include "lapack/ps/solve_vec.h"
 #include "service/nxl_serv.h"
 
@@ -350,12 +351,44 @@ template <class T, int NV> bool potrs_regs(bool upper, idx n, idx nrhs, const T 
   return true;
 }
 
+// The same for a real order n <= NV * E, one right-hand side after the
+// other through step_solve: the stored triangle is read in place for the
+// solve that walks its columns, its transpose from a buffer for the other.
+template <class T, int NV> bool potrs_steps(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
+  using St = step_solve<T, NV>;
+  St s;
+  if (!s.set_diagonal(a, lda + 1, n)) return false;
+  alignas(64) T buf[St::D * St::D];
+  if (upper) turn_triangle<T, St::D, false>(n, a, lda, buf);
+  else turn_triangle<T, St::D, true>(n, a, lda, buf);
+  for (idx r = 0; r < nrhs; ++r) {
+    T *x = b + r * ldb;
+    s.load(x, n);
+    if (upper) {
+      s.template run<true, false>(buf, St::D, St::D, n);  // U^T y = b
+      s.template run<false, false>(a, lda, n, n);         // U x = y
+    } else {
+      s.template run<true, false>(a, lda, n, n);          // L y = b
+      s.template run<false, false>(buf, St::D, St::D, n);  // L^T x = y
+    }
+    s.store(x, n);
+  }
+  return true;
+}
+
 template <class T> void potrs_columns(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb);
 
 template <class T> void potrs_small(bool upper, idx n, idx nrhs, const T *a, idx lda, T *b, idx ldb) {
+  constexpr idx E = simd<T>::E;
+  // One right-hand side takes the step solve at every order: holding both
+  // triangles in registers pays only when they serve several.
   if constexpr (!is_complex_v<T>)
-    if (n <= simd<T>::E ? potrs_regs<T, 1>(upper, n, nrhs, a, lda, b, ldb)
-                        : n <= 2 * simd<T>::E && potrs_regs<T, 2>(upper, n, nrhs, a, lda, b, ldb))
+    if (n <= E ? (nrhs == 1 ? potrs_steps<T, 1>(upper, n, nrhs, a, lda, b, ldb)
+                            : potrs_regs<T, 1>(upper, n, nrhs, a, lda, b, ldb))
+               : n <= 2 * E ? (nrhs == 1 ? potrs_steps<T, 2>(upper, n, nrhs, a, lda, b, ldb)
+                                         : potrs_regs<T, 2>(upper, n, nrhs, a, lda, b, ldb))
+               : n <= 4 * E ? potrs_steps<T, 4>(upper, n, nrhs, a, lda, b, ldb)
+                            : n <= 64 && potrs_steps<T, E == 8 ? 8 : 4>(upper, n, nrhs, a, lda, b, ldb))
       return;
   potrs_columns(upper, n, nrhs, a, lda, b, ldb);
 }

@@ -6,6 +6,7 @@
 #include "lapack/ps/small.h"
 #include "lapack/ps/solve_vec.h"
 #include "lapack/ps/solve_regs.h"
+#include "lapack/ps/solve_steps.h"
 
 namespace nxl {
 inline namespace NXL_LOCAL_NS {
@@ -332,6 +333,27 @@ template <class T, int NV> bool getrs_regs(idx n, idx nrhs, const T *a, idx lda,
   return true;
 }
 
+// The same for a real order n <= NV * E, one right-hand side after the
+// other through step_solve, both triangles read in place.
+template <class T, int NV> bool getrs_steps(idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb) {
+  for (idx i = 0; i < n; ++i)
+    if (ipiv[i] < 1 || ipiv[i] > n) return false;
+  step_solve<T, NV> s;
+  if (!s.set_diagonal(a, lda + 1, n)) return false;
+  for (idx r = 0; r < nrhs; ++r) {
+    T *x = b + r * ldb;
+    for (idx i = 0; i < n; ++i) {
+      const idx p = ipiv[i] - 1;
+      if (p != i) { T t = x[i]; x[i] = x[p]; x[p] = t; }
+    }
+    s.load(x, n);
+    s.template run<true, true>(a, lda, n, n);    // L y = P b
+    s.template run<false, false>(a, lda, n, n);  // U x = y
+    s.store(x, n);
+  }
+  return true;
+}
+
 template <class T>
 void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const idx *ipiv, T *b, idx ldb,
                  idx *info, const char *name) {
@@ -349,9 +371,14 @@ void getrs_small(const char *trans, idx n, idx nrhs, const T *a, idx lda, const 
   }
   *info = 0;
   if (n == 0 || nrhs == 0) return;
+  constexpr idx E = simd<T>::E;
   if constexpr (!is_complex_v<T>)
-    if (nt && (n <= simd<T>::E ? getrs_regs<T, 1>(n, nrhs, a, lda, ipiv, b, ldb)
-                               : n <= 2 * simd<T>::E && getrs_regs<T, 2>(n, nrhs, a, lda, ipiv, b, ldb)))
+    if (nt && (n <= E ? (nrhs == 1 ? getrs_steps<T, 1>(n, nrhs, a, lda, ipiv, b, ldb)
+                                   : getrs_regs<T, 1>(n, nrhs, a, lda, ipiv, b, ldb))
+               : n <= 2 * E ? (nrhs == 1 ? getrs_steps<T, 2>(n, nrhs, a, lda, ipiv, b, ldb)
+                                         : getrs_regs<T, 2>(n, nrhs, a, lda, ipiv, b, ldb))
+               : n <= 4 * E ? getrs_steps<T, 4>(n, nrhs, a, lda, ipiv, b, ldb)
+                            : n <= 64 && getrs_steps<T, E == 8 ? 8 : 4>(n, nrhs, a, lda, ipiv, b, ldb)))
       return;
   for (idx r = 0; r < nrhs; ++r) {
     T *x = b + r * ldb;

@@ -107,7 +107,7 @@ TYPED_TEST(SmallChol, SolveWithFactor) {
   using T = TypeParam;
   // One right-hand side goes through the blocked vector solves up to the
   // orders that fit in L2, ragged last blocks included.
-  for (idx n : {1, 4, 8, 16, 37, 40, 64, 130})
+  for (idx n : {1, 4, 8, 16, 25, 32, 37, 40, 64, 130})
     for (idx nrhs : {1, 5, 100})
       for (bool up : {true, false}) {
         const idx lda = n + 1, ldb = n + 2;

@@ -312,16 +312,17 @@ void expect_close(idx n, idx nrhs, const T *x, idx ldx, const T *y, const char *
 }
 }  // namespace
 
-// Many right-hand sides on small orders (the register solve of the real
-// types): against the column algorithm for every order up to 33, pivots
-// that move rows, padded leading dimensions, right-hand sides with NaN and
-// infinite entries, and a diagonal of U below the normal range (which must
-// be divided by: its reciprocal overflows).
+// Right-hand sides on small orders (the register solve of the real types,
+// and their step solve for one right-hand side): against the column
+// algorithm for every order up to 33, pivots that move rows, padded
+// leading dimensions, right-hand sides with NaN and infinite entries, and a
+// diagonal of U below the normal range (which must be divided by: its
+// reciprocal overflows).
 TYPED_TEST(SmallLu, SolveManyRightHandSides) {
   using T = TypeParam;
   using R = lt::real_t<T>;
   for (idx n = 1; n <= 33; ++n)
-    for (idx nrhs : {2, 7, 100})
+    for (idx nrhs : {1, 2, 7, 100})
       for (int kind = 0; kind < 3; ++kind) {
         // (Complex products of infinities depend on the product's formula.)
         if (kind == 1 && lt::cplx<T>) continue;
@@ -336,7 +337,7 @@ TYPED_TEST(SmallLu, SolveManyRightHandSides) {
           for (idx i = n; i < ldb; ++i) b[i + r * ldb] = sentinel<T>();
         if (kind == 1) {
           b[n - 1] = T(std::numeric_limits<R>::infinity());
-          b[ldb] = T(std::numeric_limits<R>::quiet_NaN());
+          b[nrhs > 1 ? ldb : 0] = T(std::numeric_limits<R>::quiet_NaN());
         } else if (kind == 2) {
           // A tiny last pivot of U and right-hand sides to match: finite
           // solutions only when the quotient is taken as a quotient.
