@@ -211,11 +211,19 @@ void pack_b_cols(G get, bool ktr, idx kc, idx nc, real_t<T> *dst) {
 // v, conjugated when cj (the fringe panels of the direct packing loops).
 template <class T> inline T maybe_conj(T v, bool cj) { return cj ? nxl::NXL_CP_NS::conj(v) : v; }
 
+// Steps per pass of the packing of untransposed A, where the blocking of the
+// path sets one (pack_a_pass); 0: panel by panel.
+template <class U> constexpr idx a_pass = [] {
+  if constexpr (requires { U::pack_a_pass; }) return idx(U::pack_a_pass);
+  else return idx(0);
+}();
+
 // Untransposed A (columns contiguous): each k step of a micro-panel is MR
-// consecutive elements of one column. The block goes a few steps at a time
-// across all its panels, so that each column is read down in one sweep, and
-// the same rows of the columns of the next pass are prefetched: a whole pass
-// ahead, enough to cover the memory latency.
+// consecutive elements of one column. With passes, the block goes that many
+// steps at a time across all its panels, so that each column is read down
+// in one sweep, and the same rows of the columns of the next pass are
+// prefetched: a whole pass ahead, enough to cover the memory latency.
+// Without, each panel runs through the depth, prefetching a few steps ahead.
 // Complex: the step's column gives the row (re, im) pairs and the row of
 // (-im, re) pairs of the 2x2 blocks; cj conjugates A first.
 template <class T>
@@ -223,13 +231,14 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
                  real_t<T> *__restrict dst) {
   using R = real_t<T>;
   constexpr int RMR = ukernel<R>::MR, MR = blk<T>::MR, cf = blk<T>::cf;
-  constexpr idx ahead = 16;
+  constexpr idx ahead = a_pass<ukernel<R>> ? a_pass<ukernel<R>> : 8;
+  const idx pass = a_pass<ukernel<R>> ? ahead : kc;
   const bool a1 = alpha == T(1);
   const R sg = cj ? R(-1) : R(1);  // sign of the imaginary parts
   const idx full = mc / MR * MR;   // rows in whole panels
   // A complex row packs to two real rows of 2 kc steps.
-  for (idx p0 = 0; p0 < kc; p0 += ahead) {
-    const idx p1 = std::min(kc, p0 + ahead);
+  for (idx p0 = 0; p0 < kc; p0 += pass) {
+    const idx p1 = std::min(kc, p0 + pass);
     for (idx ir = 0; ir < full; ir += MR) {
       R *d = dst + ir * kc * cf * cf;
       const T *src = s + ir;

@@ -118,7 +118,9 @@ template <class U> constexpr bool has_col = requires { &U::run_col; };
 // panels (L1/L2), MC rows of the packed A block (L2), NC columns of the packed
 // B block (L3). KC is even and MC a multiple of MR, so complex blocks (twice
 // the real depth) stay whole. prefetch_next_b, where set, has the macro-kernel
-// fetch the next B micro-panel while the tiles of the current one run.
+// fetch the next B micro-panel while the tiles of the current one run;
+// pack_a_pass, where set, is the number of depth steps the packing of
+// untransposed A takes across all panels of the block at a time.
 template <class R> struct ukernel;
 
 #if NXL_CP == 7 || NXL_CP == 6
@@ -138,6 +140,7 @@ template <> struct ukernel<float> {
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 6;
   static constexpr bool direct = true, prefetch_next_b = true;
+  static constexpr int pack_a_pass = 16;
   static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
   static void run_col(idx kc, idx nt, idx as, const double *a, const double *b, const col_dest &cd) {
@@ -147,6 +150,7 @@ template <> struct ukernel<double> {
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 6;
   static constexpr bool direct = true, prefetch_next_b = true;
+  static constexpr int pack_a_pass = 16;
   static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
   static void run_col(idx kc, idx nt, idx as, const float *a, const float *b, const col_dest &cd) {
