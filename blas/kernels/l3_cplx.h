@@ -86,29 +86,40 @@ void cpack_a(const view<T> &V, idx i0, idx p0, idx mc, idx kc, T alpha, real_t<T
   using PL = cpack_half<T>;
   const typename PL::scaler sc(alpha, V.cj);
   const idx ld = V.ld;
-  constexpr idx ahead = 8;
   alignas(64) T buf[MR];
+  if (!V.trans) {
+    // As the real packing: a few steps at a time across all whole panels,
+    // each column read down in one sweep, the next pass prefetched; the
+    // edge panel last.
+    constexpr idx ahead = 16;
+    const T *src = V.a + (V.r0 + i0) + (V.c0 + p0) * ld;
+    const idx full = mc / MR * MR;
+    for (idx q0 = 0; q0 < kc; q0 += ahead) {
+      const idx q1 = std::min(kc, q0 + ahead);
+      for (idx ir = 0; ir < full; ir += MR)
+        for (idx p = q0; p < q1; ++p) {
+          const T *col = src + ir + p * ld;
+          if (p + ahead < kc) {
+            __builtin_prefetch(col + ahead * ld);
+            __builtin_prefetch(col + ahead * ld + MR - 1);
+          }
+          cpack_a_step<T>(col, sc, dst + ir * kc * 2 + p * 2 * MR);
+        }
+    }
+    if (full < mc) {
+      const idx mr = mc - full;
+      for (idx p = 0; p < kc; ++p) {
+        const T *col = src + full + p * ld;
+        for (int i = 0; i < MR; ++i) buf[i] = i < mr ? col[i] : T(0);
+        cpack_a_step<T>(buf, sc, dst + full * kc * 2 + p * 2 * MR);
+      }
+    }
+    return;
+  }
   for (idx ir = 0; ir < mc; ir += MR) {
     const idx mr = std::min<idx>(MR, mc - ir);
     R *d = dst + ir * kc * 2;
     const idx r = V.r0 + i0 + ir, c = V.c0 + p0;
-    if (!V.trans) {
-      const T *src = V.a + r + c * ld;
-      for (idx p = 0; p < kc; ++p) {
-        const T *col = src + p * ld;
-        if (p + ahead < kc) {
-          __builtin_prefetch(col + ahead * ld);
-          __builtin_prefetch(col + ahead * ld + MR - 1);
-        }
-        if (mr == MR) {
-          cpack_a_step<T>(col, sc, d + p * 2 * MR);
-        } else {
-          for (int i = 0; i < MR; ++i) buf[i] = i < mr ? col[i] : T(0);
-          cpack_a_step<T>(buf, sc, d + p * 2 * MR);
-        }
-      }
-      continue;
-    }
     // op(A)(i, p) = a[p + i * ld]: rows of the panel are contiguous in p.
     const T *src = V.a + c + r * ld;
     idx p = 0;
@@ -261,7 +272,24 @@ void gemm_cplx(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
           const char *nb = reinterpret_cast<const char *>(bp + NR * kc * 2);
           const idx nbytes = jr + NR < nc ? NR * kc * 2 * idx(sizeof(R)) : 0;
           const idx ntiles = (mc + MR - 1) / MR;
-          for (idx ir = 0; ir < mc; ir += MR) {
+          idx ir0 = 0;
+          if constexpr (has_col<U>) {
+            // The whole tiles of a whole column in one call.
+            const idx full = mc / MR;
+            if (nr == NR && bm != bmode::general && full > 0) {
+              col_dest cd;
+              cd.first = tile_dest{reinterpret_cast<char *>(C + ic + (jc + jr) * ldc), ldc * idx(sizeof(T)), NR,
+                                   MR * int(sizeof(T)), bm == bmode::one ? tile_dest::add : tile_dest::copy};
+              cd.tstep = MR * idx(sizeof(T));
+              cd.nb = nb;
+              cd.nbytes = nbytes;
+              if (full == ntiles && jr + 2 * NR <= nc)
+                cd.after = reinterpret_cast<const char *>(C + ic + (jc + jr + NR) * ldc);
+              U::run_col(kc, full, MR * kc * 2, ws.apack, bp, cd);
+              ir0 = full * MR;
+            }
+          }
+          for (idx ir = ir0; ir < mc; ir += MR) {
             const int mr = int(std::min<idx>(MR, mc - ir));
             const R *ap = ws.apack + ir * kc * 2;
             T *c = C + (ic + ir) + (jc + jr) * ldc;

@@ -24,15 +24,16 @@ template <class V, class R, int... I> inline V alt_sign_v(std::integer_sequence<
   return V{(I % 2 ? R(1) : R(-1))...};
 }
 
-template <class V, int MV, int NR>
-inline void ukr_cplx_simd(idx kc, const typename vec<V>::R *__restrict a,
-                          const typename vec<V>::R *__restrict b, typename vec<V>::R *__restrict t,
-                          const tile_dest &pf) {
+// The sums of one tile, combined, into cr (near() as in tile_sums).
+template <class V, int MV, int NR, class F>
+__attribute__((always_inline)) inline void cplx_tile_sums(idx kc, const typename vec<V>::R *__restrict a,
+                                                          const typename vec<V>::R *__restrict b,
+                                                          V (&cr)[NR][MV], F near) {
   using X = vec<V>;
   using R = typename X::R;
   constexpr int W = X::W, MRR = MV * W;  // reals per step of A
   constexpr idx tail = 32;
-  V cr[NR][MV], ci[NR][MV];
+  V ci[NR][MV];
 #pragma clang loop unroll(full)
   for (int j = 0; j < NR; ++j)
 #pragma clang loop unroll(full)
@@ -60,7 +61,7 @@ inline void ukr_cplx_simd(idx kc, const typename vec<V>::R *__restrict a,
   };
   const idx head = kc > tail ? kc - tail : 0;
   step(head);
-  pf.prefetch();
+  near();
   step(kc - head);
   const auto seq = std::make_integer_sequence<int, W>();
   const V sg = alt_sign_v<V, R>(seq);
@@ -68,7 +69,25 @@ inline void ukr_cplx_simd(idx kc, const typename vec<V>::R *__restrict a,
   for (int j = 0; j < NR; ++j)
 #pragma clang loop unroll(full)
     for (int v = 0; v < MV; ++v) cr[j][v] = X::fma(swap_pairs_v(ci[j][v], seq), sg, cr[j][v]);
-  put_tile<V, MV, NR>(cr, t, pf);
+}
+
+template <class V, int MV, int NR>
+inline void ukr_cplx_simd(idx kc, const typename vec<V>::R *__restrict a,
+                          const typename vec<V>::R *__restrict b, typename vec<V>::R *__restrict t,
+                          const tile_dest &pf) {
+  V c[NR][MV];
+  cplx_tile_sums<V, MV, NR>(kc, a, b, c, [&] { pf.prefetch(); });
+  put_tile<V, MV, NR>(c, t, pf);
+}
+
+template <class V, int MV, int NR>
+inline void ukr_cplx_col(idx kc, idx ntiles, idx astride, const typename vec<V>::R *a,
+                         const typename vec<V>::R *b, const col_dest &cd) {
+  using R = typename vec<V>::R;
+  run_column<V, MV, NR>(ntiles, astride, a, cd, [&](const R *ap, V(&c)[NR][MV], auto near)
+                                                    __attribute__((always_inline)) {
+                                                      cplx_tile_sums<V, MV, NR>(kc, ap, b, c, near);
+                                                    });
 }
 
 }  // namespace NXL_CP_NS
@@ -86,6 +105,14 @@ inline void ukr_cplx_simd(idx kc, const typename vec<V>::R *__restrict a,
   void ukr_cplx_c(idx kc, const float *a, const float *b, float *t,           \
                   const tile_dest &pf) {                                       \
     ukr_cplx_simd<VS, MV, NR>(kc, a, b, t, pf);                                \
+  }                                                                            \
+  void ukr_cplx_z_col(idx kc, idx nt, idx as, const double *a, const double *b, \
+                      const col_dest &cd) {                                    \
+    ukr_cplx_col<VD, MV, NR>(kc, nt, as, a, b, cd);                            \
+  }                                                                            \
+  void ukr_cplx_c_col(idx kc, idx nt, idx as, const float *a, const float *b,  \
+                      const col_dest &cd) {                                    \
+    ukr_cplx_col<VS, MV, NR>(kc, nt, as, a, b, cd);                            \
   }                                                                            \
   }                                                                            \
   }

@@ -211,9 +211,19 @@ void pack_b_cols(G get, bool ktr, idx kc, idx nc, real_t<T> *dst) {
 // v, conjugated when cj (the fringe panels of the direct packing loops).
 template <class T> inline T maybe_conj(T v, bool cj) { return cj ? nxl::NXL_CP_NS::conj(v) : v; }
 
+// Steps per pass of the packing of untransposed A, where the blocking of the
+// path sets one (pack_a_pass); 0: panel by panel.
+template <class U> constexpr idx a_pass = [] {
+  if constexpr (requires { U::pack_a_pass; }) return idx(U::pack_a_pass);
+  else return idx(0);
+}();
+
 // Untransposed A (columns contiguous): each k step of a micro-panel is MR
-// consecutive elements of one column; the columns a few steps ahead are
-// prefetched, since consecutive steps are a whole leading dimension apart.
+// consecutive elements of one column. With passes, the block goes that many
+// steps at a time across all its panels, so that each column is read down
+// in one sweep, and the same rows of the columns of the next pass are
+// prefetched: a whole pass ahead, enough to cover the memory latency.
+// Without, each panel runs through the depth, prefetching a few steps ahead.
 // Complex: the step's column gives the row (re, im) pairs and the row of
 // (-im, re) pairs of the 2x2 blocks; cj conjugates A first.
 template <class T>
@@ -221,54 +231,58 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
                  real_t<T> *__restrict dst) {
   using R = real_t<T>;
   constexpr int RMR = ukernel<R>::MR, MR = blk<T>::MR, cf = blk<T>::cf;
-  constexpr idx ahead = 8;
+  constexpr idx ahead = a_pass<ukernel<R>> ? a_pass<ukernel<R>> : 8;
+  const idx pass = a_pass<ukernel<R>> ? ahead : kc;
   const bool a1 = alpha == T(1);
   const R sg = cj ? R(-1) : R(1);  // sign of the imaginary parts
-  idx ir = 0;
+  const idx full = mc / MR * MR;   // rows in whole panels
   // A complex row packs to two real rows of 2 kc steps.
-  for (; ir + MR <= mc; ir += MR) {
-    R *d = dst + ir * kc * cf * cf;
-    const T *src = s + ir;
-    for (idx p = 0; p < kc; ++p) {
-      const T *col = src + p * ld;
-      if (p + ahead < kc) {
-        __builtin_prefetch(col + ahead * ld);
-        __builtin_prefetch(reinterpret_cast<const R *>(col + ahead * ld) + RMR - 1);
-      }
-      if constexpr (!is_complex_v<T>) {
-        if (a1) {
-          for (int i = 0; i < MR; ++i) d[p * MR + i] = col[i];
-        } else {
-          for (int i = 0; i < MR; ++i) d[p * MR + i] = alpha * col[i];
+  for (idx p0 = 0; p0 < kc; p0 += pass) {
+    const idx p1 = std::min(kc, p0 + pass);
+    for (idx ir = 0; ir < full; ir += MR) {
+      R *d = dst + ir * kc * cf * cf;
+      const T *src = s + ir;
+      for (idx p = p0; p < p1; ++p) {
+        const T *col = src + p * ld;
+        if (p + ahead < kc) {
+          __builtin_prefetch(col + ahead * ld);
+          __builtin_prefetch(reinterpret_cast<const R *>(col + ahead * ld) + RMR - 1);
         }
-      } else {
-        const R *c = reinterpret_cast<const R *>(col);
-        R *c0 = d + 2 * p * RMR, *c1 = c0 + RMR;
-        if (a1) {
-          for (int i = 0; i < MR; ++i) {
-            const R re = c[2 * i], im = sg * c[2 * i + 1];
-            c0[2 * i] = re;
-            c0[2 * i + 1] = im;
-            c1[2 * i] = -im;
-            c1[2 * i + 1] = re;
+        if constexpr (!is_complex_v<T>) {
+          if (a1) {
+            for (int i = 0; i < MR; ++i) d[p * MR + i] = col[i];
+          } else {
+            for (int i = 0; i < MR; ++i) d[p * MR + i] = alpha * col[i];
           }
         } else {
-          for (int i = 0; i < MR; ++i) {
-            const T v = alpha_times(alpha, T(c[2 * i], sg * c[2 * i + 1]));
-            const R re = v.real(), im = v.imag();
-            c0[2 * i] = re;
-            c0[2 * i + 1] = im;
-            c1[2 * i] = -im;
-            c1[2 * i + 1] = re;
+          const R *c = reinterpret_cast<const R *>(col);
+          R *c0 = d + 2 * p * RMR, *c1 = c0 + RMR;
+          if (a1) {
+            for (int i = 0; i < MR; ++i) {
+              const R re = c[2 * i], im = sg * c[2 * i + 1];
+              c0[2 * i] = re;
+              c0[2 * i + 1] = im;
+              c1[2 * i] = -im;
+              c1[2 * i + 1] = re;
+            }
+          } else {
+            for (int i = 0; i < MR; ++i) {
+              const T v = alpha_times(alpha, T(c[2 * i], sg * c[2 * i + 1]));
+              const R re = v.real(), im = v.imag();
+              c0[2 * i] = re;
+              c0[2 * i + 1] = im;
+              c1[2 * i] = -im;
+              c1[2 * i + 1] = re;
+            }
           }
         }
       }
     }
   }
-  if (ir < mc) {
-    const T *rest = s + ir;
-    pack_a_rows<T>([=](idx i, idx p) { return maybe_conj(rest[i + p * ld], cj); }, false, mc - ir,
-                   kc, alpha, dst + ir * kc * cf * cf);
+  if (full < mc) {
+    const T *rest = s + full;
+    pack_a_rows<T>([=](idx i, idx p) { return maybe_conj(rest[i + p * ld], cj); }, false, mc - full,
+                   kc, alpha, dst + full * kc * cf * cf);
   }
 }
 
@@ -787,15 +801,6 @@ void band_products(const real_t<T> *ap, const real_t<T> *bp, idx q0, idx q1, int
   }
 }
 
-// The next B micro-panel (nbytes from nb; 0 on the last one) brought in a
-// slice per tile of the current column of tiles, so that it is near when
-// its tiles start: between two tiles on the same B panel a whole A panel
-// passes through L1, and the packed B block itself lives beyond L2.
-inline void prefetch_b_slice(const char *nb, idx nbytes, idx tile, idx ntiles) {
-  const idx slice = (nbytes / ntiles + 63) & ~idx(63), off = tile * slice;
-  for (idx o = off; o < std::min(off + slice, nbytes); o += 64) __builtin_prefetch(nb + o);
-}
-
 // Whether the micro-kernels of R ask the macro-kernel for that prefetch.
 template <class U> constexpr bool wants_next_b = requires { requires U::prefetch_next_b; };
 
@@ -870,7 +875,26 @@ void gemm_core(workspace<T> &ws, const view<T> &A, const view<T> &B, idx m, idx 
           const idx tj = gj + jr;
           const R *bp = ws.bpack + jr * kc * cf;
           const idx nbytes = jr + NR < nc ? NR * kc * cf * idx(sizeof(R)) : 0;
-          for (idx ir = 0; ir < mc; ir += MR) {
+          idx ir0 = 0;
+          if constexpr (has_col<U>) {
+            // Plain products: the whole tiles of a whole column in one call.
+            const idx full = mc / MR;
+            if (sh.kind == shape::full && !in_place && nr == NR && bm != bmode::general && full > 0) {
+              col_dest cd;
+              cd.first = tile_dest{reinterpret_cast<char *>(C + ic + (jc + jr) * ldc), ldc * idx(sizeof(T)), NR,
+                                   MR * int(sizeof(T)), bm == bmode::one ? tile_dest::add : tile_dest::copy};
+              cd.tstep = MR * idx(sizeof(T));
+              if constexpr (wants_next_b<U>) {
+                cd.nb = reinterpret_cast<const char *>(bp + NR * kc * cf);
+                cd.nbytes = nbytes;
+              }
+              if (full * MR == mc && jr + 2 * NR <= nc)
+                cd.after = reinterpret_cast<const char *>(C + ic + (jc + jr + NR) * ldc);
+              U::run_col(kc * cf, full, U::MR * kc * cf, ws.apack, bp, cd);
+              ir0 = full * MR;
+            }
+          }
+          for (idx ir = ir0; ir < mc; ir += MR) {
             const int mr = int(std::min<idx>(MR, mc - ir));
             const idx ti = gi + ir;
             if constexpr (wants_next_b<U>)

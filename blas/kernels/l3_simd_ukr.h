@@ -69,18 +69,19 @@ __attribute__((always_inline)) inline void put_tile(V (&c)[NR][MV], typename vec
   }
 }
 
-// Packed panels are 64-byte aligned (block starts are, and panel strides are
-// multiples of the vector width), so aligned loads are safe. The C tile the
-// result goes to is prefetched for writing a few steps before the end, late
-// enough that the streaming A panel does not evict it from L1 first.
-template <class V, int MV, int NR>
-inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
-                     const typename vec<V>::R *__restrict b, typename vec<V>::R *__restrict t,
-                     const tile_dest &pf) {
+// The sums of one tile into c: kc steps of MV vectors of A against NR
+// broadcast elements of B. Packed panels are 64-byte aligned (block starts
+// are, and panel strides are multiples of the vector width), so aligned
+// loads are safe. near() runs a few steps before the end: the C tile the
+// result goes to is prefetched for writing there, late enough that the
+// streaming A panel does not evict it from L1 first.
+template <class V, int MV, int NR, class F>
+__attribute__((always_inline)) inline void tile_sums(idx kc, const typename vec<V>::R *__restrict a,
+                                                     const typename vec<V>::R *__restrict b, V (&c)[NR][MV],
+                                                     F near) {
   using X = vec<V>;
   constexpr int W = X::W, MR = MV * W;
   constexpr idx tail = 32;
-  V c[NR][MV];
 #pragma clang loop unroll(full)
   for (int j = 0; j < NR; ++j)
 #pragma clang loop unroll(full)
@@ -104,9 +105,53 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
   };
   const idx head = kc > tail ? kc - tail : 0;
   step(head);
-  pf.prefetch();
+  near();
   step(kc - head);
+}
+
+template <class V, int MV, int NR>
+inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
+                     const typename vec<V>::R *__restrict b, typename vec<V>::R *__restrict t,
+                     const tile_dest &pf) {
+  V c[NR][MV];
+  tile_sums<V, MV, NR>(kc, a, b, c, [&] { pf.prefetch(); });
   put_tile<V, MV, NR>(c, t, pf);
+}
+
+// A column of whole tiles (col_dest): sums(a, c, near) forms the MV x NR
+// vectors of one tile from the A micro-panel at a. The loop keeps its
+// pointers in registers from tile to tile, and each tile fetches the C tile
+// of its successor into L1 as it starts: a whole tile ahead covers the
+// memory latency (a prefetch near the end of the tile does not), and the C
+// lines outlast the A panel streaming past them.
+template <class V, int MV, int NR, class S>
+__attribute__((always_inline)) inline void run_column(idx ntiles, idx astride, const typename vec<V>::R *a,
+                                                      const col_dest &cd, S sums) {
+  tile_dest pf = cd.first;
+  for (idx t = 0; t < ntiles; ++t) {
+    prefetch_b_slice(cd.nb, cd.nbytes, t, ntiles);
+    const char *nx = t + 1 < ntiles ? pf.c + cd.tstep : cd.after;
+    if (nx)
+      for (int j = 0; j < pf.ncols; ++j) {
+        __builtin_prefetch(nx + j * pf.ldc, 1, 3);
+        __builtin_prefetch(nx + j * pf.ldc + pf.colbytes - 1, 1, 3);
+      }
+    V c[NR][MV];
+    sums(a, c, [] {});
+    put_tile<V, MV, NR>(c, nullptr, pf);
+    a += astride;
+    pf.c += cd.tstep;
+  }
+}
+
+template <class V, int MV, int NR>
+inline void ukr_simd_col(idx kc, idx ntiles, idx astride, const typename vec<V>::R *a,
+                         const typename vec<V>::R *b, const col_dest &cd) {
+  using R = typename vec<V>::R;
+  run_column<V, MV, NR>(ntiles, astride, a, cd, [&](const R *ap, V(&c)[NR][MV], auto near)
+                                                    __attribute__((always_inline)) {
+                                                      tile_sums<V, MV, NR>(kc, ap, b, c, near);
+                                                    });
 }
 
 }  // namespace NXL_CP_NS
@@ -124,6 +169,22 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
   void ukr_hand_s(idx kc, const float *a, const float *b, float *t,             \
                   const tile_dest &pf) {                                     \
     ukr_simd<VS, MV, NR>(kc, a, b, t, pf);                                       \
+  }                                                                              \
+  }                                                                              \
+  }
+
+// Defines their column forms (col_dest), for the paths whose blocking
+// (l3_ukernel.h) offers run_col.
+#define NXL_L3_COLUMN_KERNELS(VD, VS, MV, NR)                                   \
+  namespace nxl {                                                                \
+  inline namespace NXL_CP_NS {                                                   \
+  void ukr_hand_d_col(idx kc, idx nt, idx as, const double *a, const double *b,  \
+                      const col_dest &cd) {                                      \
+    ukr_simd_col<VD, MV, NR>(kc, nt, as, a, b, cd);                              \
+  }                                                                              \
+  void ukr_hand_s_col(idx kc, idx nt, idx as, const float *a, const float *b,    \
+                      const col_dest &cd) {                                      \
+    ukr_simd_col<VS, MV, NR>(kc, nt, as, a, b, cd);                              \
   }                                                                              \
   }                                                                              \
   }

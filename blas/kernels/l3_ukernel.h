@@ -42,6 +42,30 @@ struct tile_dest {
   }
 };
 
+// A column of whole tiles, for the kernels that loop over one themselves:
+// ntiles A micro-panels (astride reals apart) against one B micro-panel,
+// each tile added to or copied over C (first.mode add or copy) at first.c
+// and then tstep bytes further down per tile. While the tiles run, the next
+// B micro-panel (nbytes from nb; none if 0) is fetched a slice per tile and
+// each tile's successor in C a whole tile ahead: the one below, and after
+// the last tile `after` (none if null).
+struct col_dest {
+  tile_dest first;
+  idx tstep = 0;
+  const char *nb = nullptr;
+  idx nbytes = 0;
+  const char *after = nullptr;
+};
+
+// The next B micro-panel (nbytes from nb; 0 on the last one) brought in a
+// slice per tile of the current column of tiles, so that it is near when
+// its tiles start: between two tiles on the same B panel a whole A panel
+// passes through L1, and the packed B block itself lives beyond L2.
+inline void prefetch_b_slice(const char *nb, idx nbytes, idx tile, idx ntiles) {
+  const idx slice = (nbytes / ntiles + 63) & ~idx(63), off = tile * slice;
+  for (idx o = off; o < (off + slice < nbytes ? off + slice : nbytes); o += 64) __builtin_prefetch(nb + o);
+}
+
 // Portable micro-kernel: plain loops the compiler turns into vector code with
 // the accumulators in registers. Under the reproducible build it is compiled
 // without contraction, so each element is a fixed sequence of products and
@@ -74,6 +98,12 @@ void ukr_hand_s(idx kc, const float *a, const float *b, float *t, const tile_des
 void ukr_cplx_z(idx kc, const double *a, const double *b, double *t, const tile_dest &pf);
 void ukr_cplx_c(idx kc, const float *a, const float *b, float *t, const tile_dest &pf);
 
+// Column forms of the kernels above (col_dest), on the paths that have them.
+void ukr_hand_d_col(idx kc, idx ntiles, idx astride, const double *a, const double *b, const col_dest &cd);
+void ukr_hand_s_col(idx kc, idx ntiles, idx astride, const float *a, const float *b, const col_dest &cd);
+void ukr_cplx_z_col(idx kc, idx ntiles, idx astride, const double *a, const double *b, const col_dest &cd);
+void ukr_cplx_c_col(idx kc, idx ntiles, idx astride, const float *a, const float *b, const col_dest &cd);
+
 // The native complex kernel of real type R on this path, if it has one:
 // tile and blocks in complex elements. Paths without one run complex
 // products on the real kernels.
@@ -81,11 +111,16 @@ template <class R> struct cukernel {
   static constexpr bool native = false;
 };
 
+// Whether kernel set U has the column form (run_col).
+template <class U> constexpr bool has_col = requires { &U::run_col; };
+
 // Block sizes, in real elements: MR x NR register tile, KC depth of the packed
 // panels (L1/L2), MC rows of the packed A block (L2), NC columns of the packed
 // B block (L3). KC is even and MC a multiple of MR, so complex blocks (twice
 // the real depth) stay whole. prefetch_next_b, where set, has the macro-kernel
-// fetch the next B micro-panel while the tiles of the current one run.
+// fetch the next B micro-panel while the tiles of the current one run;
+// pack_a_pass, where set, is the number of depth steps the packing of
+// untransposed A takes across all panels of the block at a time.
 template <class R> struct ukernel;
 
 #if NXL_CP == 7 || NXL_CP == 6
@@ -105,14 +140,22 @@ template <> struct ukernel<float> {
 template <> struct ukernel<double> {
   static constexpr int MR = 8, NR = 6;
   static constexpr bool direct = true, prefetch_next_b = true;
+  static constexpr int pack_a_pass = 16;
   static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_hand_d(kc, a, b, t, pf); }
+  static void run_col(idx kc, idx nt, idx as, const double *a, const double *b, const col_dest &cd) {
+    ukr_hand_d_col(kc, nt, as, a, b, cd);
+  }
 };
 template <> struct ukernel<float> {
   static constexpr int MR = 16, NR = 6;
   static constexpr bool direct = true, prefetch_next_b = true;
+  static constexpr int pack_a_pass = 16;
   static constexpr idx KC = 256, MC = 384, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_hand_s(kc, a, b, t, pf); }
+  static void run_col(idx kc, idx nt, idx as, const float *a, const float *b, const col_dest &cd) {
+    ukr_hand_s_col(kc, nt, as, a, b, cd);
+  }
 };
 // Complex: 2 vectors of A (4 or 8 elements) by 3 columns, the products
 // with the real and with the imaginary parts of B in separate accumulators
@@ -123,12 +166,18 @@ template <> struct cukernel<double> {
   static constexpr int MR = 4, NR = 3;
   static constexpr idx KC = 256, MC = 96, NC = 4080;
   static void run(idx kc, const double *a, const double *b, double *t, const tile_dest &pf) { ukr_cplx_z(kc, a, b, t, pf); }
+  static void run_col(idx kc, idx nt, idx as, const double *a, const double *b, const col_dest &cd) {
+    ukr_cplx_z_col(kc, nt, as, a, b, cd);
+  }
 };
 template <> struct cukernel<float> {
   static constexpr bool native = true;
   static constexpr int MR = 8, NR = 3;
   static constexpr idx KC = 256, MC = 192, NC = 4080;
   static void run(idx kc, const float *a, const float *b, float *t, const tile_dest &pf) { ukr_cplx_c(kc, a, b, t, pf); }
+  static void run_col(idx kc, idx nt, idx as, const float *a, const float *b, const col_dest &cd) {
+    ukr_cplx_c_col(kc, nt, as, a, b, cd);
+  }
 };
 #elif NXL_CP == 4
 template <> struct ukernel<double> {
