@@ -1,8 +1,11 @@
 // Benchmark driver: nxl_bench [--suite NAME]... [--peer LIB] [--fft-peer LIB]
 //                              [--threads LIST] [--sizes LIST] [--min-time S] [--quick]
 #include "bench.h"
+#include "nxl_service.h"
 
 #include <dlfcn.h>
+#include <omp.h>
+#include <unistd.h>
 #include <algorithm>
 
 #include <cstdio>
@@ -22,12 +25,26 @@ std::vector<Suite> &registry() {
 // The functions take turns round by round, so that a change in the machine's
 // speed during the measurement (other work, clock changes) reaches all of
 // them alike; each gets its best round.
+// Worker threads of an OpenMP runtime keep spinning for a while after a
+// parallel region ends: our runtime's for its block time (200 ms unless set),
+// the peer's runtime for a few milliseconds. Left alone, the threads of the
+// library that ran last would take cores from the one timed next. main()
+// shortens our block time; before each turn the driver waits until both
+// runtimes' idle threads are asleep, so every turn starts on a quiet machine.
+constexpr int kBlockTimeMs = 20;
+constexpr useconds_t kSettleUs = 30000;
+
+void settle() {
+  if (nxl_get_max_threads() > 1 || omp_get_max_threads() > 1) usleep(kSettleUs);
+}
+
 std::vector<double> time_calls(const std::vector<std::function<void()>> &fns, double min_time, int rounds) {
   using clk = std::chrono::steady_clock;
   const size_t n = fns.size();
   std::vector<long> batch(n, 1);
   std::vector<double> best(n, 1e300);
   for (size_t f = 0; f < n; ++f) {
+    settle();
     fns[f]();  // warm-up
     for (;;) {
       auto t0 = clk::now();
@@ -38,6 +55,7 @@ std::vector<double> time_calls(const std::vector<std::function<void()>> &fns, do
   }
   for (int round = 0; round < rounds; ++round)
     for (size_t f = 0; f < n; ++f) {
+      settle();
       long reps = 0;
       auto t0 = clk::now();
       double el = 0;
@@ -71,6 +89,7 @@ static std::vector<T> parse_list(const char *s) {
 }
 
 int main(int argc, char **argv) {
+  if (!std::getenv("KMP_BLOCKTIME")) kmp_set_blocktime(bench::kBlockTimeMs);
   bench::Options opt;
   for (int i = 1; i < argc; ++i) {
     auto arg = [&](const char *name) { return std::strcmp(argv[i], name) == 0 && i + 1 < argc; };
