@@ -42,6 +42,9 @@ double time_call(const std::function<void()> &fn, double min_time);
 // in all per function), best round of each.
 std::vector<double> time_calls(const std::vector<std::function<void()>> &fns, double min_time, int rounds = 5);
 
+// NXL_BENCH_FILTER=text keeps the rows whose name contains the text.
+bool row_selected(const std::string &name);
+
 // dlopen of a peer library whose internal calls bind to its own routines.
 void *open_peer(const std::string &path);
 

@@ -130,8 +130,7 @@ struct Reference {
 template <class F, class Call>
 void measure(const bench::Options &opt, const Blas &self, const Blas *peer, const Row &r, double flops,
              const std::string &name, Call call, const Reference *ref = nullptr) {
-  // NXL_BENCH_FILTER=text keeps the rows whose name contains it.
-  if (const char *filter = std::getenv("NXL_BENCH_FILTER"); filter && r.what.find(filter) == std::string::npos) return;
+  if (!bench::row_selected(r.what)) return;
   F mine = reinterpret_cast<F>(self.sym(name.c_str()));
   if (!mine) {
     std::printf("%s: no entry %s\n", r.what.c_str(), name.c_str());

@@ -213,11 +213,9 @@ void run_precision(char p, const bench::Options &opt, const Lib &self, const Lib
   for (long n : sizes) {
     Operands<T> d(n, 32);
     auto list = cases<T>(p, d);
-    // NXL_BENCH_FILTER=text keeps the cases whose name contains it.
-    const char *filter = std::getenv("NXL_BENCH_FILTER");
     for (int nt : opt.threads) {
       for (auto &c : list) {
-        if (filter && c.name.find(filter) == std::string::npos) continue;
+        if (!bench::row_selected(c.name)) continue;
         auto mine = c.make(self);
         if (!mine) {
           std::printf("%-10s n=%-5ld thr=%d  (not exported by %s)\n", c.name.c_str(), n, nt, self.label.c_str());

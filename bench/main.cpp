@@ -78,6 +78,11 @@ std::vector<double> time_calls(const std::vector<std::function<void()>> &fns, do
   return best;
 }
 
+bool row_selected(const std::string &name) {
+  const char *filter = std::getenv("NXL_BENCH_FILTER");
+  return !filter || name.find(filter) != std::string::npos;
+}
+
 double time_call(const std::function<void()> &fn, double min_time) { return time_calls({fn}, min_time, 3)[0]; }
 
 void *open_peer(const std::string &path) {
