@@ -74,11 +74,14 @@ __attribute__((always_inline)) inline void put_tile(V (&c)[NR][MV], typename vec
 // are, and panel strides are multiples of the vector width), so aligned
 // loads are safe. near() runs a few steps before the end: the C tile the
 // result goes to is prefetched for writing there, late enough that the
-// streaming A panel does not evict it from L1 first.
+// streaming A panel does not evict it from L1 first. When early names a C
+// tile, its columns are first brought into L2, one every few steps at the
+// start of the depth: fetched in one burst (or only at the end) they queue
+// behind each other and the A stream, and the tile store waits for memory.
 template <class V, int MV, int NR, class F>
 __attribute__((always_inline)) inline void tile_sums(idx kc, const typename vec<V>::R *__restrict a,
                                                      const typename vec<V>::R *__restrict b, V (&c)[NR][MV],
-                                                     F near) {
+                                                     F near, const tile_dest *early = nullptr) {
   using X = vec<V>;
   constexpr int W = X::W, MR = MV * W;
   constexpr idx tail = 32;
@@ -103,8 +106,19 @@ __attribute__((always_inline)) inline void tile_sums(idx kc, const typename vec<
       b += NR;
     }
   };
+  constexpr idx spread = 8;  // depth steps between two columns fetched early
+  idx done = 0;
+  if (early && early->c && kc >= NR * spread + tail) {
+    const char *q = early->c;
+    for (int j = 0; j < early->ncols; ++j, q += early->ldc) {
+      _mm_prefetch(q, _MM_HINT_T1);
+      _mm_prefetch(q + early->colbytes - 1, _MM_HINT_T1);
+      step(spread);
+    }
+    done = early->ncols * spread;
+  }
   const idx head = kc > tail ? kc - tail : 0;
-  step(head);
+  step(head - done);
   near();
   step(kc - head);
 }
@@ -114,7 +128,7 @@ inline void ukr_simd(idx kc, const typename vec<V>::R *__restrict a,
                      const typename vec<V>::R *__restrict b, typename vec<V>::R *__restrict t,
                      const tile_dest &pf) {
   V c[NR][MV];
-  tile_sums<V, MV, NR>(kc, a, b, c, [&] { pf.prefetch(); });
+  tile_sums<V, MV, NR>(kc, a, b, c, [&] { pf.prefetch(); }, &pf);
   put_tile<V, MV, NR>(c, t, pf);
 }
 
