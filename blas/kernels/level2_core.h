@@ -11,6 +11,7 @@
 #ifndef NXL_BLAS_LEVEL2_CORE_H
 #define NXL_BLAS_LEVEL2_CORE_H
 
+#include <cstdint>
 #include <utility>
 
 #include "service/scalar.h"
@@ -356,6 +357,22 @@ inline void cols_unit(idx m, const T *const *a, const T *t, T *y, const T *x, T 
   for (int c = 0; c < NC; ++c) out[c] = blk.template finish<T, Conj>(c);
 }
 
+// The distance in bytes between the first two columns a[0], a[1] reduced to
+// its greatest common divisor with 4096: 4096 when all the columns share
+// their address bits below 4096 (a leading dimension of 512 doubles times a
+// power of two), 1 for a single column.
+template <class P> inline uintptr_t col_low_bits(idx g, const P *a) {
+  if (g < 2) return 1;
+  const uintptr_t d = (reinterpret_cast<uintptr_t>(a[1]) - reinterpret_cast<uintptr_t>(a[0])) & 4095;
+  return d ? (d & (~d + 1)) : 4096;
+}
+
+// The most such columns one step should touch: the first-level cache has
+// 64 sets of 64-byte lines and 12 ways, so columns 4096 bytes apart share
+// one set and columns 2048 bytes apart two; more of them than the ways hold
+// evict each other on every step.
+inline int cols_per_step(uintptr_t low) { return low >= 4096 ? 4 : low >= 2048 ? 8 : 16; }
+
 // Strided vectors: one column at a time, single accumulator.
 template <class T, bool Conj, bool Axpy, bool Dot>
 inline void cols_strided(idx m, idx n, const T *const *a, const T *t, T *y, idx incy,
@@ -388,8 +405,11 @@ inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, 
   }
   idx j = 0;
   if constexpr (Axpy && !Dot) {
-    for (; j + 16 <= n; j += 16) cols_unit<T, 16, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
-    for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
+    const int cap = cols_per_step(col_low_bits(n, a));
+    if (cap >= 16)
+      for (; j + 16 <= n; j += 16) cols_unit<T, 16, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
+    if (cap >= 8)
+      for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
   }
   // Real dot products on 64-byte vectors: eight columns (sixteen
   // accumulators) per pass over x.
@@ -689,8 +709,13 @@ inline T rank_elem(T a, T x, T t, T w, T u) {
 
 // a[c][i] += x[i]*t[c] (+ w[i]*u[c]) for rows [0, m) of NC columns, unit
 // stride: x (and w) are loaded once for all the columns of the group, and
-// each column is streamed once.
-template <class T, int NC, bool Two>
+// each column is streamed once. With LoadsFirst each step loads the vectors
+// of all NC columns before it stores any: when columns of a group share
+// their address bits below 4096, a load that follows a store to such an
+// address waits for the store (loads and stores interleaved column by
+// column ran up to 15 times slower at such leading dimensions). Otherwise
+// the loads and stores interleave, which holds fewer vectors at a time.
+template <class T, int NC, bool Two, bool LoadsFirst = false>
 inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *w, const T *u) {
   using R = real_t<T>;
   using X = lanes<R>;
@@ -719,16 +744,30 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
       wv = X::load(wr + b);
       if constexpr (Cx) ws = X::swap(wv);
     }
-#pragma clang loop unroll(full)
-    for (int c = 0; c < NC; ++c) {
-      prefetch_ahead<kVecBytes, true>(ar[c] + b);
-      V av = X::load(ar[c] + b) + xv * tr[c];
+    auto update = [&](V av, int c) __attribute__((always_inline)) {
+      av = av + xv * tr[c];
       if constexpr (Cx) av = av + xs * ti[c];
       if constexpr (Two) {
         av = av + wv * ur[c];
         if constexpr (Cx) av = av + ws * ui[c];
       }
-      X::store(ar[c] + b, av);
+      return av;
+    };
+    if constexpr (LoadsFirst) {
+      V av[NC];
+#pragma clang loop unroll(full)
+      for (int c = 0; c < NC; ++c) {
+        prefetch_ahead<kVecBytes, true>(ar[c] + b);
+        av[c] = X::load(ar[c] + b);
+      }
+#pragma clang loop unroll(full)
+      for (int c = 0; c < NC; ++c) X::store(ar[c] + b, update(av[c], c));
+    } else {
+#pragma clang loop unroll(full)
+      for (int c = 0; c < NC; ++c) {
+        prefetch_ahead<kVecBytes, true>(ar[c] + b);
+        X::store(ar[c] + b, update(X::load(ar[c] + b), c));
+      }
     }
   }
   for (idx i = b / W; i < m; ++i) {
@@ -738,20 +777,34 @@ inline void rank_cols_unit(idx m, T *const *a, const T *x, const T *t, const T *
   }
 }
 
-// The same for g columns (any g), unit stride, in groups of 32 (real rank-1),
-// 16 (real), eight and four: more write streams per pass keep more of the
-// matrix in flight.
+// The same for g columns (any g), unit stride, in groups of 32 (real
+// rank-1), 16 (real), eight and four (up to cap columns): more write
+// streams per pass keep more of the matrix in flight. Columns whose distance
+// has few distinct address bits below 4096 go in groups the cache's sets
+// allow, each step's loads before its stores.
+template <class T, bool Two, bool LoadsFirst>
+inline void rank_cols_by(idx m, idx g, T *const *a, const T *x, const T *t, const T *w, const T *u, int cap) {
+  idx c = 0;
+  if constexpr (!is_complex_v<T> && !Two && !LoadsFirst)
+    if (cap >= 32)
+      for (; c + 32 <= g; c += 32) rank_cols_unit<T, 32, Two>(m, a + c, x, t + c, w, u);
+  if constexpr (!is_complex_v<T>)
+    if (cap >= 16)
+      for (; c + 16 <= g; c += 16) rank_cols_unit<T, 16, Two, LoadsFirst>(m, a + c, x, t + c, w, Two ? u + c : u);
+  if (cap >= 8)
+    for (; c + 8 <= g; c += 8) rank_cols_unit<T, 8, Two, LoadsFirst>(m, a + c, x, t + c, w, Two ? u + c : u);
+  for (; c + 4 <= g; c += 4) rank_cols_unit<T, 4, Two, LoadsFirst>(m, a + c, x, t + c, w, Two ? u + c : u);
+  for (; c < g; ++c) rank_cols_unit<T, 1, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+}
+
 template <class T, bool Two>
 inline void rank_cols(idx m, idx g, T *const *a, const T *x, const T *t, const T *w, const T *u) {
   if (m <= 0) return;
-  idx c = 0;
-  if constexpr (!is_complex_v<T> && !Two)
-    for (; c + 32 <= g; c += 32) rank_cols_unit<T, 32, Two>(m, a + c, x, t + c, w, u);
-  if constexpr (!is_complex_v<T>)
-    for (; c + 16 <= g; c += 16) rank_cols_unit<T, 16, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
-  for (; c + 8 <= g; c += 8) rank_cols_unit<T, 8, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
-  for (; c + 4 <= g; c += 4) rank_cols_unit<T, 4, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
-  for (; c < g; ++c) rank_cols_unit<T, 1, Two>(m, a + c, x, t + c, w, Two ? u + c : u);
+  const uintptr_t low = col_low_bits(g, a);
+  // Interleaved, a step's columns need distinct address bits below 4096:
+  // 4096 / low of them have.
+  if (low <= 256) rank_cols_by<T, Two, false>(m, g, a, x, t, w, u, low <= 128 ? 32 : 16);
+  else rank_cols_by<T, Two, true>(m, g, a, x, t, w, u, cols_per_step(low));
 }
 
 // One column with strided vectors: a[i] += x[i*incx]*t (+ w[i*incw]*u).
