@@ -108,6 +108,7 @@ struct Shape {
   bool upper, unit, two;
   char tr;
   idx m, n, kl, ku, incx, incy;
+  idx lda = 0;  // 0: the rows plus a drawn padding
 };
 
 // Runs `call` once per thread count (dispatch) or once (kernel builds),
@@ -159,7 +160,7 @@ template <class T> void check_general(const Fns<T> &f, Rng &r, int trials, bool 
     const idx kl = fx ? fx->kl : band ? r.i(0, 6) + (r.i(0, 4) == 0 ? m : 0) : 0;
     const idx ku = fx ? fx->ku : band ? r.i(0, 6) : 0;
     const idx rows = band ? kl + ku + 1 : (m > 1 ? m : 1);
-    const idx lda = rows + r.i(0, 3);
+    const idx lda = fx && fx->lda ? fx->lda : rows + r.i(0, 3);
     const idx incx = fx ? fx->incx : r.inc(), incy = fx ? fx->incy : r.inc();
     const T alpha = r.scalar<T>(), beta = r.scalar<T>();
     const idx lenx = notr ? n : m, leny = notr ? m : n;
@@ -423,7 +424,8 @@ template <class T> void check_ger(const Fns<T> &f, Rng &r, int trials, const Sha
   const bool dispatch = f.layer == "dispatch";
   for (int t = 0; t < trials; ++t) {
     const bool conj = Tr<T>::cx && (fx ? fx->tr == 'C' : r.i(0, 1) == 1);
-    const idx m = fx ? fx->m : r.dim(), n = fx ? fx->n : r.dim(), lda = (m > 1 ? m : 1) + r.i(0, 3);
+    const idx m = fx ? fx->m : r.dim(), n = fx ? fx->n : r.dim();
+    const idx lda = fx && fx->lda ? fx->lda : (m > 1 ? m : 1) + r.i(0, 3);
     const idx incx = fx ? fx->incx : r.inc(), incy = fx ? fx->incy : r.inc();
     const T alpha = r.scalar<T>();
     SCOPED_TRACE(std::string(conj ? "gerc" : "geru") + " m=" + std::to_string(m) + " n=" +
@@ -663,6 +665,24 @@ TYPED_TEST(Level2, SweepFullAndPacked) {
       for (char tr : {'N', 'C'}) {
         const Shape g{Kind::full, false, false, false, tr, n + 3, n, 0, 0, inc[0], inc[1]};
         check_ger(f, r, 1, &g);
+      }
+  });
+}
+
+// Leading dimensions of 2048 and 4096 bytes and multiples: every column's
+// rows share their address bits below 4096 (or half of them), which the
+// column sweeps and rank updates take in smaller groups, loads first.
+TYPED_TEST(Level2, ColumnsSharingLowAddressBits) {
+  using T = TypeParam;
+  each_layer<T>(7, 1, [](auto &f, Rng &r, int) {
+    for (idx bytes : {idx(2048), idx(4096), idx(8192)})
+      for (idx n : {idx(5), idx(37)}) {
+        const idx lda = bytes / idx(sizeof(T));
+        for (char tr : {'N', 'C'}) {
+          const Shape g{Kind::full, false, false, false, tr, 40, n, 0, 0, 1, 1, lda};
+          check_ger(f, r, 1, &g);
+          if (tr == 'N') check_general(f, r, 1, false, &g);
+        }
       }
   });
 }
