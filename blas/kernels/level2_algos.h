@@ -294,9 +294,54 @@ void symv_band(idx c0, idx c1, T alpha, const BandSt<const T *> &st, const T *x,
   }
 }
 
+// y += alpha * S x for the triangle of nb <= kNB columns at a (full
+// storage) on the diagonal: S symmetric (Hermitian) with that triangle.
+// Groups of four columns run their stored rows above (upper) or below
+// (lower) the diagonal as ragged columns in one pass, then the diagonal.
+// Strided vectors go through contiguous copies, so every element gets the
+// same operations whatever the increments.
+template <class T, bool Herm>
+void symv_diag(bool upper, idx nb, T alpha, const T *a, idx lda, const T *x, idx incx, T *y,
+               idx incy) {
+  constexpr int G = is_complex_v<T> ? 4 : 8;
+  T xb[kNB], yb[kNB], dots[kNB + G];
+  const T *xs = x;
+  T *ys = y;
+  if (incx != 1) {
+    for (idx i = 0; i < nb; ++i) xb[i] = x[i * incx];
+    xs = xb;
+  }
+  if (incy != 1) {
+    for (idx i = 0; i < nb; ++i) yb[i] = y[i * incy];
+    ys = yb;
+  }
+  for (idx j0 = 0; j0 < nb; j0 += G) {
+    idx lo[G], hi[G];
+    const T *p[G];
+    T t[G];
+    for (int c = 0; c < G; ++c) {
+      const idx j = j0 + c < nb ? j0 + c : j0;
+      lo[c] = upper ? 0 : j + 1;
+      hi[c] = j0 + c >= nb ? lo[c] : upper ? j : nb;
+      p[c] = a + j * lda + lo[c];
+      t[c] = mul(alpha, xs[j]);
+    }
+    ragged_fused<T, G, Herm>(lo, hi, p, t, ys, xs, dots + j0);
+  }
+  // The diagonal and the dot products last: a scalar store into y between
+  // two groups would stall the next group's vector load of the same lines.
+  for (idx j = 0; j < nb; ++j) {
+    T d = a[j + j * lda];
+    if constexpr (Herm) d = T(re(d));
+    ys[j] = ys[j] + (mul(mul(alpha, xs[j]), d) + mul(alpha, dots[j]));
+  }
+  if (incy != 1)
+    for (idx i = 0; i < nb; ++i) y[i * incy] = yb[i];
+}
+
 // The contribution of the stored columns [c0, c1) (c0 a multiple of kNB) of
-// a full-storage matrix: a diagonal block with the column algorithm and the
-// rectangle beside it in one fused pass.
+// a full-storage matrix, kNB at a time: the triangle on the diagonal
+// (symv_diag), and the rectangle beside it in one fused pass.
 template <class T, bool Herm>
 void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, const T *x,
                idx incx, T *y, idx incy) {
@@ -304,16 +349,13 @@ void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, 
   for (idx j0 = c0; j0 < c1; j0 += kNB) {
     const idx nb = c1 - j0 < kNB ? c1 - j0 : kNB, j1 = j0 + nb;
     for (idx k = 0; k < nb; ++k) t[k] = mul(alpha, x[(j0 + k) * incx]);
-    FullSt<const T *> blk{a + j0 + j0 * lda, lda, upper, nb};
-    if (upper) {
-      fused_cols<T, Herm>(j0, nb, a + j0 * lda, lda, t, y, incy, x, incx, out);
-      symv_cols<T, Herm>(0, nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
-    } else {
-      symv_cols<T, Herm>(0, nb, alpha, blk, x + j0 * incx, incx, y + j0 * incy, incy);
-      fused_cols<T, Herm>(n - j1, nb, a + j1 + j0 * lda, lda, t, y + j1 * incy, incy,
-                          x + j1 * incx, incx, out);
-    }
-    for (idx k = 0; k < nb; ++k) y[(j0 + k) * incy] = y[(j0 + k) * incy] + mul(alpha, out[k]);
+    const idx rows = upper ? j0 : n - j1;  // of the rectangle
+    if (upper && rows > 0) fused_cols<T, Herm>(rows, nb, a + j0 * lda, lda, t, y, incy, x, incx, out);
+    symv_diag<T, Herm>(upper, nb, alpha, a + j0 + j0 * lda, lda, x + j0 * incx, incx, y + j0 * incy, incy);
+    if (!upper && rows > 0)
+      fused_cols<T, Herm>(rows, nb, a + j1 + j0 * lda, lda, t, y + j1 * incy, incy, x + j1 * incx, incx, out);
+    if (rows > 0)
+      for (idx k = 0; k < nb; ++k) y[(j0 + k) * incy] = y[(j0 + k) * incy] + mul(alpha, out[k]);
   }
 }
 

@@ -412,9 +412,9 @@ inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, 
       for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
   }
   // Real dot products on 64-byte vectors: eight columns (sixteen
-  // accumulators) per pass over x.
-  if constexpr (Dot && !Axpy && !is_complex_v<T> && kVecBytes == 64)
-    for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t, y, x, out + j);
+  // accumulators) per pass over x (and over y with the sweep).
+  if constexpr (Dot && !is_complex_v<T> && kVecBytes == 64)
+    for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, Axpy ? t + j : t, y, x, out + j);
   for (; j + 4 <= n; j += 4)
     cols_unit<T, 4, Conj, Axpy, Dot>(m, a + j, Axpy ? t + j : t, y, x, Dot ? out + j : out);
   const T *tj = Axpy ? t + j : t;
@@ -558,6 +558,107 @@ inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, 
   for (idx c = 0; c < g; ++c) {
     const T v = ragged_col<T, Conj, Axpy, Dot>(lo[c], hi[c], p[c], Axpy ? t[c] : T(0), y, x);
     if constexpr (Dot) out[c] = v;
+  }
+}
+
+// NC ragged columns in one pass over their rows, unit-stride vectors: for
+// each column c with stored rows [lo[c], hi[c]) (A(r, c) at p[c][r - lo[c]]),
+// y[r] += A(r, c) t[c] and out[c] = sum_r op(A(r, c)) x[r]. The rows of the
+// columns together run in vector blocks from the first of them; y is
+// loaded and stored once per block for all NC columns, and the lanes
+// outside a column's rows take no part in its sums (masked multiply-adds),
+// so values outside the stored rows never enter a result. Made for the
+// triangles on the diagonal of symmetric products, where the columns of a
+// group differ by one row each.
+template <class T, int NC, bool Conj>
+inline void ragged_fused(const idx *lo, const idx *hi, const T *const *p, const T *t, T *y,
+                         const T *x, T *out) {
+  using R = real_t<T>;
+  using X = lanes<R>;
+  using V = typename X::V;
+  using K = typename X::K;
+  constexpr int VL = X::VL;
+  constexpr bool Cx = is_complex_v<T>;
+  constexpr idx W = Cx ? 2 : 1;
+  // Union [u0, u1) and common part [f0, f1) of the nonempty row ranges
+  // (empty ones take no part in either, nor in any sums).
+  idx u0 = 0, u1 = 0, f0 = 0, f1 = 0;
+  bool any = false;
+  for (int c = 0; c < NC; ++c) {
+    if (lo[c] >= hi[c]) continue;
+    u0 = any && u0 < lo[c] ? u0 : lo[c];
+    u1 = any && u1 > hi[c] ? u1 : hi[c];
+    f0 = any && f0 > lo[c] ? f0 : lo[c];
+    f1 = any && f1 < hi[c] ? f1 : hi[c];
+    any = true;
+  }
+  for (int c = 0; c < NC; ++c) out[c] = T(0);
+  if (!any) return;
+  const V zero = V{} * R(0);
+  const R *ac[NC];
+  V tr[NC], ti[NC], P[NC], Q[NC];
+#pragma clang loop unroll(full)
+  for (int c = 0; c < NC; ++c) {
+    ac[c] = reinterpret_cast<const R *>(p[c]) - W * lo[c];
+    bcast_scale(t[c], tr[c], ti[c]);
+    P[c] = Q[c] = zero;
+  }
+  R *__restrict yr = reinterpret_cast<R *>(y);
+  const R *__restrict xr = reinterpret_cast<const R *>(x);
+  // Vector blocks on a grid of rows from row 0, as the other column
+  // primitives use: aligned with the caller's y and x, and the same grid
+  // for every group.
+  const idx e = W * u1;
+  for (idx b = W * u0 / VL * VL; b < e; b += VL) {
+    const int n = int(e - b < VL ? e - b : VL);
+    const int s = int(W * u0 > b ? W * u0 - b : 0);
+    if (s == 0 && n == VL && b >= W * f0 && b + VL <= W * f1) {
+      V yv = X::load(yr + b);
+      const V xv = X::load(xr + b);
+      const V xs = Cx ? X::swap(xv) : zero;
+#pragma clang loop unroll(full)
+      for (int c = 0; c < NC; ++c) {
+        if (lo[c] >= hi[c]) continue;
+        const V av = X::load(ac[c] + b);
+        P[c] = P[c] + av * xv;
+        yv = yv + av * tr[c];
+        if constexpr (Cx) {
+          Q[c] = Q[c] + av * xs;
+          yv = yv + X::swap(av) * ti[c];
+        }
+      }
+      X::store(yr + b, yv);
+      continue;
+    }
+    V yv = X::load_part(yr + b, s, n);
+    const V xv = X::load_part(xr + b, s, n);
+    const V xs = Cx ? X::swap(xv) : zero;
+#pragma clang loop unroll(full)
+    for (int c = 0; c < NC; ++c) {
+      const idx l0 = W * lo[c] - b, l1 = W * hi[c] - b;
+      if (l1 <= 0 || l0 >= VL || l0 >= l1) continue;
+      const K k = X::kmask(int(l0 > 0 ? l0 : 0), int(l1 < VL ? l1 : VL));
+      const V av = X::load_k(ac[c] + b, k);
+      P[c] = X::madd_k(P[c], av, xv, k);
+      yv = X::madd_k(yv, av, tr[c], k);
+      if constexpr (Cx) {
+        Q[c] = X::madd_k(Q[c], av, xs, k);
+        yv = X::madd_k(yv, X::swap(av), ti[c], k);
+      }
+    }
+    X::store_part(yr + b, yv, s, n);
+  }
+#pragma clang loop unroll(full)
+  for (int c = 0; c < NC; ++c) {
+    R pe, po;
+    lane_pair_sums<R, VL>(P[c], pe, po);
+    if constexpr (Cx) {
+      R qe, qo;
+      lane_pair_sums<R, VL>(Q[c], qe, qo);
+      out[c] = Conj ? T(pe + po, qe - qo) : T(pe - po, qe + qo);
+    } else {
+      out[c] = pe + po;
+    }
   }
 }
 

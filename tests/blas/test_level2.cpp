@@ -575,6 +575,7 @@ template <class T, class F> void sweep(F body) {
   const auto &f = layers<T>()[0];
   std::vector<idx> orders;
   for (idx n = 0; n <= 40; ++n) orders.push_back(n);
+  orders.push_back(64);
   orders.push_back(67);
   orders.push_back(130);
   for (idx n : orders) {
