@@ -281,10 +281,15 @@ struct DotBlock {
 
 // y += A t over NC columns, unit stride. y is loaded and stored once for the
 // NC columns; every element gets y + a_0 t_0 + a_1 t_1 + ... in column order
-// with the lane arithmetic of the whole vectors (complex: real lanes
-// y + ar*tr + ai*(-ti), imaginary lanes y + ai*tr + ar*ti), the ragged end
-// included (masked), so an element's bits do not depend on where the rows
-// of a call start.
+// with the lane arithmetic of the whole vectors, the ragged end included
+// (masked), so an element's bits do not depend on where the rows of a call
+// start. Complex: the products with the real parts of t go onto y, those
+// with the imaginary parts into a second sum w (lanes ar*ti, ai*ti), which
+// is exchanged and added with its signs after every eight columns (real
+// lanes y - sum ai*ti, imaginary lanes y + sum ar*ti): two chains of
+// multiply-adds and one exchange per eight columns instead of one chain of
+// twice the length and an exchange per column. Sixteen columns so give
+// the bits of two calls of eight.
 template <class T, int NC>
 inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
   using R = real_t<T>;
@@ -297,21 +302,32 @@ inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
   constexpr int U = 128 / kVecBytes;
   const R *ac[NC];
   V tr[NC], ti[NC];
+  [[maybe_unused]] V sgn = X::splat(R(1));
 #pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
     ac[c] = reinterpret_cast<const R *>(a[c]);
-    bcast_scale(t[c], tr[c], ti[c]);
+    tr[c] = X::splat(re(t[c]));
+    ti[c] = X::splat(im(t[c]));
   }
+  if constexpr (Cx)
+    for (int k = 0; k < VL; k += 2) sgn[k] = R(-1);
   R *__restrict yr = reinterpret_cast<R *>(y);
   const idx len = m * W;
   auto step = [&](idx b, int l1, auto full) __attribute__((always_inline)) {
     constexpr bool Full = decltype(full)::value;
     V yv = Full ? X::load(yr + b) : X::load_part(yr + b, 0, l1);
+    V w = V{} * R(0);
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
       const V av = Full ? X::load(ac[c] + b) : X::load_part(ac[c] + b, 0, l1);
       yv = yv + av * tr[c];
-      if constexpr (Cx) yv = yv + X::swap(av) * ti[c];
+      if constexpr (Cx) {
+        w = w + av * ti[c];
+        if (c % 8 == 7 || c == NC - 1) {
+          yv = yv + X::swap(w) * sgn;
+          w = V{} * R(0);
+        }
+      }
     }
     if (Full) X::store(yr + b, yv);
     else X::store_part(yr + b, yv, 0, l1);
@@ -406,7 +422,11 @@ inline void cols_p(idx m, idx n, const T *const *a, const T *t, T *y, idx incy, 
   idx j = 0;
   if constexpr (Axpy && !Dot) {
     const int cap = cols_per_step(col_low_bits(n, a));
-    if (cap >= 16)
+    // Complex columns take two broadcast vectors each: sixteen of them do
+    // not leave the registers a step needs, which costs more than the
+    // extra passes over y while y is short; over long columns the passes
+    // over y cost more.
+    if (cap >= 16 && (!is_complex_v<T> || m * idx(sizeof(T)) > 4096))
       for (; j + 16 <= n; j += 16) cols_unit<T, 16, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
     if (cap >= 8)
       for (; j + 8 <= n; j += 8) cols_unit<T, 8, Conj, Axpy, Dot>(m, a + j, t + j, y, x, out);
