@@ -296,8 +296,9 @@ void symv_band(idx c0, idx c1, T alpha, const BandSt<const T *> &st, const T *x,
 
 // y += alpha * S x for the triangle of nb <= kNB columns at a (full
 // storage) on the diagonal: S symmetric (Hermitian) with that triangle.
-// Groups of four columns run their stored rows above (upper) or below
-// (lower) the diagonal as ragged columns in one pass, then the diagonal.
+// Groups of G columns (eight real, four complex: the registers of one
+// pass) run their stored rows above (upper) or below (lower) the diagonal
+// as ragged columns in one pass each, then the diagonal.
 // Strided vectors go through contiguous copies, so every element gets the
 // same operations whatever the increments.
 template <class T, bool Herm>
