@@ -1,6 +1,7 @@
 // Small-matrix LU kernels (max(m, n) <= 16 for the factorization, n and nrhs
 // <= 8 for the solve): plain loops over the columns, no BLAS calls, no
 // allocation. One source, compiled once per code path.
+#include "lapack/ps/lu_lanes.h"
 #include "lapack/ps/lu_regs.h"
 #include "lapack/ps/simd.h"
 #include "lapack/ps/small.h"
@@ -290,13 +291,19 @@ template <class T> void getrf_cols(idx m, idx n, T *a, idx lda, idx *ipiv, idx *
 template <class T>
 void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   constexpr idx E = simd<T>::E;
-  if (m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
 #if defined(__AVX512F__)
-  if constexpr (std::is_same_v<T, std::complex<double>>)
-    if (m <= 2 * E && n <= 2 * E) return getrf_split(m, n, a, lda, ipiv, info);
-#endif
+  // Rows as lanes with the interchanges recorded, up to two vectors of
+  // reals; double orders up to one vector of elements keep the kernel that
+  // carries the interchanges out in registers, which is faster there.
+  constexpr idx L = 64 / sizeof(real_t<T>);
+  if (sizeof(real_t<T>) == 8 && m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
+  if (m <= L && n <= L) return getrf_lanes<T, 1>(m, n, a, lda, ipiv, info);
+  if (m <= 2 * L && n <= 2 * L) return getrf_lanes<T, 2>(m, n, a, lda, ipiv, info);
+#else
+  if (m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
   if constexpr (E <= 8)
     if (m <= 2 * E && n <= 2 * E) return getrf_in_registers<T, 2>(m, n, a, lda, ipiv, info);
+#endif
   *info = 0;
   const idx k = m < n ? m : n;
   if (m >= n && n >= simd<T>::E) getrf_blocked(m, n, a, lda, ipiv, info, 0, k);
