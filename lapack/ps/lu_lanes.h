@@ -142,8 +142,7 @@ template <class T, int NV> struct lu_lanes {
       V a = S::abs(c[0][v]);
       if constexpr (C) a = a + S::abs(c[1][v]);
       M k = (M)a;
-      const M over = k > nan_key;
-      k = (k & ~over) | (nan_key & over);
+      k = k < nan_key ? k : nan_key;
       key[v] = (M)pick(lanes(avail, v), (V)k, (V)none);
       const M gt = key[v] > best;
       best = (key[v] & gt) | (best & ~gt);

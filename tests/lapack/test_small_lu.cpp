@@ -87,6 +87,24 @@ TYPED_TEST(SmallLu, TiesTakeTheUpperRow) {
     factor(n, n, a, n, ipiv, info);
     EXPECT_EQ(ipiv[0], 1);
   }
+  // A tie between a row that an interchange moved and one that stayed: the
+  // earlier in the interchanged order wins. Step 0 pivots on the last row
+  // with zero multipliers; in column 1 rows 0 (moved to the last place) and
+  // 1 then tie, and row 1 must be chosen.
+  for (idx n : {4, 8, 12, 16, 20}) {
+    std::vector<T> a(static_cast<size_t>(n * n));
+    for (idx j = 0; j < n; ++j)
+      for (idx i = 0; i < n; ++i) a[i + j * n] = T(static_cast<double>((i * 3 + j * 5) % 7) - 3.0);
+    for (idx i = 0; i < n; ++i) {
+      a[i] = T(i == n - 1 ? 1 : 0);
+      a[i + n] = T(i < 2 ? 5 : i == n - 1 ? 0 : 1);
+    }
+    std::vector<idx> ipiv;
+    idx info = 0;
+    factor(n, n, a, n, ipiv, info);
+    EXPECT_EQ(ipiv[0], n) << n;
+    EXPECT_EQ(ipiv[1], 2) << n;
+  }
 }
 
 // An exactly zero column k: info = k + 1, the factorization completed (the
