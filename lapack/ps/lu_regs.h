@@ -308,6 +308,170 @@ template <class T, int NV> struct lu_regs {
   }
 };
 
+#if defined(__AVX512F__)
+// Complex LU of order up to one vector of reals (8 complex double) with the
+// real and imaginary parts in separate registers (split on load, merged on
+// store): every lane is a row, as for the real types, so the pivot search
+// adds two magnitudes with no lane swap, the interchange is one permutation
+// per part, and a complex multiply-add is four plain multiply-adds with no
+// shuffles between them. The arithmetic per element is still that of the
+// column algorithm: multipliers times the pivot's reciprocal, then each
+// trailing entry less multiplier times row entry.
+template <class R> struct lu_split {
+  using T = std::complex<R>;
+  using S = simd<R>;
+  using V = typename S::V;
+  using M = typename S::M;
+  using Lane = typename S::Lane;
+  static constexpr int D = static_cast<int>(S::E);
+  V re[D], im[D];
+  M valid;
+  idx info = 0;
+
+  __attribute__((always_inline)) static V bcast(V x, int lane) {
+    return permute<1>(&x, M{} + static_cast<Lane>(lane));
+  }
+
+  __attribute__((always_inline)) void load(idx m, idx n, const T *a, idx lda) {
+    valid = vtypes<R>::lane() < static_cast<Lane>(m);
+    alignas(64) T col[D];
+    for (int j = 0; j < D; ++j) {
+      V lo, hi;
+      if (m == D && j < n) {
+        lo = simd<T>::load(a + j * lda);
+        hi = simd<T>::load(a + j * lda + D / 2);
+      } else {
+        for (idx i = 0; i < D; ++i) col[i] = j < n && i < m ? a[i + j * lda] : T(0);
+        lo = simd<T>::load(col);
+        hi = simd<T>::load(col + D / 2);
+      }
+      if constexpr (D == 8) {
+        re[j] = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14);
+        im[j] = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15);
+      } else {
+        re[j] = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+        im[j] = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+      }
+    }
+  }
+
+  __attribute__((always_inline)) void store(idx m, idx n, T *a, idx lda) const {
+    alignas(64) T col[D];
+    for (int j = 0; j < n; ++j) {
+      V lo, hi;
+      if constexpr (D == 8) {
+        lo = __builtin_shufflevector(re[j], im[j], 0, 8, 1, 9, 2, 10, 3, 11);
+        hi = __builtin_shufflevector(re[j], im[j], 4, 12, 5, 13, 6, 14, 7, 15);
+      } else {
+        lo = __builtin_shufflevector(re[j], im[j], 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+        hi = __builtin_shufflevector(re[j], im[j], 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+      }
+      if (m == D) {
+        simd<T>::store(a + j * lda, lo);
+        simd<T>::store(a + j * lda + D / 2, hi);
+      } else {
+        simd<T>::store(col, lo);
+        simd<T>::store(col + D / 2, hi);
+        for (idx i = 0; i < m; ++i) a[i + j * lda] = col[i];
+      }
+    }
+  }
+
+  // Row of the pivot of column J (first NaN, else first largest |re| + |im|
+  // among the rows J..m-1), by integer keys as in lu_regs::pivot.
+  template <int J> __attribute__((always_inline)) idx pivot() const {
+    const M nan_key = (M)S::splat(__builtin_inf()) + Lane(1);
+    M k = (M)(S::abs(re[J]) + S::abs(im[J]));
+    const M over = k > nan_key;
+    k = (k & ~over) | (nan_key & over);
+    const M use = valid & (vtypes<R>::lane() >= static_cast<Lane>(J));
+    k = (k & use) | (~use & (M{} - Lane(1)));
+    const M best = lanes_max(k);
+    return __builtin_ctz(lane_bits(k == best));
+  }
+
+  template <int J, bool Full> __attribute__((always_inline)) void step(idx *ipiv) {
+    if constexpr (Full && J == D - 1) {
+      ipiv[J] = J + 1;
+      if (re[J][J] == R(0) && im[J][J] == R(0) && info == 0) info = J + 1;
+      return;
+    }
+    // The reciprocals of the whole column in the normal range, formed
+    // while the search runs: conj(z) / |z|^2 with one division.
+    const V s = S::splat(R(1)) / (re[J] * re[J] + im[J] * im[J]);
+    const V rre = re[J] * s, rim = -(im[J] * s);
+    const idx p = pivot<J>();
+    ipiv[J] = p + 1;
+    {
+      const M lane = vtypes<R>::lane();
+      const M idxv = lane + ((lane == static_cast<Lane>(J)) & static_cast<Lane>(p - J)) +
+                     ((lane == static_cast<Lane>(p)) & static_cast<Lane>(J - p));
+      for (int j = 0; j < D; ++j) {
+        re[j] = permute<1>(&re[j], idxv);
+        im[j] = permute<1>(&im[j], idxv);
+      }
+    }
+    const T piv(re[J][J], im[J][J]);
+    const M below = vtypes<R>::lane() > static_cast<Lane>(J);
+    const __mmask8 kb = static_cast<__mmask8>(lane_bits(below));
+    if (piv != T(0)) {
+      if (abs1(piv) >= safe_min<R>()) {
+        constexpr R lo = sizeof(R) == 8 ? 0x1p-500 : 0x1p-58f, hi = sizeof(R) == 8 ? 0x1p500 : 0x1p58f;
+        const R big = std::fabs(piv.real()) >= std::fabs(piv.imag()) ? std::fabs(piv.real()) : std::fabs(piv.imag());
+        V fr, fi;
+        if (big > lo && big < hi) {
+          fr = bcast(rre, static_cast<int>(p));
+          fi = bcast(rim, static_cast<int>(p));
+        } else {
+          const T r = inv(piv);
+          fr = S::splat(r.real());
+          fi = S::splat(r.imag());
+        }
+        const V nre = re[J] * fr - im[J] * fi, nim = re[J] * fi + im[J] * fr;
+        re[J] = S::blend(below, nre, re[J]);
+        im[J] = S::blend(below, nim, im[J]);
+      } else {
+        alignas(64) R xr[D], xi[D];
+        S::store(xr, re[J]);
+        S::store(xi, im[J]);
+        for (int i = J + 1; i < D; ++i) {
+          const T q = divide(T(xr[i], xi[i]), piv);
+          xr[i] = q.real();
+          xi[i] = q.imag();
+        }
+        re[J] = S::load(xr);
+        im[J] = S::load(xi);
+      }
+    } else if (info == 0) {
+      info = J + 1;
+    }
+    // Trailing update of the rows below J, masked so that the rows above
+    // keep their bits.
+    const __m512d lr = (__m512d)re[J], li = (__m512d)im[J];
+    static_for<D - 1 - J>([&](auto kk) __attribute__((always_inline)) {
+      constexpr int col = J + 1 + decltype(kk)::value;
+      const __m512d ur = _mm512_set1_pd(re[col][J]), ui = _mm512_set1_pd(im[col][J]);
+      __m512d xr = _mm512_mask3_fnmadd_pd(lr, ur, (__m512d)re[col], kb);
+      __m512d xi = _mm512_mask3_fnmadd_pd(lr, ui, (__m512d)im[col], kb);
+      xr = _mm512_mask3_fmadd_pd(li, ui, xr, kb);
+      xi = _mm512_mask3_fnmadd_pd(li, ur, xi, kb);
+      re[col] = (V)xr;
+      im[col] = (V)xi;
+    });
+  }
+
+  template <bool Full> __attribute__((always_inline)) void run(idx k, idx *ipiv) {
+    static_steps<D, Full>(k, [&](auto j) __attribute__((always_inline)) { step<decltype(j)::value, Full>(ipiv); });
+  }
+};
+
+// m x n complex double with m, n <= 8.
+inline void getrf_split(idx m, idx n, std::complex<double> *a, idx lda, idx *ipiv, idx *info) {
+  factor_in<lu_split<double>>(m, n, a, lda, ipiv, info);
+}
+#endif
+
+
 // m x n with m, n <= NV vectors of elements.
 template <class T, int NV> void getrf_in_registers(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   factor_in<lu_regs<T, NV>>(m, n, a, lda, ipiv, info);

@@ -293,10 +293,12 @@ void getrf_small(idx m, idx n, T *a, idx lda, idx *ipiv, idx *info) {
   constexpr idx E = simd<T>::E;
 #if defined(__AVX512F__)
   // Rows as lanes with the interchanges recorded, up to two vectors of
-  // reals; double orders up to one vector of elements keep the kernel that
-  // carries the interchanges out in registers, which is faster there.
+  // reals; double orders up to one vector of reals keep the kernels that
+  // carry the interchanges out in registers, which are faster there.
   constexpr idx L = 64 / sizeof(real_t<T>);
   if (sizeof(real_t<T>) == 8 && m <= E && n <= E) return getrf_in_registers<T, 1>(m, n, a, lda, ipiv, info);
+  if constexpr (std::is_same_v<T, std::complex<double>>)
+    if (m <= L && n <= L) return getrf_split(m, n, a, lda, ipiv, info);
   if (m <= L && n <= L) return getrf_lanes<T, 1>(m, n, a, lda, ipiv, info);
   if (m <= 2 * L && n <= 2 * L) return getrf_lanes<T, 2>(m, n, a, lda, ipiv, info);
 #else
