@@ -655,9 +655,8 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
 // stores outside the group's own rows form a rectangle, updated by the
 // column-group primitive with x (and y) loaded once per group; each column's
 // rows inside the group (on vectors where x and y are contiguous) and its
-// diagonal follow. Groups
-// start at multiples of kRG (thread parts start at multiples of 64), so an
-// element gets the same bits whatever the split.
+// diagonal follow. Groups start at multiples of kRG (thread parts start at
+// multiples of 64), so an element gets the same bits whatever the split.
 inline constexpr idx kRG = 32;
 
 template <class T, bool Herm, bool Two, class S>
