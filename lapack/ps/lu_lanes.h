@@ -82,13 +82,7 @@ template <class T, int NV> struct lu_lanes {
         for (int v = 0; v < NV; ++v) {
           const V lo = simd<T>::load(col + v * E), hi = simd<T>::load(col + v * E + E / 2);
           V re, im;
-          if constexpr (E == 8) {
-            re = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14);
-            im = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15);
-          } else {
-            re = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-            im = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
-          }
+          split_parts(lo, hi, re, im);
           store(0, j, v, re);
           store(1, j, v, im);
         }
@@ -114,13 +108,7 @@ template <class T, int NV> struct lu_lanes {
         } else {
           const V im = permute<NV>(part[1], perm[v]);
           V lo, hi;
-          if constexpr (E == 8) {
-            lo = __builtin_shufflevector(re, im, 0, 8, 1, 9, 2, 10, 3, 11);
-            hi = __builtin_shufflevector(re, im, 4, 12, 5, 13, 6, 14, 7, 15);
-          } else {
-            lo = __builtin_shufflevector(re, im, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-            hi = __builtin_shufflevector(re, im, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-          }
+          merge_parts(re, im, lo, hi);
           simd<T>::store(col + v * E, lo);
           simd<T>::store(col + v * E + E / 2, hi);
         }

@@ -71,6 +71,27 @@ template <int NV, class V, class M> __attribute__((always_inline)) inline V perm
   return out;
 }
 
+// The complex elements of two vectors (real and imaginary parts in adjacent
+// lanes) as one vector of real parts and one of imaginary parts, and back.
+template <class V> __attribute__((always_inline)) inline void split_parts(V lo, V hi, V &re, V &im) {
+  if constexpr (sizeof(V) / sizeof(lo[0]) == 8) {
+    re = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14);
+    im = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15);
+  } else {
+    re = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    im = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+  }
+}
+template <class V> __attribute__((always_inline)) inline void merge_parts(V re, V im, V &lo, V &hi) {
+  if constexpr (sizeof(V) / sizeof(re[0]) == 8) {
+    lo = __builtin_shufflevector(re, im, 0, 8, 1, 9, 2, 10, 3, 11);
+    hi = __builtin_shufflevector(re, im, 4, 12, 5, 13, 6, 14, 7, 15);
+  } else {
+    lo = __builtin_shufflevector(re, im, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    hi = __builtin_shufflevector(re, im, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  }
+}
+
 // f(integral_constant<int, K>) for K = 0..N-1, unrolled.
 template <int N, class F> __attribute__((always_inline)) inline void static_for(F f) {
   [&]<int... K>(std::integer_sequence<int, K...>) __attribute__((always_inline)) {
@@ -345,13 +366,7 @@ template <class R> struct lu_split {
         lo = simd<T>::load(col);
         hi = simd<T>::load(col + D / 2);
       }
-      if constexpr (D == 8) {
-        re[j] = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14);
-        im[j] = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15);
-      } else {
-        re[j] = __builtin_shufflevector(lo, hi, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-        im[j] = __builtin_shufflevector(lo, hi, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
-      }
+      split_parts(lo, hi, re[j], im[j]);
     }
   }
 
@@ -359,13 +374,7 @@ template <class R> struct lu_split {
     alignas(64) T col[D];
     for (int j = 0; j < n; ++j) {
       V lo, hi;
-      if constexpr (D == 8) {
-        lo = __builtin_shufflevector(re[j], im[j], 0, 8, 1, 9, 2, 10, 3, 11);
-        hi = __builtin_shufflevector(re[j], im[j], 4, 12, 5, 13, 6, 14, 7, 15);
-      } else {
-        lo = __builtin_shufflevector(re[j], im[j], 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-        hi = __builtin_shufflevector(re[j], im[j], 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-      }
+      merge_parts(re[j], im[j], lo, hi);
       if (m == D) {
         simd<T>::store(a + j * lda, lo);
         simd<T>::store(a + j * lda + D / 2, hi);
