@@ -111,8 +111,7 @@ __attribute__((always_inline)) inline void tile_sums(idx kc, const typename vec<
   if (early && early->c && kc >= NR * spread + tail) {
     const char *q = early->c;
     for (int j = 0; j < early->ncols; ++j, q += early->ldc) {
-      _mm_prefetch(q, _MM_HINT_T1);
-      _mm_prefetch(q + early->colbytes - 1, _MM_HINT_T1);
+      each_line(q, early->colbytes, [](const char *r) { _mm_prefetch(r, _MM_HINT_T1); });
       step(spread);
     }
     done = early->ncols * spread;
@@ -146,10 +145,8 @@ __attribute__((always_inline)) inline void run_column(idx ntiles, idx astride, c
     prefetch_b_slice(cd.nb, cd.nbytes, t, ntiles);
     const char *nx = t + 1 < ntiles ? pf.c + cd.tstep : cd.after;
     if (nx)
-      for (int j = 0; j < pf.ncols; ++j) {
-        __builtin_prefetch(nx + j * pf.ldc, 1, 3);
-        __builtin_prefetch(nx + j * pf.ldc + pf.colbytes - 1, 1, 3);
-      }
+      for (int j = 0; j < pf.ncols; ++j)
+        each_line(nx + j * pf.ldc, pf.colbytes, [](const char *q) { __builtin_prefetch(q, 1, 3); });
     V c[NR][MV];
     sums(a, c, [] {});
     put_tile<V, MV, NR>(c, nullptr, pf);

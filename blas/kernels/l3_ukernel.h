@@ -27,6 +27,14 @@ inline namespace NXL_CP_NS {
 // kernel ends. mode add / copy: a whole tile added to / copied over C
 // directly, skipping the buffer: the same sums c + t or copies the tile store
 // would make, so the result does not depend on the way taken.
+// Calls fetch for every cache line of the n bytes from p (n > 0): a column
+// of a tile that does not start on a line boundary covers one line more than
+// its length alone would.
+template <class F> inline void each_line(const char *p, int n, F fetch) {
+  for (int o = 0; o < n; o += 64) fetch(p + o);
+  fetch(p + n - 1);
+}
+
 struct tile_dest {
   enum kind { tile, add, copy };
   char *c = nullptr;
@@ -35,10 +43,7 @@ struct tile_dest {
   kind mode = tile;
   void prefetch() const {
     if (!c) return;
-    for (int j = 0; j < ncols; ++j) {
-      __builtin_prefetch(c + j * ldc, 1, 3);
-      __builtin_prefetch(c + j * ldc + colbytes - 1, 1, 3);
-    }
+    for (int j = 0; j < ncols; ++j) each_line(c + j * ldc, colbytes, [](const char *q) { __builtin_prefetch(q, 1, 3); });
   }
 };
 
