@@ -244,10 +244,9 @@ void pack_a_cols(const T *__restrict s, idx ld, idx mc, idx kc, T alpha, bool cj
       const T *src = s + ir;
       for (idx p = p0; p < p1; ++p) {
         const T *col = src + p * ld;
-        if (p + ahead < kc) {
-          __builtin_prefetch(col + ahead * ld);
-          __builtin_prefetch(reinterpret_cast<const R *>(col + ahead * ld) + RMR - 1);
-        }
+        if (p + ahead < kc)
+          each_line(reinterpret_cast<const char *>(col + ahead * ld), RMR * int(sizeof(R)),
+                    [](const char *q) { __builtin_prefetch(q); });
         if constexpr (!is_complex_v<T>) {
           if (a1) {
             for (int i = 0; i < MR; ++i) d[p * MR + i] = col[i];
