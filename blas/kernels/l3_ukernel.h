@@ -21,12 +21,6 @@
 namespace nxl {
 inline namespace NXL_CP_NS {
 
-// Where a micro-kernel's result goes. mode tile: into the tile buffer t
-// (the engine then stores it); c, when set, names the C tile (ncols columns
-// of colbytes bytes, ldc bytes apart) to prefetch for writing before the
-// kernel ends. mode add / copy: a whole tile added to / copied over C
-// directly, skipping the buffer: the same sums c + t or copies the tile store
-// would make, so the result does not depend on the way taken.
 // Calls fetch for every cache line of the n bytes from p (n > 0): a column
 // of a tile that does not start on a line boundary covers one line more than
 // its length alone would.
@@ -35,6 +29,12 @@ template <class F> inline void each_line(const char *p, int n, F fetch) {
   fetch(p + n - 1);
 }
 
+// Where a micro-kernel's result goes. mode tile: into the tile buffer t
+// (the engine then stores it); c, when set, names the C tile (ncols columns
+// of colbytes bytes, ldc bytes apart) to prefetch for writing before the
+// kernel ends. mode add / copy: a whole tile added to / copied over C
+// directly, skipping the buffer: the same sums c + t or copies the tile store
+// would make, so the result does not depend on the way taken.
 struct tile_dest {
   enum kind { tile, add, copy };
   char *c = nullptr;
