@@ -560,13 +560,27 @@ void tb_trans_cols(bool upper, bool unit, idx n, const BandSt<const T *> &st, T 
       const idx j = ascending ? s : hi - 1 - (s - lo);
       const Seg<const T *> c = st.col(j);
       const idx rlo = upper ? c.r0 : j + 1, rhi = upper ? j : c.r1;
-      const T dot = ragged_col<T, Conj, false, true>(rlo, rhi, upper ? c.p : c.p + 1, T(0), nullptr, xc);
       const T d = opc<Conj>(c.p[j - c.r0]);
       T &xj = x[j];
       if constexpr (Solve) {
+        // The rows solved in the last kNear steps are summed apart, one by
+        // one with the latest last: the step's chain then waits on one
+        // product of the previous step's result, and the vector sums over
+        // the rows solved before read none of the stores still in flight.
+        // Above the diagonal the vector sums end on whole vectors, whose
+        // last one would otherwise reach into those rows.
+        constexpr idx kNear = 8, VE = lanes<real_t<T>>::VL / (is_complex_v<T> ? 2 : 1);
+        const idx f0 = upper ? rlo : (rhi - j - 1 > kNear ? j + 1 + kNear : rhi),
+                  f1 = upper ? (j - rlo > kNear ? rlo + (j - kNear - rlo) / VE * VE : rlo) : rhi;
+        T dot = ragged_col<T, Conj, false, true>(f0, f1, c.p + (f0 - c.r0), T(0), nullptr, xc);
+        if (upper)
+          for (idx i = f1; i < j; ++i) dot += mul(opc<Conj>(c.p[i - c.r0]), xc[i]);
+        else
+          for (idx i = f0 - 1; i > j; --i) dot += mul(opc<Conj>(c.p[i - c.r0]), xc[i]);
         const T v = xj - dot;
         xj = unit ? v : div(v, d);
       } else {
+        const T dot = ragged_col<T, Conj, false, true>(rlo, rhi, upper ? c.p : c.p + 1, T(0), nullptr, xc);
         xj = (unit ? xj : mul(d, xj)) + dot;
       }
     }
