@@ -286,7 +286,9 @@ template <class T> struct pivot_search {
     }
     // The two lanes of a complex element hold the same magnitude and row.
     // Pairs of lanes, then pairs of pairs, ...: a chain of log2(E)
-    // comparisons rather than E - 1.
+    // comparisons rather than E - 1. Each one selects rather than branches:
+    // which lane holds the pivot is data, and a mispredicted branch on it
+    // would sit on the chain of every column step.
     constexpr idx E = S::E;
     real_t<T> b[E];
     idx r[E];
@@ -295,11 +297,11 @@ template <class T> struct pivot_search {
       r[e] = row[e * S::per];
     }
     for (idx s = 1; s < E; s *= 2)
-      for (idx e = 0; e + s < E; e += 2 * s)
-        if (b[e + s] > b[e] || (b[e + s] == b[e] && r[e + s] < r[e])) {
-          b[e] = b[e + s];
-          r[e] = r[e + s];
-        }
+      for (idx e = 0; e + s < E; e += 2 * s) {
+        const bool take = (b[e + s] > b[e]) | ((b[e + s] == b[e]) & (r[e + s] < r[e]));
+        b[e] = __builtin_unpredictable(take) ? b[e + s] : b[e];
+        r[e] = __builtin_unpredictable(take) ? r[e + s] : r[e];
+      }
     return r[0];
   }
 };
