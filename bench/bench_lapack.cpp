@@ -45,8 +45,8 @@ struct Lib {
 };
 
 
-template <class T> std::vector<T> matrix(idx n, bool spd) {
-  std::mt19937_64 g(42);
+template <class T> std::vector<T> matrix(idx n, bool spd, unsigned seed = 42) {
+  std::mt19937_64 g(seed);
   std::uniform_real_distribution<double> d(-1, 1);
   std::vector<T> a(static_cast<size_t>(n * n));
   for (auto &x : a) {
@@ -65,9 +65,23 @@ template <class T> std::vector<T> matrix(idx n, bool spd) {
   return a;
 }
 
+// Up to 1024 different inputs of one order within 16 MB, taken in turns
+// (one for the large orders). Fewer are not enough: over 64 inputs of order
+// 32 a branch predictor still learns the pivot sequence of every one.
+template <class T> std::vector<T> inputs(idx n, bool spd) {
+  const size_t bytes = sizeof(T) * static_cast<size_t>(n * n);
+  const size_t count = std::clamp<size_t>((size_t(16) << 20) / std::max<size_t>(bytes, 1), 1, 1024);
+  std::vector<T> all;
+  for (size_t i = 0; i < count; ++i) {
+    auto one = matrix<T>(n, spd, 42 + unsigned(i));
+    all.insert(all.end(), one.begin(), one.end());
+  }
+  return all;
+}
+
 template <class T> void run_factor(const char *name, bool chol, idx n, int thr, Lib &a, Lib *p, double mt) {
-  auto a0 = matrix<T>(n, chol);
-  std::vector<T> w(a0.size());
+  auto a0 = inputs<T>(n, chol);
+  std::vector<T> w(static_cast<size_t>(n * n));
   std::vector<idx> ipiv(static_cast<size_t>(n));
   idx info = 0;
   auto call = [&](Lib &l) {
