@@ -65,10 +65,15 @@ template <class T> std::vector<T> matrix(idx n, bool spd, unsigned seed = 42) {
   return a;
 }
 
-// Up to 1024 different inputs of one order within 16 MB, taken in turns
-// (one for the large orders). Fewer are not enough: over 64 inputs of order
-// 32 a branch predictor still learns the pivot sequence of every one.
+// The inputs of a factorization: for one with pivoting, up to 1024
+// different matrices of one order within 16 MB, taken in turns (one for the
+// large orders), since its branches follow the data (fewer are not enough:
+// over 64 inputs of order 32 a branch predictor still learns the pivot
+// sequence of every one). Cholesky takes the same branches on every input,
+// and one matrix, which stays in cache, keeps the copies that restore it
+// cheap and their cost, taken off the time, exact.
 template <class T> std::vector<T> inputs(idx n, bool spd) {
+  if (spd) return matrix<T>(n, spd);
   const size_t bytes = sizeof(T) * static_cast<size_t>(n * n);
   const size_t count = std::clamp<size_t>((size_t(16) << 20) / std::max<size_t>(bytes, 1), 1, 1024);
   std::vector<T> all;

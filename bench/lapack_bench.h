@@ -24,10 +24,11 @@ template <class T, class F> double time_restoring(std::vector<T> &work, const st
 
 // The same for ours (f(0)) and, when peer, the peer's (f(1)) taking turns;
 // the peer's time is 0 without one. a0 may hold several inputs one after
-// another (a0.size() / work.size() of them): each call then starts from the
-// next one in turn, so that a library's branches meet data they have not
-// just seen, as in an application, rather than a sequence learnt from
-// thousands of calls on one input.
+// another (a0.size() / work.size() of them): each call then starts from
+// another one, so that a library's branches meet data they have not just
+// seen, as in an application, rather than a sequence learnt from thousands
+// of calls on one input. The inputs are visited 389 apart (mod their count),
+// so that no hardware prefetcher streams the next one in.
 template <class T, class F>
 std::pair<double, double> time_restoring_pair(std::vector<T> &work, const std::vector<T> &a0, F f, bool peer,
                                               double mt) {
@@ -36,7 +37,7 @@ std::pair<double, double> time_restoring_pair(std::vector<T> &work, const std::v
   auto restore = [&] {
     const auto from = a0.begin() + static_cast<std::ptrdiff_t>(len * next);
     std::copy(from, from + static_cast<std::ptrdiff_t>(len), work.begin());
-    next = next + 1 < count ? next + 1 : 0;
+    next = (next + (count % 389 ? 389 : 1)) % count;
   };
   std::vector<std::function<void()>> fns{[&] { restore(); f(0); }};
   if (peer) fns.push_back([&] { restore(); f(1); });
