@@ -280,16 +280,22 @@ struct DotBlock {
 };
 
 // y += A t over NC columns, unit stride. y is loaded and stored once for the
-// NC columns; every element gets y + a_0 t_0 + a_1 t_1 + ... in column order
-// with the lane arithmetic of the whole vectors, the ragged end included
-// (masked), so an element's bits do not depend on where the rows of a call
-// start. Complex: the products with the real parts of t go onto y, those
-// with the imaginary parts into a second sum w (lanes ar*ti, ai*ti), which
-// is exchanged and added with its signs after every eight columns (real
-// lanes y - sum ai*ti, imaginary lanes y + sum ar*ti): two chains of
-// multiply-adds and one exchange per eight columns instead of one chain of
-// twice the length and an exchange per column. Sixteen columns so give
-// the bits of two calls of eight.
+// NC columns, and every element gets the lane arithmetic of the whole
+// vectors, the ragged end included (masked), so its bits do not depend on
+// where the rows of a call start. Real columns go in groups of four: each
+// group's products are summed on their own, in column order, and the sum
+// added to y, so that y waits on one addition per group rather than on a
+// multiply-add per column (over short columns that chain, not the loads,
+// sets the time); callers that start the groups at multiples of four
+// columns get the same bits from 16, 8 or 4 columns per call. Complex
+// columns, whose broadcasts already fill the registers, go in column order
+// onto y (y + a_0 t_0 + a_1 t_1 + ...) for the products with the real parts
+// of t, and those with the imaginary parts into a second sum w (lanes
+// ar*ti, ai*ti), exchanged and added with its signs after every eight
+// columns (real lanes y - sum ai*ti, imaginary lanes y + sum ar*ti): two
+// chains and one exchange per eight columns instead of one chain of twice
+// the length and an exchange per column. Sixteen columns so give the bits
+// of two calls of eight.
 template <class T, int NC>
 inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
   using R = real_t<T>;
@@ -316,17 +322,20 @@ inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
   auto step = [&](idx b, int l1, auto full) __attribute__((always_inline)) {
     constexpr bool Full = decltype(full)::value;
     V yv = Full ? X::load(yr + b) : X::load_part(yr + b, 0, l1);
-    V w = V{} * R(0);
+    V p = V{}, w = V{};
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
       const V av = Full ? X::load(ac[c] + b) : X::load_part(ac[c] + b, 0, l1);
-      yv = yv + av * tr[c];
       if constexpr (Cx) {
+        yv = yv + av * tr[c];
         w = w + av * ti[c];
         if (c % 8 == 7 || c == NC - 1) {
           yv = yv + X::swap(w) * sgn;
-          w = V{} * R(0);
+          w = V{};
         }
+      } else {
+        p = c % 4 == 0 ? av * tr[c] : p + av * tr[c];
+        if (c % 4 == 3 || c == NC - 1) yv = yv + p;
       }
     }
     if (Full) X::store(yr + b, yv);
