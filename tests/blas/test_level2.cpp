@@ -688,6 +688,33 @@ TYPED_TEST(Level2, ColumnsSharingLowAddressBits) {
   });
 }
 
+// y += A x on real columns sums the products of each group of four columns
+// apart; how many columns one pass takes (16, 8 or 4) follows the low address
+// bits of the columns, and must not change a bit of the result.
+TYPED_TEST(Level2, GeneralProductBitsIndependentOfColumnSpacing) {
+  using T = TypeParam;
+  if constexpr (!Tr<T>::cx) {
+    each_layer<T>(11, 1, [](auto &f, Rng &r, int) {
+      const idx m = 45, n = 39, one = 1;
+      std::vector<T> dense(static_cast<size_t>(m * n)), x(static_cast<size_t>(n)), y0(static_cast<size_t>(m));
+      for (auto &v : dense) v = r.val<T>();
+      for (auto &v : x) v = r.val<T>();
+      for (auto &v : y0) v = r.val<T>();
+      const T alpha = T(0.75), beta = T(-1.25);
+      std::vector<T> first;
+      for (idx bytes : {idx(0), idx(2048), idx(4096)}) {
+        const idx lda = bytes ? bytes / idx(sizeof(T)) : m;
+        std::vector<T> a(size_t(lda * n), T(0)), y = y0;
+        for (idx j = 0; j < n; ++j)
+          for (idx i = 0; i < m; ++i) a[size_t(i + j * lda)] = dense[size_t(i + j * m)];
+        f.gemv("N", &m, &n, &alpha, a.data(), &lda, x.data(), &one, &beta, y.data(), &one, 1);
+        if (first.empty()) first = y;
+        else ASSERT_TRUE(all_same_bits(y, first)) << "lda " << lda;
+      }
+    });
+  }
+}
+
 // Orders large enough for the dispatch layer to split the work among
 // threads (and to run the products in parts on one thread): plain and
 // transposed triangular products, the symmetric products, the general
