@@ -672,6 +672,8 @@ void tr_full(bool upper, bool trans, bool unit, idx n, const T *a, idx lda, T *x
 // diagonal follow. Groups start at multiples of kRG (thread parts start at
 // multiples of 64), so an element gets the same bits whatever the split.
 inline constexpr idx kRG = 32;
+// Columns of a sub-group inside a group: a cache line's worth of rows.
+template <class T> inline constexpr idx kRS = 64 / idx(sizeof(T));
 
 template <class T, bool Herm, bool Two, class S>
 void rank_update(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx incy,
@@ -707,33 +709,54 @@ void rank_update(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx 
                                    Two ? y + lo * incy : y, incy, u[c]);
       }
     }
-    for (idx c = 0; c < g; ++c) {
-      const idx j = j0 + c;
-      Seg<T *> s = st.col(j);
-      const idx r0 = st.upper ? j0 : j + 1, r1 = st.upper ? j : jend;
-      auto diagonal = [&] {
-        T &d = s.p[j - s.r0];
-        T v = mul(x[j * incx], t[c]);
-        if constexpr (Two) v = v + mul(y[j * incy], u[c]);
-        if constexpr (Herm) d = T(re(d) + re(v));
-        else d = d + v;
-      };
-      if (std::is_same_v<T, double> && unit) {
-        // Vectors with a masked last one, the same operations per element,
-        // after the diagonal: a load right after a masked store to the same
-        // line waits for the store to reach the cache. (Single precision and
-        // complex measured slower so.)
-        diagonal();
-        T *e = s.p + (r0 - s.r0);
-        const T *xr = x + r0, *yr = Two ? y + r0 : y;
-#pragma clang loop vectorize(enable) vectorize_predicate(enable) interleave_count(1)
-        for (idx i = 0; i < r1 - r0; ++i) e[i] = rank_elem<T, Two>(e[i], xr[i], t[c], Two ? yr[i] : T(0), u[c]);
-      } else {
-        for (idx i = r0; i < r1; ++i) {
-          T &e = s.p[i - s.r0];
-          e = rank_elem<T, Two>(e, x[i * incx], t[c], Two ? y[i * incy] : T(0), u[c]);
+    // The group's own triangle. Complex: by sub-groups of kRS columns, the
+    // rows of the group outside a sub-group's rows being a rectangle for the
+    // column-group primitive (contiguous x and y only), since element by
+    // element a complex update costs several times a vector lane's. Each
+    // column's rows inside its sub-group and its diagonal follow. (Real
+    // columns measured slower so: their in-group rows run on vectors or
+    // are cheap one by one.)
+    const idx rs = unit && is_complex_v<T> ? kRS<T> : g;
+    for (idx s0 = j0; s0 < jend; s0 += rs) {
+      const idx s1 = jend - s0 < rs ? jend : s0 + rs;
+      if (unit) {
+        const idx q0 = st.upper ? j0 : s1, q1 = st.upper ? s0 : jend;
+        if (q1 > q0) {
+          for (idx j = s0; j < s1; ++j) {
+            Seg<T *> s = st.col(j);
+            rect[j - s0] = s.p + (q0 - s.r0);
+          }
+          rank_cols<T, Two>(q1 - q0, s1 - s0, rect, x + q0, t + (s0 - j0), Two ? y + q0 : y, u + (s0 - j0));
         }
-        diagonal();
+      }
+      for (idx j = s0; j < s1; ++j) {
+        const idx c = j - j0;
+        Seg<T *> s = st.col(j);
+        const idx r0 = st.upper ? s0 : j + 1, r1 = st.upper ? j : s1;
+        auto diagonal = [&] {
+          T &d = s.p[j - s.r0];
+          T v = mul(x[j * incx], t[c]);
+          if constexpr (Two) v = v + mul(y[j * incy], u[c]);
+          if constexpr (Herm) d = T(re(d) + re(v));
+          else d = d + v;
+        };
+        if (std::is_same_v<T, double> && unit) {
+          // Vectors with a masked last one, the same operations per element,
+          // after the diagonal: a load right after a masked store to the same
+          // line waits for the store to reach the cache. (Single precision and
+          // complex measured slower so.)
+          diagonal();
+          T *e = s.p + (r0 - s.r0);
+          const T *xr = x + r0, *yr = Two ? y + r0 : y;
+#pragma clang loop vectorize(enable) vectorize_predicate(enable) interleave_count(1)
+          for (idx i = 0; i < r1 - r0; ++i) e[i] = rank_elem<T, Two>(e[i], xr[i], t[c], Two ? yr[i] : T(0), u[c]);
+        } else {
+          for (idx i = r0; i < r1; ++i) {
+            T &e = s.p[i - s.r0];
+            e = rank_elem<T, Two>(e, x[i * incx], t[c], Two ? y[i * incy] : T(0), u[c]);
+          }
+          diagonal();
+        }
       }
     }
     j0 = jend;
