@@ -366,11 +366,44 @@ void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, 
 // ---------------------------------------------------------------------------
 // Triangular products x := op(A) x and solves op(A) x = b.
 
+// The own triangle of a whole group (not band) with no transposition, its
+// rows held in locals so that each row's chain of additions stays in
+// registers instead of going through memory column by column. Every row
+// gets the same operations in the same order as by columns: a product
+// scales a row by its diagonal and then adds the columns after it (upper)
+// or before it (lower), in the order fwd gives; a solve divides the
+// column's element and subtracts its multiples from the rows still to go.
+template <class T, bool Solve, class G>
+inline void own_rows(const G &gr, bool upper, bool unit, bool fwd, T *x, idx incx) {
+  constexpr idx kG = G::kG;
+  T y[kG], xo[kG];
+#pragma clang loop unroll(full)
+  for (idx r = 0; r < kG; ++r) xo[r] = y[r] = x[(gr.j0 + r) * incx];
+  if constexpr (!Solve)
+    if (!unit)
+#pragma clang loop unroll(full)
+      for (idx r = 0; r < kG; ++r) y[r] = mul(gr.diag(r), xo[r]);
+#pragma clang loop unroll(full)
+  for (idx s = 0; s < kG; ++s) {
+    const idx c = fwd ? s : kG - 1 - s;
+    T t = xo[c];
+    if constexpr (Solve) {
+      if (!unit) y[c] = div(y[c], gr.diag(c));
+      t = -y[c];
+    }
+#pragma clang loop unroll(full)
+    for (idx r = 0; r < kG; ++r)
+      if (upper ? r < c : r > c) y[r] = y[r] + mul(gr.at(gr.j0 + r, c), t);
+  }
+#pragma clang loop unroll(full)
+  for (idx r = 0; r < kG; ++r) x[(gr.j0 + r) * incx] = y[r];
+}
+
 // Triangular product (Solve = false) or solve in groups of kG columns, in
 // the order that leaves every element of x read before it is overwritten:
 // the rectangle and the rows outside the group with the values of x[group]
 // they need (before a product changes them, after a solve has found them),
-// the group's own triangle column by column.
+// the group's own triangle (whole groups by own_rows, others by columns).
 //
 // A product may be restricted to the elements [p0, p1) of its result (p0
 // and p1 multiples of kG, or n): xc then holds the original x (same
@@ -400,6 +433,7 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const 
     // Columns of the group's triangle in the order the column algorithm
     // takes them (forward when the group's own rows come first).
     const bool fwd = ascending;
+    const bool whole = g == kG && !is_band<S>::value;
     auto own_cols = [&](auto step) {
       for (idx s = 0; s < g; ++s) step(fwd ? s : g - 1 - s);
     };
@@ -448,7 +482,8 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const 
     };
     if (!trans) {
       if constexpr (Solve) {
-        own_cols([&](idx c) {
+        if (whole) own_rows<T, true>(gr, upper, unit, fwd, x, incx);
+        else own_cols([&](idx c) {
           T &xj = x[(j0 + c) * incx];
           if (!unit) xj = div(xj, gr.diag(c));
           seg_axpy(gr, c, gr.in_lo(c), gr.in_hi(c), T(-xj), x, incx);
@@ -458,7 +493,8 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const 
       } else {
         for (idx c = 0; c < g; ++c) t[c] = xc[(j0 + c) * incx];
         outer_axpy();
-        if (own) own_cols([&](idx c) {
+        if (own && whole) own_rows<T, false>(gr, upper, unit, fwd, x, incx);
+        else if (own) own_cols([&](idx c) {
           T &xj = x[(j0 + c) * incx];
           seg_axpy(gr, c, gr.in_lo(c), gr.in_hi(c), xj, x, incx);
           if (!unit) xj = mul(gr.diag(c), xj);
