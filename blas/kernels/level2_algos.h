@@ -399,6 +399,29 @@ inline void own_rows(const G &gr, bool upper, bool unit, bool fwd, T *x, idx inc
   for (idx r = 0; r < kG; ++r) x[(gr.j0 + r) * incx] = y[r];
 }
 
+// The own triangle of a whole group (not band) of a transposed product:
+// each element is its diagonal term plus the sums outside the group (dot)
+// and the dot product of its column's rows inside the group with x, all of
+// whose values there are still the original ones (the columns go in the
+// order that changes them last). Those values are held in locals, and each
+// in-group sum adds its rows in ascending order, as by columns.
+template <class T, bool Conj, class G>
+inline void own_dots(const G &gr, bool upper, bool unit, const T *dot, T *x, idx incx) {
+  constexpr idx kG = G::kG;
+  T xo[kG];
+#pragma clang loop unroll(full)
+  for (idx r = 0; r < kG; ++r) xo[r] = x[(gr.j0 + r) * incx];
+#pragma clang loop unroll(full)
+  for (idx c = 0; c < kG; ++c) {
+    T in = T(0);
+#pragma clang loop unroll(full)
+    for (idx r = 0; r < kG; ++r)
+      if (upper ? r < c : r > c) in = in + mul(opc<Conj>(gr.at(gr.j0 + r, c)), xo[r]);
+    const T v = unit ? xo[c] : mul(opc<Conj>(gr.diag(c)), xo[c]);
+    x[(gr.j0 + c) * incx] = v + (dot[c] + in);
+  }
+}
+
 // Triangular product (Solve = false) or solve in groups of kG columns, in
 // the order that leaves every element of x read before it is overwritten:
 // the rectangle and the rows outside the group with the values of x[group]
@@ -520,7 +543,8 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const 
       });
     } else {
       outer_dot();
-      own_cols([&](idx c) {
+      if (whole) own_dots<T, Conj>(gr, upper, unit, dot, x, incx);
+      else own_cols([&](idx c) {
         T &xj = x[(j0 + c) * incx];
         const T in = seg_dot<T, Conj>(gr, c, gr.in_lo(c), gr.in_hi(c), x, incx);
         const T v = unit ? xj : mul(opc<Conj>(gr.diag(c)), xj);
@@ -777,15 +801,19 @@ void rank_update(idx c0, idx c1, T alpha, const T *x, idx incx, const T *y, idx 
           else d = d + v;
         };
         if (std::is_same_v<T, double> && unit) {
-          // Vectors with a masked last one, the same operations per element,
-          // after the diagonal: a load right after a masked store to the same
-          // line waits for the store to reach the cache. (Single precision and
-          // complex measured slower so.)
-          diagonal();
-          T *e = s.p + (r0 - s.r0);
-          const T *xr = x + r0, *yr = Two ? y + r0 : y;
+          // Vectors with a masked last one, the same operations per element.
+          // Upper: the diagonal among them, since a scalar store of it just
+          // before would stall the last vector's load, which covers it even
+          // masked off, and a scalar load just after would wait for the
+          // masked store to reach the cache. Lower: the diagonal first, the
+          // vectors starting past it. (Single precision and complex measured
+          // slower on vectors.)
+          if (!st.upper) diagonal();
+          const idx v0 = r0, v1 = st.upper ? j + 1 : r1;
+          T *e = s.p + (v0 - s.r0);
+          const T *xr = x + v0, *yr = Two ? y + v0 : y;
 #pragma clang loop vectorize(enable) vectorize_predicate(enable) interleave_count(1)
-          for (idx i = 0; i < r1 - r0; ++i) e[i] = rank_elem<T, Two>(e[i], xr[i], t[c], Two ? yr[i] : T(0), u[c]);
+          for (idx i = 0; i < v1 - v0; ++i) e[i] = rank_elem<T, Two>(e[i], xr[i], t[c], Two ? yr[i] : T(0), u[c]);
         } else {
           for (idx i = r0; i < r1; ++i) {
             T &e = s.p[i - s.r0];
