@@ -426,7 +426,7 @@ inline void own_dots(const G &gr, bool upper, bool unit, const T *dot, T *x, idx
 // the order that leaves every element of x read before it is overwritten:
 // the rectangle and the rows outside the group with the values of x[group]
 // they need (before a product changes them, after a solve has found them),
-// the group's own triangle (whole groups by own_rows, others by columns).
+// the group's own triangle (whole groups in registers, others by columns).
 //
 // A product may be restricted to the elements [p0, p1) of its result (p0
 // and p1 multiples of kG, or n): xc then holds the original x (same
