@@ -32,6 +32,7 @@ constexpr size_t kMinAlign = 64;
 constexpr size_t kMinClass = 256;
 constexpr int kClasses = 4 * 21;                // 256 bytes .. 512 MB, quarter steps
 constexpr size_t kMmapThreshold = size_t(1) << 20;
+constexpr size_t kHugePage = size_t(2) << 20;  // transparent huge page size
 constexpr int kMaxPerClass = 8;
 constexpr size_t kMaxCachedPerThread = size_t(1) << 30;  // bytes kept per thread
 
@@ -262,6 +263,28 @@ void *give(block_header *h) {
   return reinterpret_cast<char *>(h) + kHeader;
 }
 
+// A mapping of footprint bytes (a multiple of the page). Mappings of a huge
+// page or more start on a huge-page boundary and ask the kernel for huge
+// pages: the packed panels of the level-3 engine and the large work areas
+// are swept again and again, and in 4 KB pages a 4 MB block alone takes a
+// thousand translation entries, evicting those of the caller's matrices.
+void *map_block(size_t footprint) {
+  if (footprint < kHugePage) {
+    void *m = mmap(nullptr, footprint, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return m == MAP_FAILED ? nullptr : m;
+  }
+  if (footprint > SIZE_MAX - kHugePage) return nullptr;
+  const size_t span = footprint + kHugePage;
+  void *m = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (m == MAP_FAILED) return nullptr;
+  char *lo = static_cast<char *>(m);
+  char *start = reinterpret_cast<char *>((reinterpret_cast<uintptr_t>(lo) + kHugePage - 1) & ~(uintptr_t(kHugePage) - 1));
+  if (start > lo) munmap(lo, size_t(start - lo));
+  if (lo + span > start + footprint) munmap(start + footprint, size_t(lo + span - (start + footprint)));
+  madvise(start, footprint, MADV_HUGEPAGE);  // advice only: 4 KB pages if refused
+  return start;
+}
+
 block_header *fresh_block(size_t capacity, size_t align, int cls, thread_cache *owner) {
   if (capacity > SIZE_MAX - align - 2 * kHeader) return nullptr;
   size_t footprint = capacity + align + kHeader;
@@ -274,8 +297,7 @@ block_header *fresh_block(size_t capacity, size_t align, int cls, thread_cache *
   void *raw = nullptr;
   for (int attempt = 0; attempt < 2 && raw == nullptr; ++attempt) {
     if (mapped) {
-      void *m = mmap(nullptr, footprint, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-      raw = m == MAP_FAILED ? nullptr : m;
+      raw = map_block(footprint);
     } else {
       raw = malloc(footprint);
     }
