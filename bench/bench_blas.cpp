@@ -104,9 +104,10 @@ struct Row {
   int threads;
 };
 
-void print_header(bool peer, bool share = false) {
-  std::printf("%-22s %6s %4s %10s%s%s\n", "routine", "n", "thr", "nxl GF/s", peer ? "   peer GF/s   ratio" : "",
-              share ? "   share" : "");
+void print_header(bool peer, const char *share = nullptr) {
+  std::printf("%-22s %6s %4s %10s%s", "routine", "n", "thr", "nxl GF/s", peer ? "   peer GF/s   ratio" : "");
+  if (share) std::printf(" %7s", share);
+  std::printf("\n");
 }
 
 void print_row(const Row &r, double ours, double theirs, double share) {
@@ -123,6 +124,46 @@ struct Reference {
   std::function<void()> call;
   double flops = 0;
 };
+
+// The core's multiply-add loop: iters steps of 24 independent AVX-512
+// accumulators of double, 24 * 8 multiply-adds a step. Returns the seconds.
+__attribute__((target("avx512f"))) double fma_loop(long iters) {
+  __m512d acc[24];
+  for (int i = 0; i < 24; ++i) acc[i] = _mm512_set1_pd(i * 1e-3);
+  const __m512d a = _mm512_set1_pd(0.999999), b = _mm512_set1_pd(1e-7);
+  auto t0 = std::chrono::steady_clock::now();
+  for (long it = 0; it < iters; ++it)
+    for (int i = 0; i < 24; ++i) acc[i] = _mm512_fmadd_pd(acc[i], a, b);
+  double el = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  __m512d s = acc[0];
+  for (int i = 1; i < 24; ++i) s = _mm512_add_pd(s, acc[i]);
+  volatile double sink = _mm512_reduce_add_pd(s);
+  (void)sink;
+  return el;
+}
+
+// Peak multiply-add rate of one core, double.
+double peak_dp_gflops() {
+  const long iters = 20000000;
+  return double(iters) * 24 * 8 * 2 / fma_loop(iters) * 1e-9;
+}
+
+// The peak as a reference call for the product rows: the FMA loop on each
+// of `threads` cores at once, timed in turn with the products so that both
+// see the same minute of the machine. Its flop count is that of double
+// (single precision runs twice as many per instruction); rows compare
+// products of their own precision with it. None without AVX-512.
+Reference peak_reference(int threads, bool single) {
+  Reference r;
+  if (!__builtin_cpu_supports("avx512f")) return r;
+  const long iters = 200000;  // ~1.4 ms at 3.5 GHz
+  r.call = [threads] {
+#pragma omp parallel num_threads(threads)
+    fma_loop(iters);
+  };
+  r.flops = double(threads) * iters * 24 * 8 * 2 * (single ? 2 : 1);
+  return r;
+}
 
 // Times call(f) with f the entry `name` (of type F) of our library and of
 // the peer, looked up once before timing, the two (and the reference, when
@@ -179,10 +220,11 @@ void gemm_rows(const bench::Options &opt, const Context &cx, const std::vector<l
       for (int t : opt.threads) {
         Row r{std::string(1, prefix<T>()) + "gemm " + tr, n, t};
         const idx N = n;
+        const Reference peak = peak_reference(t, std::is_same_v<T, float> || std::is_same_v<T, cfloat>);
         measure<gemm_fn<T>>(opt, cx.self, cx.peer_ptr(), r, fma_flops<T>() * double(n) * n * n, name, [&](gemm_fn<T> f) {
           const char ta[2] = {tr[0], 0}, tb[2] = {tr[1], 0};
           f(ta, tb, &N, &N, &N, &alpha, A.data(), &N, B.data(), &N, &beta, C.data(), &N);
-        });
+        }, peak.call ? &peak : nullptr);
       }
   }
 }
@@ -259,23 +301,6 @@ template <class T> void level3_rows(const bench::Options &opt, const Context &cx
   }
 }
 
-// Peak multiply-add rate of one core: 24 independent AVX-512 accumulators.
-__attribute__((target("avx512f"))) double peak_dp_gflops() {
-  __m512d acc[24];
-  for (int i = 0; i < 24; ++i) acc[i] = _mm512_set1_pd(i * 1e-3);
-  const __m512d a = _mm512_set1_pd(0.999999), b = _mm512_set1_pd(1e-7);
-  const long iters = 20000000;
-  auto t0 = std::chrono::steady_clock::now();
-  for (long it = 0; it < iters; ++it)
-    for (int i = 0; i < 24; ++i) acc[i] = _mm512_fmadd_pd(acc[i], a, b);
-  double el = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-  __m512d s = acc[0];
-  for (int i = 1; i < 24; ++i) s = _mm512_add_pd(s, acc[i]);
-  volatile double sink = _mm512_reduce_add_pd(s);
-  (void)sink;
-  return double(iters) * 24 * 8 * 2 / el * 1e-9;
-}
-
 }  // namespace
 
 NXL_BENCH_SUITE(suite_peak, "peak", "peak FMA rate of one core (AVX-512, double), best of 5") {
@@ -288,9 +313,10 @@ NXL_BENCH_SUITE(suite_peak, "peak", "peak FMA rate of one core (AVX-512, double)
   std::printf("peak: %.1f GFLOPS double (%.1f single) per core\n", best, 2 * best);
 }
 
-NXL_BENCH_SUITE(suite_gemm, "gemm", "s/d/c/z gemm, all transpose pairs (default n = 500,1000,2000)") {
+NXL_BENCH_SUITE(suite_gemm, "gemm",
+                "s/d/c/z gemm, all transpose pairs (default n = 500,1000,2000); peak = rate / the cores' FMA peak") {
   Context cx(opt);
-  print_header(cx.has_peer);
+  print_header(cx.has_peer, __builtin_cpu_supports("avx512f") ? "peak" : nullptr);
   const auto sizes = sizes_or(opt, {500, 1000, 2000}, {200});
   const std::vector<std::string> real_tr{"NN", "NT", "TN", "TT"};
   const std::vector<std::string> cplx_tr{"NN", "NT", "TN", "TT", "CN", "NC", "CC"};
@@ -303,7 +329,7 @@ NXL_BENCH_SUITE(suite_gemm, "gemm", "s/d/c/z gemm, all transpose pairs (default 
 NXL_BENCH_SUITE(suite_level3, "level3",
                 "every level-3 routine, all precisions (default n = 1000,2000); share = rate / our GEMM's") {
   Context cx(opt);
-  print_header(cx.has_peer, true);
+  print_header(cx.has_peer, "share");
   for (long n : sizes_or(opt, {1000, 2000}, {200})) {
     level3_rows<double>(opt, cx, n);
     level3_rows<float>(opt, cx, n);
