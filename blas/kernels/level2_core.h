@@ -176,6 +176,56 @@ __attribute__((always_inline)) inline void lane_pair_sums(V v, R &even, R &odd) 
   }
 }
 
+// The lane-pair sums of NC vectors of VL lanes at once: even[c] and odd[c]
+// are lane_pair_sums<R, VL>(v[c]), by the same additions, while the columns
+// move into the lanes as the halving goes: each step adds the halves of the
+// segments of two vectors into one vector of twice as many segments, half
+// as wide, so a group of columns takes a few shuffles per step instead of a
+// reduction each. Segment s of a result lies at lanes [s h, (s + 1) h),
+// h = W / 2; segments [0, VL / W) come from a, the rest from b.
+template <int VL, int W, int Hi> constexpr int halve_lane(int L) {
+  const int h = W / 2, s = L / h, i = L % h + Hi * h, k = VL / W;
+  return s < k ? s * W + i : VL + (s - k) * W + i;
+}
+template <int VL, int Odd> constexpr int parity_lane(int L) { return 2 * L + Odd; }
+
+template <class R, int VL, int W, int M, int NC, class V>
+__attribute__((always_inline)) inline void pair_sums_step(const V *v, R *even, R *odd) {
+  constexpr int H = (M + 1) / 2;  // an odd last vector pairs with itself
+  if constexpr (W > 2) {
+    V h[H];
+#pragma clang loop unroll(full)
+    for (int i = 0; i < H; ++i) {
+      const V a = v[2 * i], b = 2 * i + 1 < M ? v[2 * i + 1] : v[2 * i];
+      h[i] = [&]<int... L>(std::integer_sequence<int, L...>) __attribute__((always_inline)) {
+        return __builtin_shufflevector(a, b, halve_lane<VL, W, 0>(L)...) +
+               __builtin_shufflevector(a, b, halve_lane<VL, W, 1>(L)...);
+      }(std::make_integer_sequence<int, VL>{});
+    }
+    pair_sums_step<R, VL, W / 2, H, NC>(h, even, odd);
+  } else {
+    // Each vector holds VL / 2 columns as (even, odd) lane pairs.
+#pragma clang loop unroll(full)
+    for (int i = 0; i < H; ++i) {
+      const V a = v[2 * i], b = 2 * i + 1 < M ? v[2 * i + 1] : v[2 * i];
+      const auto split = [&]<int... L>(std::integer_sequence<int, L...>) __attribute__((always_inline)) {
+        return std::pair{__builtin_shufflevector(a, b, parity_lane<VL, 0>(L)...),
+                         __builtin_shufflevector(a, b, parity_lane<VL, 1>(L)...)};
+      }(std::make_integer_sequence<int, VL>{});
+#pragma clang loop unroll(full)
+      for (int l = 0; l < VL && i * VL + l < NC; ++l) {
+        even[i * VL + l] = split.first[l];
+        odd[i * VL + l] = split.second[l];
+      }
+    }
+  }
+}
+
+template <class R, int VL, int NC, class V>
+__attribute__((always_inline)) inline void lane_pair_sums_cols(const V (&v)[NC], R *even, R *odd) {
+  pair_sums_step<R, VL, VL, NC, NC>(v, even, odd);
+}
+
 // A scalar of T as two vectors for y += a*t on interleaved lanes:
 // tr = (re t, re t, ...), ti = (-im t, im t, ...) (zero for real T), so
 // that a*t = a*tr + swap(a)*ti.
@@ -244,12 +294,16 @@ struct DotBlock {
         if constexpr (Axpy) X::store(y + b + h * VL, yv);
       }
     }
+    V Ps[NC], Qs[NC];
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
-      lane_pair_sums<R, VL>(P[c][0] + P[c][1], pe[c], po[c]);
-      if constexpr (Cx) lane_pair_sums<R, VL>(Q[c][0] + Q[c][1], qe[c], qo[c]);
-      else qe[c] = qo[c] = R(0);
+      Ps[c] = P[c][0] + P[c][1];
+      Qs[c] = Q[c][0] + Q[c][1];
     }
+    lane_pair_sums_cols<R, VL>(Ps, pe, po);
+    if constexpr (Cx) lane_pair_sums_cols<R, VL>(Qs, qe, qo);
+    else
+      for (int c = 0; c < NC; ++c) qe[c] = qo[c] = R(0);
     // Tail: complex lengths are even, so lane parities carry on.
     for (idx p = b; p < len; ++p) {
       const bool odd = (p - b) & 1;
@@ -677,17 +731,13 @@ inline void ragged_fused(const idx *lo, const idx *hi, const T *const *p, const 
     }
     X::store_part(yr + b, yv, s, n);
   }
+  R pe[NC], po[NC], qe[NC], qo[NC];
+  lane_pair_sums_cols<R, VL>(P, pe, po);
+  if constexpr (Cx) lane_pair_sums_cols<R, VL>(Q, qe, qo);
 #pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
-    R pe, po;
-    lane_pair_sums<R, VL>(P[c], pe, po);
-    if constexpr (Cx) {
-      R qe, qo;
-      lane_pair_sums<R, VL>(Q[c], qe, qo);
-      out[c] = Conj ? T(pe + po, qe - qo) : T(pe - po, qe + qo);
-    } else {
-      out[c] = pe + po;
-    }
+    if constexpr (Cx) out[c] = Conj ? T(pe[c] + po[c], qe[c] - qo[c]) : T(pe[c] - po[c], qe[c] + qo[c]);
+    else out[c] = pe[c] + po[c];
   }
 }
 
