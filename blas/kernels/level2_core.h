@@ -396,6 +396,23 @@ inline void axpy_unit(idx m, const T *const *a, const T *t, T *__restrict y) {
     else X::store_part(yr + b, yv, 0, l1);
   };
   idx b = 0;
+  // Real columns that share their offset within a vector start with the
+  // rows up to the next vector boundary, so that the loads of the columns
+  // (not of y, loaded once for all of them) do not straddle cache lines.
+  // Every element of y gets the same operations wherever the blocks start.
+  // Complex steps, with their exchanges, cost more than the straddling
+  // loads they would save.
+  {
+    const uintptr_t off = reinterpret_cast<uintptr_t>(ac[0]) & (kVecBytes - 1);
+    bool same = off != 0;
+#pragma clang loop unroll(full)
+    for (int c = 1; c < NC; ++c) same = same && (reinterpret_cast<uintptr_t>(ac[c]) & (kVecBytes - 1)) == off;
+    const idx head = idx(kVecBytes - off) / idx(sizeof(R));
+    if (!Cx && same && off % sizeof(T) == 0 && len > 2 * VL) {
+      step(0, int(head), std::false_type{});
+      b = head;
+    }
+  }
   for (; b + U * VL <= len; b += U * VL) {
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) prefetch_ahead<128>(ac[c] + b);

@@ -702,15 +702,20 @@ TYPED_TEST(Level2, GeneralProductBitsIndependentOfColumnSpacing) {
       for (auto &v : y0) v = r.val<T>();
       const T alpha = T(0.75), beta = T(-1.25);
       std::vector<T> first;
-      for (idx bytes : {idx(0), idx(2048), idx(4096)}) {
-        const idx lda = bytes ? bytes / idx(sizeof(T)) : m;
-        std::vector<T> a(size_t(lda * n), T(0)), y = y0;
-        for (idx j = 0; j < n; ++j)
-          for (idx i = 0; i < m; ++i) a[size_t(i + j * lda)] = dense[size_t(i + j * m)];
-        f.gemv("N", &m, &n, &alpha, a.data(), &lda, x.data(), &one, &beta, y.data(), &one, 1);
-        if (first.empty()) first = y;
-        else ASSERT_TRUE(all_same_bits(y, first)) << "lda " << lda;
-      }
+      // Columns at a common offset from a vector boundary start with a
+      // partial block; shifts of a few elements from a 64-byte boundary
+      // move where the blocks fall.
+      for (idx bytes : {idx(0), idx(2048), idx(4096)})
+        for (idx shift : {0, 1, 3}) {
+          const idx lda = bytes ? bytes / idx(sizeof(T)) : m;
+          std::vector<T> buf(size_t(lda * n + 64), T(0)), y = y0;
+          T *a = buf.data() + (64 - reinterpret_cast<uintptr_t>(buf.data()) % 64) / sizeof(T) % (64 / sizeof(T)) + shift;
+          for (idx j = 0; j < n; ++j)
+            for (idx i = 0; i < m; ++i) a[i + j * lda] = dense[size_t(i + j * m)];
+          f.gemv("N", &m, &n, &alpha, a, &lda, x.data(), &one, &beta, y.data(), &one, 1);
+          if (first.empty()) first = y;
+          else ASSERT_TRUE(all_same_bits(y, first)) << "lda " << lda << " shift " << shift;
+        }
     });
   }
 }
