@@ -671,7 +671,7 @@ inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, 
 // triangles on the diagonal of symmetric products, where the columns of a
 // group differ by one row each.
 template <class T, int NC, bool Conj>
-inline void ragged_fused(const idx *lo, const idx *hi, const T *const *p, const T *t, T *y,
+inline void ragged_fused(const idx *lo_in, const idx *hi_in, const T *const *p, const T *t, T *y,
                          const T *x, T *out) {
   using R = real_t<T>;
   using X = lanes<R>;
@@ -681,10 +681,18 @@ inline void ragged_fused(const idx *lo, const idx *hi, const T *const *p, const 
   constexpr bool Cx = is_complex_v<T>;
   constexpr idx W = Cx ? 2 : 1;
   // Union [u0, u1) and common part [f0, f1) of the nonempty row ranges
-  // (empty ones take no part in either, nor in any sums).
-  idx u0 = 0, u1 = 0, f0 = 0, f1 = 0;
-  bool any = false;
+  // (empty ones take no part in either, nor in any sums). The ranges are
+  // read once into locals, which stores to y cannot change.
+  idx lo[NC], hi[NC];
+#pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
+    lo[c] = lo_in[c];
+    hi[c] = hi_in[c];
+  }
+  idx u0 = 0, u1 = 0, f0 = 0, f1 = 0;
+  bool any = false, all = true;
+  for (int c = 0; c < NC; ++c) {
+    all = all && lo[c] < hi[c];
     if (lo[c] >= hi[c]) continue;
     u0 = any && u0 < lo[c] ? u0 : lo[c];
     u1 = any && u1 > hi[c] ? u1 : hi[c];
@@ -709,45 +717,52 @@ inline void ragged_fused(const idx *lo, const idx *hi, const T *const *p, const 
   // primitives use: aligned with the caller's y and x, and the same grid
   // for every group.
   const idx e = W * u1;
-  for (idx b = W * u0 / VL * VL; b < e; b += VL) {
-    const int n = int(e - b < VL ? e - b : VL);
-    const int s = int(W * u0 > b ? W * u0 - b : 0);
-    if (s == 0 && n == VL && b >= W * f0 && b + VL <= W * f1) {
-      V yv = X::load(yr + b);
-      const V xv = X::load(xr + b);
+  // Instantiated twice: with every column nonempty (groups of whole
+  // columns, the common case) the blocks skip the per-column test.
+  auto blocks = [&](auto all_live) __attribute__((always_inline)) {
+    constexpr bool Live = decltype(all_live)::value;
+    for (idx b = W * u0 / VL * VL; b < e; b += VL) {
+      const int n = int(e - b < VL ? e - b : VL);
+      const int s = int(W * u0 > b ? W * u0 - b : 0);
+      if (s == 0 && n == VL && b >= W * f0 && b + VL <= W * f1) {
+        V yv = X::load(yr + b);
+        const V xv = X::load(xr + b);
+        const V xs = Cx ? X::swap(xv) : zero;
+#pragma clang loop unroll(full)
+        for (int c = 0; c < NC; ++c) {
+          if (!Live && lo[c] >= hi[c]) continue;
+          const V av = X::load(ac[c] + b);
+          P[c] = P[c] + av * xv;
+          yv = yv + av * tr[c];
+          if constexpr (Cx) {
+            Q[c] = Q[c] + av * xs;
+            yv = yv + X::swap(av) * ti[c];
+          }
+        }
+        X::store(yr + b, yv);
+        continue;
+      }
+      V yv = X::load_part(yr + b, s, n);
+      const V xv = X::load_part(xr + b, s, n);
       const V xs = Cx ? X::swap(xv) : zero;
 #pragma clang loop unroll(full)
       for (int c = 0; c < NC; ++c) {
-        if (lo[c] >= hi[c]) continue;
-        const V av = X::load(ac[c] + b);
-        P[c] = P[c] + av * xv;
-        yv = yv + av * tr[c];
+        const idx l0 = W * lo[c] - b, l1 = W * hi[c] - b;
+        if (l1 <= 0 || l0 >= VL || l0 >= l1) continue;
+        const K k = X::kmask(int(l0 > 0 ? l0 : 0), int(l1 < VL ? l1 : VL));
+        const V av = X::load_k(ac[c] + b, k);
+        P[c] = X::madd_k(P[c], av, xv, k);
+        yv = X::madd_k(yv, av, tr[c], k);
         if constexpr (Cx) {
-          Q[c] = Q[c] + av * xs;
-          yv = yv + X::swap(av) * ti[c];
+          Q[c] = X::madd_k(Q[c], av, xs, k);
+          yv = X::madd_k(yv, X::swap(av), ti[c], k);
         }
       }
-      X::store(yr + b, yv);
-      continue;
+      X::store_part(yr + b, yv, s, n);
     }
-    V yv = X::load_part(yr + b, s, n);
-    const V xv = X::load_part(xr + b, s, n);
-    const V xs = Cx ? X::swap(xv) : zero;
-#pragma clang loop unroll(full)
-    for (int c = 0; c < NC; ++c) {
-      const idx l0 = W * lo[c] - b, l1 = W * hi[c] - b;
-      if (l1 <= 0 || l0 >= VL || l0 >= l1) continue;
-      const K k = X::kmask(int(l0 > 0 ? l0 : 0), int(l1 < VL ? l1 : VL));
-      const V av = X::load_k(ac[c] + b, k);
-      P[c] = X::madd_k(P[c], av, xv, k);
-      yv = X::madd_k(yv, av, tr[c], k);
-      if constexpr (Cx) {
-        Q[c] = X::madd_k(Q[c], av, xs, k);
-        yv = X::madd_k(yv, X::swap(av), ti[c], k);
-      }
-    }
-    X::store_part(yr + b, yv, s, n);
-  }
+  };
+  if (all) blocks(std::true_type{});
+  else blocks(std::false_type{});
   R pe[NC], po[NC], qe[NC], qo[NC];
   lane_pair_sums_cols<R, VL>(P, pe, po);
   if constexpr (Cx) lane_pair_sums_cols<R, VL>(Q, qe, qo);
