@@ -294,16 +294,12 @@ struct DotBlock {
         if constexpr (Axpy) X::store(y + b + h * VL, yv);
       }
     }
-    V Ps[NC], Qs[NC];
 #pragma clang loop unroll(full)
     for (int c = 0; c < NC; ++c) {
-      Ps[c] = P[c][0] + P[c][1];
-      Qs[c] = Q[c][0] + Q[c][1];
+      lane_pair_sums<R, VL>(P[c][0] + P[c][1], pe[c], po[c]);
+      if constexpr (Cx) lane_pair_sums<R, VL>(Q[c][0] + Q[c][1], qe[c], qo[c]);
+      else qe[c] = qo[c] = R(0);
     }
-    lane_pair_sums_cols<R, VL>(Ps, pe, po);
-    if constexpr (Cx) lane_pair_sums_cols<R, VL>(Qs, qe, qo);
-    else
-      for (int c = 0; c < NC; ++c) qe[c] = qo[c] = R(0);
     // Tail: complex lengths are even, so lane parities carry on.
     for (idx p = b; p < len; ++p) {
       const bool odd = (p - b) & 1;
