@@ -299,10 +299,10 @@ void symv_band(idx c0, idx c1, T alpha, const BandSt<const T *> &st, const T *x,
 
 // y += alpha * S x for the triangle of nb <= kNB columns at a (full
 // storage) on the diagonal: S symmetric (Hermitian) with that triangle,
-// t[j] = alpha * x[j] given (and readable up to the end of the last group).
-// Groups of G columns (eight real, four complex: the registers of one
-// pass) run their stored rows above (upper) or below (lower) the diagonal
-// as ragged columns in one pass each, then the diagonal.
+// t[j] = alpha * x[j] given. Groups of G columns (eight real, four
+// complex: the registers of one pass) run their stored rows above (upper)
+// or below (lower) the diagonal in one pass each (tri_fused), then the
+// diagonal.
 // Strided vectors go through contiguous copies, so every element gets the
 // same operations whatever the increments.
 template <class T, bool Herm>
@@ -320,17 +320,8 @@ void symv_diag(bool upper, idx nb, T alpha, const T *a, idx lda, const T *t, con
     for (idx i = 0; i < nb; ++i) yb[i] = y[i * incy];
     ys = yb;
   }
-  for (idx j0 = 0; j0 < nb; j0 += G) {
-    idx lo[G], hi[G];
-    const T *p[G];
-    for (int c = 0; c < G; ++c) {
-      const idx j = j0 + c < nb ? j0 + c : j0;
-      lo[c] = upper ? 0 : j + 1;
-      hi[c] = j0 + c >= nb ? lo[c] : upper ? j : nb;
-      p[c] = a + j * lda + lo[c];
-    }
-    ragged_fused<T, G, Herm>(lo, hi, p, t + j0, ys, xs, dots + j0);
-  }
+  for (idx j0 = 0; j0 < nb; j0 += G)
+    tri_fused<T, G, Herm>(upper, j0, nb, a, lda, t + j0, ys, xs, dots + j0);
   // The diagonal and the dot products last: a scalar store into y between
   // two groups would stall the next group's vector load of the same lines.
   for (idx j = 0; j < nb; ++j) {
@@ -348,11 +339,10 @@ void symv_diag(bool upper, idx nb, T alpha, const T *a, idx lda, const T *t, con
 template <class T, bool Herm>
 void symv_full(bool upper, idx n, idx c0, idx c1, T alpha, const T *a, idx lda, const T *x,
                idx incx, T *y, idx incy) {
-  T t[kNB + 8], out[kNB];
+  T t[kNB], out[kNB];
   for (idx j0 = c0; j0 < c1; j0 += kNB) {
     const idx nb = c1 - j0 < kNB ? c1 - j0 : kNB, j1 = j0 + nb;
     for (idx k = 0; k < nb; ++k) t[k] = mul(alpha, x[(j0 + k) * incx]);
-    for (idx k = nb; k < kNB + 8; ++k) t[k] = T(0);  // read by symv_diag's last group
     const idx rows = upper ? j0 : n - j1;  // of the rectangle
     if (upper && rows > 0) fused_cols<T, Herm>(rows, nb, a + j0 * lda, lda, t, y, incy, x, incx, out);
     symv_diag<T, Herm>(upper, nb, alpha, a + j0 + j0 * lda, lda, t, x + j0 * incx, incx, y + j0 * incy, incy);

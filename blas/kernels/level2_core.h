@@ -657,18 +657,20 @@ inline void ragged_cols(idx g, const idx *lo, const idx *hi, const T *const *p, 
   }
 }
 
-// NC ragged columns in one pass over their rows, unit-stride vectors: for
-// each column c with stored rows [lo[c], hi[c]) (A(r, c) at p[c][r - lo[c]]),
-// y[r] += A(r, c) t[c] and out[c] = sum_r op(A(r, c)) x[r]. The rows of the
-// columns together run in vector blocks from the first of them; y is
-// loaded and stored once per block for all NC columns, and the lanes
-// outside a column's rows take no part in its sums (masked multiply-adds),
-// so values outside the stored rows never enter a result. Made for the
-// triangles on the diagonal of symmetric products, where the columns of a
-// group differ by one row each.
+// The group of NC columns [j0, j0 + NC) of the triangle on the diagonal of a
+// symmetric (Hermitian) matrix in full storage, nb columns (a at row 0 of
+// column 0, lda apart), in one pass over their rows, unit-stride vectors:
+// for each column j < nb with stored rows off the diagonal, [j + 1, nb)
+// (lower) or [0, j) (upper), y[r] += A(r, j) t[c] and out[c] =
+// sum_r op(A(r, j)) x[r]. The rows of the group together run in vector
+// blocks on a grid from row 0 (aligned with the caller's y and x, the same
+// for every group); y is loaded and stored once per block for all NC
+// columns, and the lanes outside a column's rows take no part in its sums
+// (masked multiply-adds), so values outside the stored triangle never
+// enter a result. Columns without such rows take no part and get 0.
 template <class T, int NC, bool Conj>
-inline void ragged_fused(const idx *lo_in, const idx *hi_in, const T *const *p, const T *t, T *y,
-                         const T *x, T *out) {
+inline void tri_fused(bool upper, idx j0, idx nb, const T *a, idx lda, const T *t, T *y, const T *x,
+                      T *out) {
   using R = real_t<T>;
   using X = lanes<R>;
   using V = typename X::V;
@@ -676,45 +678,30 @@ inline void ragged_fused(const idx *lo_in, const idx *hi_in, const T *const *p, 
   constexpr int VL = X::VL;
   constexpr bool Cx = is_complex_v<T>;
   constexpr idx W = Cx ? 2 : 1;
-  // Union [u0, u1) and common part [f0, f1) of the nonempty row ranges
-  // (empty ones take no part in either, nor in any sums). The ranges are
-  // read once into locals, which stores to y cannot change.
-  idx lo[NC], hi[NC];
-#pragma clang loop unroll(full)
-  for (int c = 0; c < NC; ++c) {
-    lo[c] = lo_in[c];
-    hi[c] = hi_in[c];
-  }
-  idx u0 = 0, u1 = 0, f0 = 0, f1 = 0;
-  bool any = false, all = true;
-  for (int c = 0; c < NC; ++c) {
-    all = all && lo[c] < hi[c];
-    if (lo[c] >= hi[c]) continue;
-    u0 = any && u0 < lo[c] ? u0 : lo[c];
-    u1 = any && u1 > hi[c] ? u1 : hi[c];
-    f0 = any && f0 > lo[c] ? f0 : lo[c];
-    f1 = any && f1 < hi[c] ? f1 : hi[c];
-    any = true;
-  }
+  // Live columns [c0, c1): lower, those with a row below the diagonal;
+  // upper, those with a row above it. Their rows: [j0 + c + 1, nb) or
+  // [0, j0 + c); union [u0, u1), common part [f0, f1).
+  const idx g = nb - j0 < NC ? nb - j0 : NC;
+  const idx c0 = upper && j0 == 0 ? 1 : 0;
+  const idx c1 = upper ? g : (nb - j0 - 1 < g ? nb - j0 - 1 : g);
   for (int c = 0; c < NC; ++c) out[c] = T(0);
-  if (!any) return;
+  if (c1 <= c0) return;
+  const idx u0 = upper ? 0 : j0 + 1, u1 = upper ? j0 + c1 - 1 : nb;
+  const idx f0 = upper ? 0 : j0 + c1, f1 = upper ? j0 + c0 : nb;
   const V zero = V{} * R(0);
   const R *ac[NC];
   V tr[NC], ti[NC], P[NC], Q[NC];
 #pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
-    ac[c] = reinterpret_cast<const R *>(p[c]) - W * lo[c];
-    bcast_scale(t[c], tr[c], ti[c]);
+    ac[c] = reinterpret_cast<const R *>(a + (j0 + c) * lda);
+    bcast_scale(c < g ? t[c] : T(0), tr[c], ti[c]);
     P[c] = Q[c] = zero;
   }
   R *__restrict yr = reinterpret_cast<R *>(y);
   const R *__restrict xr = reinterpret_cast<const R *>(x);
-  // Vector blocks on a grid of rows from row 0, as the other column
-  // primitives use: aligned with the caller's y and x, and the same grid
-  // for every group.
   const idx e = W * u1;
-  // Instantiated twice: with every column nonempty (groups of whole
-  // columns, the common case) the blocks skip the per-column test.
+  // Instantiated twice: with every column live (whole groups, the common
+  // case) the blocks skip the per-column test.
   auto blocks = [&](auto all_live) __attribute__((always_inline)) {
     constexpr bool Live = decltype(all_live)::value;
     for (idx b = W * u0 / VL * VL; b < e; b += VL) {
@@ -726,7 +713,7 @@ inline void ragged_fused(const idx *lo_in, const idx *hi_in, const T *const *p, 
         const V xs = Cx ? X::swap(xv) : zero;
 #pragma clang loop unroll(full)
         for (int c = 0; c < NC; ++c) {
-          if (!Live && lo[c] >= hi[c]) continue;
+          if (!Live && (c < c0 || c >= c1)) continue;
           const V av = X::load(ac[c] + b);
           P[c] = P[c] + av * xv;
           yv = yv + av * tr[c];
@@ -743,7 +730,8 @@ inline void ragged_fused(const idx *lo_in, const idx *hi_in, const T *const *p, 
       const V xs = Cx ? X::swap(xv) : zero;
 #pragma clang loop unroll(full)
       for (int c = 0; c < NC; ++c) {
-        const idx l0 = W * lo[c] - b, l1 = W * hi[c] - b;
+        if (!Live && (c < c0 || c >= c1)) continue;
+        const idx l0 = upper ? -b : W * (j0 + c + 1) - b, l1 = upper ? W * (j0 + c) - b : e - b;
         if (l1 <= 0 || l0 >= VL || l0 >= l1) continue;
         const K k = X::kmask(int(l0 > 0 ? l0 : 0), int(l1 < VL ? l1 : VL));
         const V av = X::load_k(ac[c] + b, k);
@@ -757,13 +745,14 @@ inline void ragged_fused(const idx *lo_in, const idx *hi_in, const T *const *p, 
       X::store_part(yr + b, yv, s, n);
     }
   };
-  if (all) blocks(std::true_type{});
+  if (c0 == 0 && c1 == NC) blocks(std::true_type{});
   else blocks(std::false_type{});
   R pe[NC], po[NC], qe[NC], qo[NC];
   lane_pair_sums_cols<R, VL>(P, pe, po);
   if constexpr (Cx) lane_pair_sums_cols<R, VL>(Q, qe, qo);
 #pragma clang loop unroll(full)
   for (int c = 0; c < NC; ++c) {
+    if (c < c0 || c >= c1) continue;
     if constexpr (Cx) out[c] = Conj ? T(pe[c] + po[c], qe[c] - qo[c]) : T(pe[c] - po[c], qe[c] + qo[c]);
     else out[c] = pe[c] + po[c];
   }
