@@ -412,6 +412,31 @@ inline void own_dots(const G &gr, bool upper, bool unit, const T *dot, T *x, idx
   }
 }
 
+// The own triangle of a whole group (not band) of a transposed solve, the
+// sums outside the group in dot: each solved element adds its terms to the
+// sums of the group's columns still to be solved (after it when upper,
+// before it when lower, the order of the solve), all held in locals, so
+// that the chain from one element to the next is a multiply-add, a
+// subtraction and a division, not a round trip through memory.
+template <class T, bool Conj, bool Upper, class G>
+inline void own_solve_trans(const G &gr, bool unit, const T *dot, T *x, idx incx) {
+  constexpr idx kG = G::kG;
+  T t[kG];
+#pragma clang loop unroll(full)
+  for (idx r = 0; r < kG; ++r) t[r] = T(0);
+#pragma clang loop unroll(full)
+  for (idx s = 0; s < kG; ++s) {
+    const idx c = Upper ? s : kG - 1 - s;
+    T &xj = x[(gr.j0 + c) * incx];
+    const T v = xj - (dot[c] + t[c]);
+    const T xv = unit ? v : div(v, opc<Conj>(gr.diag(c)));
+    xj = xv;
+#pragma clang loop unroll(full)
+    for (idx c2 = 0; c2 < kG; ++c2)
+      if (Upper ? c2 > c : c2 < c) t[c2] = t[c2] + mul(opc<Conj>(gr.at(gr.j0 + c, c2)), xv);
+  }
+}
+
 // Triangular product (Solve = false) or solve in groups of kG columns, in
 // the order that leaves every element of x read before it is overwritten:
 // the rectangle and the rows outside the group with the values of x[group]
@@ -519,6 +544,11 @@ void tr_groups(bool trans, bool unit, idx n, const S &st, T *x, idx incx, const 
       // element to the next is a subtraction and a division, not a dot
       // product over the group's rows.
       outer_dot();
+      if (whole) {
+        if (upper) own_solve_trans<T, Conj, true>(gr, unit, dot, x, incx);
+        else own_solve_trans<T, Conj, false>(gr, unit, dot, x, incx);
+        continue;
+      }
       for (idx c = 0; c < g; ++c) t[c] = T(0);
       own_cols([&](idx c) {
         T &xj = x[(j0 + c) * incx];
